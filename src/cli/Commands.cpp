@@ -1,0 +1,95 @@
+#include "cli/Commands.h"
+
+#include <algorithm>
+
+namespace zav {
+namespace {
+
+int printHelp(const std::vector<std::string>& args, CliIo& io);
+
+const std::vector<Command> kCommands = {
+    {"help", "zavcli help [COMMAND]", "Lists the commands, or describes one.", printHelp},
+    {"analyse", "zavcli analyse FILE.wav [--frequency MHZ] [--json]",
+     "Runs the WAVE reader and the four detectors on FILE as one measurement step does.",
+     nullptr},
+    {"measure",
+     "zavcli measure [--profile P.zav] [--limits on|off] [--log FILE.tab] [--report FILE.txt] "
+     "[--post] [--json] SOUNDCARD.wav RECEIVER.wav EXTERNAL.wav",
+     "The three steps and the field-strength calculation on three recordings; prints the "
+     "text report.",
+     nullptr},
+    {"record", "zavcli record OUT.wav [--profile P.zav] [--interval N] [--device NAME]",
+     "Records one measurement interval through the audio input (--list-devices lists them).",
+     nullptr},
+    {"profile", "zavcli profile P.zav [--json]",
+     "Loads a profile as the desktop program opens it and prints every setting.", nullptr},
+    {"antenna", "zavcli antenna FILE.tab --at MHZ [--at MHZ ...]",
+     "Loads an antenna file and prints the interpolated factor at each frequency.", nullptr},
+    {"nmea", "zavcli nmea [FILE|-]", "Prints every event the NMEA interpreter raises.", nullptr},
+    {"gps",
+     "zavcli gps (--device PORT | --file FILE) [--acc METRES] [--speed BAUD] "
+     "[--timeout SECONDS]",
+     "Captures an averaged position as the \"Get Position\" dialog does.", nullptr},
+    {"update", "zavcli update [--base-url URL]", "Runs the update check.", nullptr},
+    {"export", "zavcli export gnuplot|table FILE.wav [OUT] [--title TITLE]",
+     "Writes the gnuplot script or the sample table of a recording.", nullptr},
+};
+
+const Command* find(const std::string& name) {
+    auto it = std::find_if(kCommands.begin(), kCommands.end(),
+                           [&](const Command& c) { return name == c.name; });
+    return it == kCommands.end() ? nullptr : &*it;
+}
+
+void describe(const Command& c, std::ostream& out) {
+    out << "usage: " << c.synopsis << "\n  " << c.description << "\n";
+    if (!c.run)
+        out << "  (not yet available)\n";
+}
+
+int printHelp(const std::vector<std::string>& args, CliIo& io) {
+    if (!args.empty()) {
+        const Command* c = find(args[0]);
+        if (!c) {
+            io.err << "zavcli: unknown command \"" << args[0] << "\"\n";
+            return kExitUsage;
+        }
+        describe(*c, io.out);
+        return kExitOk;
+    }
+    io.out << "zavcli: ZAV without a window.\n\nCommands:\n";
+    for (const Command& c : kCommands) {
+        io.out << "  " << c.synopsis << "\n      " << c.description;
+        if (!c.run)
+            io.out << " (not yet available)";
+        io.out << "\n";
+    }
+    io.out << "\nExit status: 0 success, 1 the work failed, 2 bad usage.\n";
+    return kExitOk;
+}
+
+} // namespace
+
+const std::vector<Command>& Commands() { return kCommands; }
+
+int RunCli(const std::vector<std::string>& args, CliIo& io) {
+    if (args.empty() || args[0] == "--help" || args[0] == "-h")
+        return printHelp({}, io);
+    const Command* c = find(args[0]);
+    if (!c) {
+        io.err << "zavcli: unknown command \"" << args[0] << "\"; see zavcli help\n";
+        return kExitUsage;
+    }
+    std::vector<std::string> rest(args.begin() + 1, args.end());
+    if (std::find(rest.begin(), rest.end(), "--help") != rest.end()) {
+        describe(*c, io.out);
+        return kExitOk;
+    }
+    if (!c->run) {
+        io.err << "zavcli: " << c->name << " is not yet available in this build\n";
+        return kExitUsage;
+    }
+    return c->run(rest, io);
+}
+
+} // namespace zav

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "cli/CliIo.h"
+
+#include <string>
+#include <vector>
+
+namespace zav {
+
+// A zavcli command: `args` are the words after the command's name.
+using CommandFunction = int (*)(const std::vector<std::string>& args, CliIo& io);
+
+struct Command {
+    const char* name;
+    const char* synopsis;
+    const char* description;
+    CommandFunction run; // null while the command is not built yet
+};
+
+// Exit codes shared by every command.
+inline constexpr int kExitOk = 0;
+inline constexpr int kExitFailed = 1;
+inline constexpr int kExitUsage = 2;
+
+const std::vector<Command>& Commands();
+
+// Runs zavcli with its arguments (program name excluded).
+int RunCli(const std::vector<std::string>& args, CliIo& io);
+
+} // namespace zav

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace zav {
+
+// The folder separator this platform writes; both "\" and "/" are read on Windows.
+#ifdef _WIN32
+inline constexpr char kDirSeparator = '\\';
+#else
+inline constexpr char kDirSeparator = '/';
+#endif
+
+// `dir` with one separator appended unless it already ends in one.
+std::string WithTrailingSeparator(std::string_view dir);
+
+// True when `path` names a folder as well as a file (it holds a separator).
+bool HasDirectoryPart(std::string_view path);
+
+// The profile's name without folder and extension: the text after the last ":", then after
+// the last separator, cut at the last ".zav". C:\data\home.zav gives home.
+std::string ProfileBaseName(std::string_view path);
+
+} // namespace zav

@@ -1,0 +1,37 @@
+#include "qt/services/QtSettingsStore.h"
+
+#include <QSettings>
+
+namespace zav {
+namespace {
+
+QString groupKey(const std::string& section, const std::string& key) {
+    return QString::fromStdString(section) + '/' + QString::fromStdString(key);
+}
+
+} // namespace
+
+QtSettingsStore::QtSettingsStore()
+    : m_settings(std::make_unique<QSettings>(QSettings::NativeFormat, QSettings::UserScope,
+                                             QStringLiteral("ZAV"), QStringLiteral("ZAV"))) {}
+
+QtSettingsStore::~QtSettingsStore() = default;
+
+std::string QtSettingsStore::GetSetting(const std::string& section, const std::string& key,
+                                        const std::string& defaultValue) const {
+    const QVariant value = m_settings->value(groupKey(section, key));
+    return value.isValid() ? value.toString().toStdString() : defaultValue;
+}
+
+void QtSettingsStore::SaveSetting(const std::string& section, const std::string& key,
+                                  const std::string& value) {
+    m_settings->setValue(groupKey(section, key), QString::fromStdString(value));
+    m_settings->sync();
+}
+
+void QtSettingsStore::DeleteSetting(const std::string& section) {
+    m_settings->remove(QString::fromStdString(section));
+    m_settings->sync();
+}
+
+} // namespace zav

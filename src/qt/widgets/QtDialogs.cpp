@@ -1,0 +1,84 @@
+#include "qt/widgets/QtDialogs.h"
+
+#include <QFileDialog>
+#include <QMessageBox>
+#include <QStringList>
+
+namespace zav {
+namespace {
+
+QMessageBox::Icon qtIcon(MessageIcon icon) {
+    switch (icon) {
+    case MessageIcon::Critical:
+        return QMessageBox::Critical;
+    case MessageIcon::Exclamation:
+        return QMessageBox::Warning;
+    case MessageIcon::Information:
+        return QMessageBox::Information;
+    case MessageIcon::Question:
+        return QMessageBox::Question;
+    case MessageIcon::None:
+        break;
+    }
+    return QMessageBox::NoIcon;
+}
+
+QString selectedFilter(const QString& filters, int index) {
+    const QStringList parts = filters.split(QStringLiteral(";;"));
+    return index >= 1 && index <= parts.size() ? parts[index - 1] : QString();
+}
+
+} // namespace
+
+QString QtFilterFromDesigned(const std::string& filter) {
+    const QStringList parts = QString::fromStdString(filter).split('|');
+    QStringList entries;
+    for (qsizetype i = 0; i + 1 < parts.size(); i += 2) {
+        QString name = parts[i];
+        const QString pattern = QString(parts[i + 1]).replace(';', ' ');
+        // "ZAV files (*.zav)" already names its pattern; Qt reads the last parenthesis.
+        if (!name.contains('('))
+            name += " (" + pattern + ")";
+        else
+            name = name.left(name.indexOf('(')).trimmed() + " (" + pattern + ")";
+        entries << name;
+    }
+    return entries.join(QStringLiteral(";;"));
+}
+
+MessageResult QtDialogs::ShowMessage(const std::string& text, const std::string& title,
+                                     MessageIcon icon, MessageButtons buttons) {
+    QMessageBox box(qtIcon(icon), QString::fromStdString(title),
+                    QString::fromStdString(text).replace("\r\n", "\n").replace('\r', '\n'),
+                    buttons == MessageButtons::OkCancel ? QMessageBox::Ok | QMessageBox::Cancel
+                                                        : QMessageBox::Ok,
+                    m_parent);
+    return box.exec() == QMessageBox::Cancel ? MessageResult::Cancel : MessageResult::Ok;
+}
+
+std::optional<std::string> QtDialogs::OpenFileName(const FileDialogRequest& request) {
+    const QString filters = QtFilterFromDesigned(request.filter);
+    QString chosenFilter = selectedFilter(filters, request.filterIndex);
+    const QString start = QString::fromStdString(request.initialDir) + '/' +
+                          QString::fromStdString(request.fileName);
+    const QString path = QFileDialog::getOpenFileName(m_parent, QString::fromStdString(request.title),
+                                                      start, filters, &chosenFilter);
+    if (path.isEmpty())
+        return std::nullopt;
+    return path.toStdString();
+}
+
+std::optional<std::string> QtDialogs::SaveFileName(const FileDialogRequest& request) {
+    const QString filters = QtFilterFromDesigned(request.filter);
+    QString chosenFilter = selectedFilter(filters, request.filterIndex);
+    QString start = QString::fromStdString(request.fileName);
+    if (!start.contains('/') && !request.initialDir.empty())
+        start = QString::fromStdString(request.initialDir) + '/' + start;
+    const QString path = QFileDialog::getSaveFileName(m_parent, QString::fromStdString(request.title),
+                                                      start, filters, &chosenFilter);
+    if (path.isEmpty())
+        return std::nullopt;
+    return path.toStdString();
+}
+
+} // namespace zav
