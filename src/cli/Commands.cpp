@@ -10,8 +10,7 @@ int printHelp(const std::vector<std::string>& args, CliIo& io);
 const std::vector<Command> kCommands = {
     {"help", "zavcli help [COMMAND]", "Lists the commands, or describes one.", printHelp},
     {"analyse", "zavcli analyse FILE.wav [--frequency MHZ] [--json]",
-     "Runs the WAVE reader and the four detectors on FILE as one measurement step does.",
-     nullptr},
+     "Runs the WAVE reader and the four detectors on FILE as one measurement step does.", nullptr},
     {"measure",
      "zavcli measure [--profile P.zav] [--limits on|off] [--log FILE.tab] [--report FILE.txt] "
      "[--post] [--json] SOUNDCARD.wav RECEIVER.wav EXTERNAL.wav",
@@ -70,7 +69,9 @@ int printHelp(const std::vector<std::string>& args, CliIo& io) {
 
 } // namespace
 
-const std::vector<Command>& Commands() { return kCommands; }
+const std::vector<Command>& Commands() {
+    return kCommands;
+}
 
 int RunCli(const std::vector<std::string>& args, CliIo& io) {
     if (args.empty() || args[0] == "--help" || args[0] == "-h")

@@ -5,7 +5,9 @@ namespace {
 
 // Either separator ends a folder name here: a base name is only shown, and profiles named in
 // settings written on Windows must still show their plain name.
-bool isSeparator(char c) { return c == '/' || c == '\\'; }
+bool isSeparator(char c) {
+    return c == '/' || c == '\\';
+}
 
 } // namespace
 

@@ -1,5 +1,5 @@
-#include "cli/CliDialogs.h"
 #include "cli/Commands.h"
+#include "cli/CliDialogs.h"
 
 #include <gtest/gtest.h>
 
@@ -20,8 +20,8 @@ struct Cli {
 TEST(Cli, HelpListsEveryCommandOfTheTool) {
     Cli c;
     EXPECT_EQ(c.run({"help"}), kExitOk);
-    for (const char* name : {"analyse", "measure", "record", "profile", "antenna", "nmea", "gps",
-                             "update", "export"})
+    for (const char* name :
+         {"analyse", "measure", "record", "profile", "antenna", "nmea", "gps", "update", "export"})
         EXPECT_NE(c.out.str().find(std::string("zavcli ") + name), std::string::npos) << name;
 }
 

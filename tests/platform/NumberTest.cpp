@@ -12,9 +12,17 @@ TEST(Number, AcceptsTheDecimalGrammarWithBlanksSignAndExponent) {
         const char* text;
         double value;
     };
-    for (const Case& c : {Case{"0", 0}, {"  42 ", 42}, {"-3", -3}, {"+2.5", 2.5}, {"1e3", 1000},
-                          {"1E-3", 0.001}, {"2.5e+2", 250}, {".5", 0.5}, {"7.", 7},
-                          {"\t-0.31\t", -0.31}, {"000.000100", 0.0001}}) {
+    for (const Case& c : {Case{"0", 0},
+                          {"  42 ", 42},
+                          {"-3", -3},
+                          {"+2.5", 2.5},
+                          {"1e3", 1000},
+                          {"1E-3", 0.001},
+                          {"2.5e+2", 250},
+                          {".5", 0.5},
+                          {"7.", 7},
+                          {"\t-0.31\t", -0.31},
+                          {"000.000100", 0.0001}}) {
         SCOPED_TRACE(c.text);
         EXPECT_TRUE(IsNumber(c.text));
         EXPECT_DOUBLE_EQ(Number(c.text), c.value);
@@ -22,9 +30,9 @@ TEST(Number, AcceptsTheDecimalGrammarWithBlanksSignAndExponent) {
 }
 
 TEST(Number, RefusesEverythingElseAndReadsItAsZero) {
-    for (const char* text : {"", "   ", "abc", "1.2.3", "1,5", "1 000", "e5", "1e", "1e+", "--1",
-                             "+", ".", "1..", "0x10", "&h", "&hG1", "1e400", "inf", "nan",
-                             "12abc", "- 5", "1d3"}) {
+    for (const char* text :
+         {"",  "   ", "abc",  "1.2.3", "1,5",  "1 000", "e5",  "1e",  "1e+",   "--1", "+",
+          ".", "1..", "0x10", "&h",    "&hG1", "1e400", "inf", "nan", "12abc", "- 5", "1d3"}) {
         SCOPED_TRACE(text);
         EXPECT_FALSE(IsNumber(text));
         EXPECT_EQ(Number(text), 0.0);

@@ -26,8 +26,8 @@ public:
 
     std::vector<Shown> messages;
     std::vector<FileDialogRequest> fileRequests;
-    std::deque<MessageResult> answers;              // next answers to OK/Cancel boxes
-    std::deque<std::optional<std::string>> files;   // next chosen files; empty = cancel
+    std::deque<MessageResult> answers;            // next answers to OK/Cancel boxes
+    std::deque<std::optional<std::string>> files; // next chosen files; empty = cancel
 
     std::vector<std::string> texts() const;
 };

@@ -59,10 +59,10 @@ MessageResult QtDialogs::ShowMessage(const std::string& text, const std::string&
 std::optional<std::string> QtDialogs::OpenFileName(const FileDialogRequest& request) {
     const QString filters = QtFilterFromDesigned(request.filter);
     QString chosenFilter = selectedFilter(filters, request.filterIndex);
-    const QString start = QString::fromStdString(request.initialDir) + '/' +
-                          QString::fromStdString(request.fileName);
-    const QString path = QFileDialog::getOpenFileName(m_parent, QString::fromStdString(request.title),
-                                                      start, filters, &chosenFilter);
+    const QString start =
+        QString::fromStdString(request.initialDir) + '/' + QString::fromStdString(request.fileName);
+    const QString path = QFileDialog::getOpenFileName(
+        m_parent, QString::fromStdString(request.title), start, filters, &chosenFilter);
     if (path.isEmpty())
         return std::nullopt;
     return path.toStdString();
@@ -74,8 +74,8 @@ std::optional<std::string> QtDialogs::SaveFileName(const FileDialogRequest& requ
     QString start = QString::fromStdString(request.fileName);
     if (!start.contains('/') && !request.initialDir.empty())
         start = QString::fromStdString(request.initialDir) + '/' + start;
-    const QString path = QFileDialog::getSaveFileName(m_parent, QString::fromStdString(request.title),
-                                                      start, filters, &chosenFilter);
+    const QString path = QFileDialog::getSaveFileName(
+        m_parent, QString::fromStdString(request.title), start, filters, &chosenFilter);
     if (path.isEmpty())
         return std::nullopt;
     return path.toStdString();
