@@ -39,6 +39,11 @@ test: build
 run: build
 	$(BUILD_DIR)/bin/zav
 
+# The three steps on the demo recordings with the example profile: prints the report.
+demo: build
+	$(BUILD_DIR)/bin/zavcli measure --profile examples/example.zav \
+	    examples/soundcard.wav examples/receiver.wav examples/external.wav
+
 clean:
 	rm -rf $(BUILD_DIR)
 

@@ -3,7 +3,9 @@
 namespace zav {
 
 MessageResult CliDialogs::ShowMessage(const std::string& text, const std::string& title,
-                                      MessageIcon, MessageButtons) {
+                                      MessageIcon, MessageButtons buttons) {
+    if (buttons == MessageButtons::OkCancel && !showPrompts)
+        return MessageResult::Ok;
     // Boxes break lines with a lone CR; a terminal wants LF.
     std::string line;
     for (std::size_t i = 0; i < text.size(); ++i) {
@@ -17,7 +19,9 @@ MessageResult CliDialogs::ShowMessage(const std::string& text, const std::string
         }
     }
     m_messages.push_back(line);
-    m_err << (title.empty() ? line : title + ": " + line) << '\n';
+    // Titles such as "Value error:" carry their own colon.
+    const std::string separator = !title.empty() && title.back() == ':' ? " " : ": ";
+    m_err << (title.empty() ? line : title + separator + line) << '\n';
     return MessageResult::Ok;
 }
 

@@ -22,6 +22,10 @@ public:
     // Every message shown so far, in the order shown.
     const std::vector<std::string>& messages() const { return m_messages; }
 
+    // False: OK / Cancel prompts are answered OK without being shown (a step's "hit OK"
+    // prompts mean nothing without a person at the receiver).
+    bool showPrompts = true;
+
 private:
     std::ostream& m_err;
     std::vector<std::string> m_messages;

@@ -1,5 +1,12 @@
 #include "cli/Commands.h"
 
+#include "cli/AnalyseCommand.h"
+#include "cli/AntennaCommand.h"
+#include "cli/GpsCommand.h"
+#include "cli/MeasureCommand.h"
+#include "cli/NmeaCommand.h"
+#include "cli/ProfileCommand.h"
+
 #include <algorithm>
 
 namespace zav {
@@ -10,25 +17,27 @@ int printHelp(const std::vector<std::string>& args, CliIo& io);
 const std::vector<Command> kCommands = {
     {"help", "zavcli help [COMMAND]", "Lists the commands, or describes one.", printHelp},
     {"analyse", "zavcli analyse FILE.wav [--frequency MHZ] [--json]",
-     "Runs the WAVE reader and the four detectors on FILE as one measurement step does.", nullptr},
+     "Runs the WAVE reader and the four detectors on FILE as one measurement step does.",
+     AnalyseCommand},
     {"measure",
      "zavcli measure [--profile P.zav] [--limits on|off] [--log FILE.tab] [--report FILE.txt] "
      "[--post] [--json] SOUNDCARD.wav RECEIVER.wav EXTERNAL.wav",
      "The three steps and the field-strength calculation on three recordings; prints the "
      "text report.",
-     nullptr},
+     RunMeasure},
     {"record", "zavcli record OUT.wav [--profile P.zav] [--interval N] [--device NAME]",
      "Records one measurement interval through the audio input (--list-devices lists them).",
      nullptr},
     {"profile", "zavcli profile P.zav [--json]",
-     "Loads a profile as the desktop program opens it and prints every setting.", nullptr},
+     "Loads a profile as the desktop program opens it and prints every setting.", ProfileCommand},
     {"antenna", "zavcli antenna FILE.tab --at MHZ [--at MHZ ...]",
-     "Loads an antenna file and prints the interpolated factor at each frequency.", nullptr},
-    {"nmea", "zavcli nmea [FILE|-]", "Prints every event the NMEA interpreter raises.", nullptr},
+     "Loads an antenna file and prints the interpolated factor at each frequency.", AntennaCommand},
+    {"nmea", "zavcli nmea [FILE|-]", "Prints every event the NMEA interpreter raises.",
+     NmeaCommand},
     {"gps",
      "zavcli gps (--device PORT | --file FILE) [--acc METRES] [--speed BAUD] "
      "[--timeout SECONDS]",
-     "Captures an averaged position as the \"Get Position\" dialog does.", nullptr},
+     "Captures an averaged position as the \"Get Position\" dialog does.", GpsCommand},
     {"update", "zavcli update [--base-url URL]", "Runs the update check.", nullptr},
     {"export", "zavcli export gnuplot|table FILE.wav [OUT] [--title TITLE]",
      "Writes the gnuplot script or the sample table of a recording.", nullptr},
@@ -71,6 +80,14 @@ int printHelp(const std::vector<std::string>& args, CliIo& io) {
 
 const std::vector<Command>& Commands() {
     return kCommands;
+}
+
+int UsageError(CliIo& io, const std::string& command, const std::string& why) {
+    if (!why.empty())
+        io.err << "zavcli " << command << ": " << why << "\n";
+    if (const Command* c = find(command))
+        io.err << "usage: " << c->synopsis << "\n";
+    return kExitUsage;
 }
 
 int RunCli(const std::vector<std::string>& args, CliIo& io) {

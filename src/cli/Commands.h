@@ -24,6 +24,10 @@ inline constexpr int kExitUsage = 2;
 
 const std::vector<Command>& Commands();
 
+// Reports a bad command line: "zavcli COMMAND: why" (when there is a why), then the
+// command's synopsis; returns kExitUsage.
+int UsageError(CliIo& io, const std::string& command, const std::string& why);
+
 // Runs zavcli with its arguments (program name excluded).
 int RunCli(const std::vector<std::string>& args, CliIo& io);
 

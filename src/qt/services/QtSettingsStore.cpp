@@ -20,7 +20,12 @@ QtSettingsStore::~QtSettingsStore() = default;
 std::string QtSettingsStore::GetSetting(const std::string& section, const std::string& key,
                                         const std::string& defaultValue) const {
     const QVariant value = m_settings->value(groupKey(section, key));
-    return value.isValid() ? value.toString().toStdString() : defaultValue;
+    if (!value.isValid())
+        return defaultValue;
+    // A hand-edited value with a comma in it reads as a list; it was meant as one text.
+    if (value.typeId() == QMetaType::QStringList)
+        return value.toStringList().join(',').toStdString();
+    return value.toString().toStdString();
 }
 
 void QtSettingsStore::SaveSetting(const std::string& section, const std::string& key,

@@ -1,0 +1,121 @@
+#include "app/MainModel.h"
+
+#include "app/Caption.h"
+#include "platform/CompareVersions.h"
+
+#include <cstdio>
+#include <filesystem>
+
+namespace zav {
+
+MainModel::MainModel(const StartupState& startup, MainPorts ports, MainEnvironment environment)
+    : form(setup, options, ports.dialogs, *this, environment.decimalSeparator),
+      optionsMenu(options, setup, controls, commands, *this, environment.decimalSeparator),
+      antenna(setup, options, controls, optionsMenu, ports.dialogs),
+      profiles(setup, options, controls, state, ports.settings, ports.dialogs, *this,
+               environment.decimalSeparator),
+      steps(setup, options, commands, {ports.dialogs, *this, ports.beeper}),
+      outputs([this] { return reportSource(); }, commands,
+              {ports.dialogs, ports.clipboard, ports.mailer}),
+      m_ports(ports), m_environment(std::move(environment)),
+      m_fileInput(ports.dialogs, [this]() -> std::optional<std::string> {
+          if (chooseRecording)
+              return chooseRecording();
+          FileDialogRequest request;
+          request.title = steps.shownTitle;
+          request.initialDir = state.CurrentDir;
+          request.filter = "WAVE files (*.wav)|*.wav|All Files (*.*)|*.*";
+          return m_ports.dialogs.OpenFileName(request);
+      }) {
+    const char sep = m_environment.decimalSeparator;
+    antenna.decimalSeparator = sep;
+    steps.decimalSeparator = sep;
+    steps.afterStep3 = [this] { afterStep3(); };
+    state.CurrentDir = startup.currentDir;
+    state.ProfilePath = startup.profilePath;
+    state.ProfileName = startup.profileName;
+    outputs.TsvFileName = startup.tsvFileName;
+    outputs.CurrentDir = startup.currentDir;
+    DebugFlag = startup.debugFlag;
+    Caption = WindowCaption(state.ProfileName);
+}
+
+void MainModel::Form_Load() {
+    // The sound-mixer entries belong to systems older than version 6.0.
+    if (CompareVersions(m_environment.osVersion, "6.0", 2) >= 0)
+        MenuSCCPEnabled = MenuSCCREnabled = false;
+    const std::string id = "0000000" + m_environment.processId;
+    steps.TempWave = m_environment.tempDir + "~" + id.substr(id.size() - 8);
+    profiles.LoadWindowSettings();
+    profiles.GetProfileSettings();
+}
+
+bool MainModel::Form_Unload(std::string* error) {
+    const bool saved = profiles.SaveWindowSettings(error);
+    std::error_code ignored;
+    std::filesystem::remove(steps.TempWave + ".wav", ignored);
+    std::filesystem::remove(steps.TempWave + ".tmp", ignored);
+    return saved;
+}
+
+bool MainModel::Timer1_Timer(std::time_t now) {
+    std::tm local{};
+#ifdef _WIN32
+    localtime_s(&local, &now);
+#else
+    localtime_r(&now, &local);
+#endif
+    char text[16];
+    std::strftime(text, sizeof text, "%H:%M:%S", &local);
+    if (lblTime == text)
+        return false;
+    lblTime = text;
+    return true;
+}
+
+void MainModel::MenuSaveTsv_Click() {
+    outputs.focus = FocusTarget::Unchanged;
+    outputs.MenuSaveTsv_Click();
+    if (outputs.focus != FocusTarget::Unchanged)
+        focus = outputs.focus;
+}
+
+ReportSource MainModel::reportSource() const {
+    return ReportSource{setup,
+                        steps.observation,
+                        steps.gridMeas,
+                        steps.gridCalc,
+                        steps.NumAntGain,
+                        steps.NumAntFact,
+                        m_environment.decimalSeparator};
+}
+
+std::optional<double> MainModel::AntennaValueAt(double frequencyMHz) {
+    return antenna.ValueAt(frequencyMHz);
+}
+
+void MainModel::ProfileNameChanged(const std::string& profileName) {
+    Caption = WindowCaption(profileName);
+}
+
+Recording MainModel::RecordWave(const RecordingRequest& request) {
+    if (state.InputDevice == kFileInputName)
+        return m_fileInput.RecordWave(request);
+    return m_ports.deviceInput.RecordWave(request);
+}
+
+void MainModel::runStep(void (MeasurementSteps::*step)()) {
+    steps.focus = FocusTarget::Unchanged;
+    (steps.*step)();
+    if (steps.focus != FocusTarget::Unchanged)
+        focus = steps.focus;
+}
+
+void MainModel::afterStep3() {
+    if (options.AutoTsv && commands.MenuSaveTsv)
+        MenuSaveTsv_Click();
+    else if (!options.AutoTsv && commands.MenuSaveTsv && commands.RTSVB)
+        focus = FocusTarget::RTSVB;
+}
+
+} // namespace zav

@@ -1,0 +1,99 @@
+#pragma once
+
+#include "app/AntennaFileMode.h"
+#include "app/MainPorts.h"
+#include "app/Startup.h"
+#include "config/CommandStates.h"
+#include "config/Options.h"
+#include "config/OptionsMenu.h"
+#include "config/PersistentState.h"
+#include "config/Profiles.h"
+#include "config/SetupControls.h"
+#include "config/SetupEvents.h"
+#include "config/SetupForm.h"
+#include "config/SetupRecord.h"
+#include "measure/FileAudioInput.h"
+#include "measure/MeasurementSteps.h"
+#include "report/ObservationOutputs.h"
+
+#include <ctime>
+#include <string>
+
+namespace zav {
+
+// The name under which the "recordings from files" input is stored as the chosen input.
+inline constexpr const char* kFileInputName = "Recordings from files...";
+
+// The whole main window without the window: the set-up form, the options, the profiles, the
+// three steps and their results, and the output commands. The desktop view calls a handler,
+// then shows the state again; zavcli drives the same model with files and no window.
+class MainModel : private SetupEvents, private AudioInput {
+public:
+    MainModel(const StartupState& startup, MainPorts ports, MainEnvironment environment);
+    MainModel(const MainModel&) = delete;
+    MainModel& operator=(const MainModel&) = delete;
+
+    // Settings and profile in, grids laid out; the window caption names the profile.
+    void Form_Load();
+    // Settings and profile out, temporary recordings removed. False when the profile could
+    // not be written (`error` says why).
+    bool Form_Unload(std::string* error = nullptr);
+    // The running clock: true when its text changed.
+    bool Timer1_Timer(std::time_t now);
+
+    void Step1() { runStep(&MeasurementSteps::Step1); }
+    void Step2() { runStep(&MeasurementSteps::Step2); }
+    void Step3() { runStep(&MeasurementSteps::Step3); }
+    void RTSVB_Click() { MenuSaveTsv_Click(); }
+    void MenuSaveTsv_Click();
+
+    // The file the next step of the "recordings from files" input takes, or nothing to ask
+    // the operator with a file chooser.
+    std::function<std::optional<std::string>()> chooseRecording;
+
+    // The main window's state, named as the window names its controls.
+    SetupRecord setup;
+    Options options;
+    CommandStates commands;
+    SetupControls controls;
+    PersistentState state;
+    std::string Caption;
+    std::string lblTime;
+    FocusTarget focus = FocusTarget::Unchanged;
+    bool MenuSCCPEnabled = true; // the two sound-mixer entries, for older systems only
+    bool MenuSCCREnabled = true;
+    int DebugFlag = 0;
+
+    SetupForm form;
+    OptionsMenu optionsMenu;
+    AntennaFileMode antenna;
+    Profiles profiles;
+    MeasurementSteps steps;
+    ObservationOutputs outputs;
+
+    const MainEnvironment& environment() const { return m_environment; }
+    ReportSource reportSource() const;
+
+private:
+    // SetupEvents
+    void CalcCalc() override { steps.CalcCalc(); }
+    void Reset1() override { steps.Reset1(); }
+    void Reset3() override { steps.Reset3(); }
+    std::optional<double> AntennaValueAt(double frequencyMHz) override;
+    void UnloadAntennaFile() override { antenna.MenuAntUnl_Click(); }
+    void LoadAntennaFile() override { antenna.LoadAntennaFile(); }
+    void SetFocus(FocusTarget target) override { focus = target; }
+    void ProfileNameChanged(const std::string& profileName) override;
+
+    // AudioInput: the chosen input records each step.
+    Recording RecordWave(const RecordingRequest& request) override;
+
+    void runStep(void (MeasurementSteps::*step)());
+    void afterStep3();
+
+    MainPorts m_ports;
+    MainEnvironment m_environment;
+    FileAudioInput m_fileInput;
+};
+
+} // namespace zav

@@ -1,0 +1,168 @@
+#include "cli/MeasureCommand.h"
+
+#include "cli/Commands.h"
+#include "cli/HeadlessModel.h"
+#include "cli/Json.h"
+#include "platform/AtomicFile.h"
+#include "report/TextReport.h"
+
+#include <filesystem>
+#include <sstream>
+
+namespace zav {
+namespace {
+
+struct MeasureArgs {
+    std::string profile;
+    bool limits = true;
+    std::string log;
+    std::string report;
+    bool json = false;
+    std::vector<std::string> files;
+};
+
+const char* colourName(CellColour c) {
+    switch (c) {
+    case CellColour::Red:
+        return "red";
+    case CellColour::Orange:
+        return "orange";
+    case CellColour::WindowText:
+        break;
+    }
+    return "normal";
+}
+
+std::string gridJson(const ResultGrid& g) {
+    std::string out = "[";
+    for (int r = 0; r < g.Rows(); ++r) {
+        out += r ? ",[" : "[";
+        for (int c = 0; c < g.Columns(); ++c)
+            out += (c ? "," : "") + JsonString(g.Text(r, c));
+        out += "]";
+    }
+    return out + "]";
+}
+
+struct StepVerdict {
+    bool ran = false;
+    std::vector<std::string> messages;
+};
+
+} // namespace
+
+int RunMeasure(const std::vector<std::string>& args, CliIo& io) {
+    MeasureArgs a;
+    for (std::size_t i = 0; i < args.size(); ++i) {
+        const std::string& arg = args[i];
+        const bool hasValue = i + 1 < args.size();
+        if (arg == "--json") {
+            a.json = true;
+        } else if (arg == "--profile" || arg == "--log" || arg == "--report" ||
+                   arg == "--limits") {
+            if (!hasValue)
+                return UsageError(io, "measure", arg + " needs a value");
+            const std::string& value = args[++i];
+            if (arg == "--profile")
+                a.profile = value;
+            else if (arg == "--log")
+                a.log = value;
+            else if (arg == "--report")
+                a.report = value;
+            else if (value == "on" || value == "off")
+                a.limits = value == "on";
+            else
+                return UsageError(io, "measure", "--limits takes on or off");
+        } else if (arg == "--post") {
+            return UsageError(io, "measure", "--post is not yet available in this build");
+        } else if (arg.size() > 1 && arg[0] == '-') {
+            return UsageError(io, "measure", "unknown option " + arg);
+        } else {
+            a.files.push_back(arg);
+        }
+    }
+    if (a.files.size() != 3)
+        return UsageError(io, "measure", "three recordings are needed: sound card, receiver, external");
+    for (const std::string& f : a.files) {
+        if (!std::filesystem::is_regular_file(f)) {
+            io.err << "zavcli measure: no such file: " << f << "\n";
+            return kExitFailed;
+        }
+    }
+
+    HeadlessModel headless(a.profile, io.err);
+    MainModel& m = headless.model();
+    if (!a.log.empty())
+        m.outputs.TsvFileName = a.log;
+    m.options.Verbose = true; // the judgements' messages are printed; prompts are not
+    if (m.options.Limits != a.limits)
+        m.optionsMenu.MenuOptionsLimits_Click();
+    headless.recordings.assign(a.files.begin(), a.files.end());
+
+    // Each step runs only when the desktop program would let the operator press it.
+    StepVerdict verdicts[3];
+    const std::vector<std::string>& shown = headless.dialogs().messages();
+    for (int step = 0; step < 3; ++step) {
+        if ((step == 1 && !m.commands.Step2) || (step == 2 && !m.commands.Step3))
+            break;
+        const std::size_t before = shown.size();
+        if (step == 0)
+            m.Step1();
+        else if (step == 1)
+            m.Step2();
+        else
+            m.Step3();
+        verdicts[step].ran = true;
+        verdicts[step].messages.assign(shown.begin() + static_cast<long>(before), shown.end());
+    }
+    const bool calculated = !m.steps.gridCalc.Text(9).empty();
+
+    int status = calculated ? kExitOk : kExitFailed;
+    if (!a.log.empty()) {
+        if (m.commands.MenuSaveTsv)
+            m.MenuSaveTsv_Click();
+        if (m.commands.MenuSaveTsv) { // still enabled: nothing was written
+            io.err << "zavcli measure: no data-log row written to " << a.log << "\n";
+            status = kExitFailed;
+        }
+    }
+    if (!a.report.empty()) {
+        std::string error;
+        if (!m.commands.MenuSaveText) {
+            io.err << "zavcli measure: no results to save in " << a.report << "\n";
+            status = kExitFailed;
+        } else if (!WriteFileAtomically(a.report, SavedTextResults(m.reportSource()), &error)) {
+            io.err << "zavcli measure: " << error << "\n";
+            status = kExitFailed;
+        }
+    }
+
+    const std::string report = TextResults(m.reportSource());
+    if (!a.json) {
+        io.out << report;
+        return status;
+    }
+    const FieldStrength& calc = m.steps.lastCalculation;
+    std::ostringstream out;
+    out << "{\"gridMeas\":" << gridJson(m.steps.gridMeas)
+        << ",\"gridCalc\":" << gridJson(m.steps.gridCalc)
+        << ",\"yfact\":" << (calc.yfact ? JsonNumber(*calc.yfact) : "null")
+        << ",\"Text\":" << (calc.Text ? JsonNumber(*calc.Text) : "null")
+        << ",\"MBW\":" << (calc.MBW ? JsonNumber(*calc.MBW) : "null") << ",\"verdicts\":[";
+    for (int step = 0; step < 3; ++step) {
+        out << (step ? "," : "") << "{\"ran\":" << (verdicts[step].ran ? "true" : "false")
+            << ",\"colours\":[";
+        for (int row = 1; row <= 6; ++row)
+            out << (row > 1 ? "," : "") << '"'
+                << colourName(m.steps.gridMeas.Colour(row, step + 1)) << '"';
+        out << "],\"messages\":[";
+        for (std::size_t i = 0; i < verdicts[step].messages.size(); ++i)
+            out << (i ? "," : "") << JsonString(verdicts[step].messages[i]);
+        out << "]}";
+    }
+    out << "],\"report\":" << JsonString(report) << "}\n";
+    io.out << out.str();
+    return status;
+}
+
+} // namespace zav

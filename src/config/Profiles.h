@@ -1,0 +1,69 @@
+#pragma once
+
+#include "config/IniFile.h"
+#include "config/Options.h"
+#include "config/PersistentState.h"
+#include "config/SetupControls.h"
+#include "config/SetupEvents.h"
+#include "config/SetupRecord.h"
+#include "platform/Dialogs.h"
+#include "platform/SettingsStore.h"
+
+#include <string>
+
+namespace zav {
+
+// Profiles (*.zav: the set-up, the options and the transfer account) and the per-user
+// settings (recent list, beep, web site, GPS), with the File menu's profile commands.
+class Profiles {
+public:
+    Profiles(SetupRecord& record, Options& options, SetupControls& controls, PersistentState& state,
+             SettingsStore& settings, Dialogs& dialogs, SetupEvents& events,
+             char decimalSeparator = '.');
+
+    // Values were read into a 255-character buffer: at most 254 characters come back.
+    static constexpr int kMaxValueChars = 254;
+
+    // One value of the current profile; `defaultValue` when the file or the key is missing.
+    std::string GetProfileSetting(const std::string& defaultValue, const std::string& key,
+                                  const std::string& section) const;
+    // Loads the current profile into the window, then starts again from step 1.
+    void GetProfileSettings();
+    // Writes the whole current profile, then the "Profile", recent-list and "gps" settings.
+    // False (and `error`) when the profile file could not be written.
+    bool SaveProfileSettings(std::string* error = nullptr);
+
+    void MenuOpenProfile_Click();
+    void MenuSaveProfile_Click();
+    void MenuRecentFile_Click(int index);
+
+    // Reads the recent list, "Beep", "BaseUrl" and the GPS settings as the window opens.
+    void LoadWindowSettings();
+    // Saves everything as the window closes. False (and `error`) when the profile file could
+    // not be written.
+    bool SaveWindowSettings(std::string* error = nullptr);
+
+    char decimalSeparator;
+
+private:
+    std::string read(const IniFile& ini, const std::string& defaultValue, const char* key,
+                     const char* section) const;
+    bool readBoolean(const IniFile& ini, const char* defaultValue, const char* key,
+                     const char* section) const;
+    // Reads a numeric key; a text that is not a number gives the key's default.
+    std::string readNumber(const IniFile& ini, const char* defaultValue, const char* key) const;
+    IniFile profileContents() const;
+    void saveRecentList();
+    void saveGpsSettings();
+    FileDialogRequest profileDialog(const std::string& fileName) const;
+
+    SetupRecord& m_record;
+    Options& m_options;
+    SetupControls& m_controls;
+    PersistentState& m_state;
+    SettingsStore& m_settings;
+    Dialogs& m_dialogs;
+    SetupEvents& m_events;
+};
+
+} // namespace zav

@@ -1,0 +1,241 @@
+#include "gps/GetPositionModel.h"
+
+#include "config/SetupRecord.h"
+#include "gps/NumberConversion.h"
+#include "gps/RuntimeError.h"
+#include "gps/SerialErrorMessage.h"
+#include "platform/Beeper.h"
+#include "platform/Format.h"
+#include "platform/Number.h"
+#include "platform/SerialPort.h"
+
+#include <cmath>
+#include <vector>
+
+namespace zav {
+namespace {
+
+// Input that never brings a CR LF must not grow without end; a sentence is at most 82
+// characters, so this much without a line end is noise.
+constexpr std::size_t kMaxPendingInput = 4096;
+
+std::vector<std::string> splitLines(const std::string& text) {
+    std::vector<std::string> lines;
+    std::size_t start = 0;
+    for (;;) {
+        const std::size_t end = text.find("\r\n", start);
+        if (end == std::string::npos) {
+            lines.push_back(text.substr(start));
+            return lines;
+        }
+        lines.push_back(text.substr(start, end - start));
+        start = end + 2;
+    }
+}
+
+std::string trimBlanks(const std::string& s) {
+    const std::size_t first = s.find_first_not_of(' ');
+    if (first == std::string::npos)
+        return {};
+    return s.substr(first, s.find_last_not_of(' ') - first + 1);
+}
+
+// Characters from 1-based position `start` of a UTF-8 text (the degree sign is one
+// character), at most `length` of them.
+std::string midChars(const std::string& s, std::size_t start,
+                     std::size_t length = std::string::npos) {
+    auto isLead = [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; };
+    std::size_t position = 0; // characters seen so far
+    std::size_t from = s.size();
+    std::size_t to = s.size();
+    for (std::size_t i = 0; i < s.size(); ++i) {
+        if (!isLead(s[i]))
+            continue;
+        ++position;
+        if (position == start)
+            from = i;
+        if (length != std::string::npos && position == start + length) {
+            to = i;
+            break;
+        }
+    }
+    return from < to ? s.substr(from, to - from) : std::string();
+}
+
+} // namespace
+
+GetPositionModel::GetPositionModel(const GpsSettings& settings, SerialPort& ComPort, Beeper& beeper,
+                                   bool beepOption, char decimalSeparator)
+    : m_settings(settings), m_port(ComPort), m_beeper(beeper), m_beepOption(beepOption),
+      m_separator(decimalSeparator), m_interpreter(*this, decimalSeparator) {}
+
+GetPositionModel::~GetPositionModel() {
+    m_port.SetReceiveHandler(nullptr);
+    m_port.SetErrorHandler(nullptr);
+}
+
+void GetPositionModel::Form_Load() {
+    SumLat = SumLon = SumHdop2 = 0;
+    Count = 0;
+    MaxHdop = m_settings.Acc > 0 ? m_settings.Acc / 3.0 : 0.0;
+    FixValid = false;
+    lblfix = "Fix lost";
+    HDOP.clear();
+    HDOPColour = CellColour::WindowText;
+    record.clear();
+    latl.clear();
+    lonl.clear();
+    acc.clear();
+    ct.clear();
+    lat.clear();
+    lon.clear();
+    m_result = Result::Open;
+    m_buffer.clear();
+
+    m_port.SetReceiveHandler(
+        [this](const std::string& chunk) { ComPort_OnComm(kCommEventReceive, chunk); });
+    m_port.SetErrorHandler([this](int number) { ComPort_Error(number); });
+
+    const std::string settings = std::to_string(m_settings.Speed) + "," + m_settings.Parity + "," +
+                                 std::to_string(m_settings.Dbits) + "," +
+                                 std::to_string(m_settings.Sbits);
+    int error = m_port.SetSettings(settings);
+    if (error == 0)
+        error = m_settings.Device.empty() ? m_port.SetCommPort(m_settings.Port)
+                                          : m_port.SetDevice(m_settings.Device);
+    if (error == 0)
+        error = m_port.SetPortOpen(true);
+    if (error != 0)
+        showError(SerialErrorMessage(error));
+}
+
+void GetPositionModel::ComPort_OnComm(int CommEvent, const std::string& Input) {
+    if (CommEvent != kCommEventReceive || m_result != Result::Open)
+        return;
+    try {
+        HandleInput(Input);
+    } catch (const RuntimeError& e) {
+        showError(e.what());
+    }
+}
+
+void GetPositionModel::HandleInput(const std::string& Sinput) {
+    if (!Sinput.empty() && Sinput[0] == '$')
+        m_buffer = Sinput;
+    else
+        m_buffer += Sinput;
+    std::vector<std::string> lines = splitLines(m_buffer);
+    const std::size_t n = lines.size() - 1;
+    // The buffer keeps the last complete line and drops the unterminated tail, so a chunk
+    // that does not start with "$" is glued to that line.
+    if (n >= 1)
+        m_buffer = lines[n - 1];
+    else if (m_buffer.size() > kMaxPendingInput)
+        m_buffer.clear();
+    for (std::size_t i = 0; i < n; ++i) {
+        const std::string line = trimBlanks(lines[i]);
+        if (!line.empty())
+            record = line;
+        if (line.compare(0, 6, "$GPGGA") == 0)
+            m_interpreter.FParse(line);
+    }
+}
+
+void GetPositionModel::ComPort_Error(int errorNumber) {
+    showError(SerialErrorMessage(errorNumber));
+}
+
+void GetPositionModel::showError(const std::string& message) {
+    record = "Error: " + message;
+    ++m_errorsShown;
+}
+
+void GetPositionModel::HDOPReceived(double value) {
+    HDOP = Format(value, "0.0", m_separator);
+    const double acc = m_settings.Acc;
+    const double red = acc > 0 ? acc / 3.0 : 5.0;
+    const double normal = acc > 0 ? acc / 4.0 : 2.0;
+    if (value > red)
+        HDOPColour = CellColour::Red;
+    else if (value <= normal)
+        HDOPColour = CellColour::WindowText;
+    else
+        HDOPColour = CellColour::Orange;
+}
+
+void GetPositionModel::PositionFixReceived(const std::string& positionFix) {
+    if (positionFix != "Invalid") {
+        lblfix = "Fix obtained";
+        FixValid = true;
+    } else {
+        lblfix = "Fix lost";
+        FixValid = false;
+        HDOP.clear();
+    }
+}
+
+void GetPositionModel::PositionReceived(const std::string& latitude, const std::string& longitude) {
+    // The HDOP as shown, so a fix is judged on the rounded figure the operator sees.
+    const double h = Number(HDOP, m_separator);
+    if (!(h <= MaxHdop && FixValid))
+        return;
+    if (Count == INT16_MAX)
+        throw RuntimeError::Overflow();
+    ++Count;
+    ct = std::to_string(Count);
+
+    // Accuracy estimate, m: four times the RMS HDOP of the accepted fixes.
+    SumHdop2 += h * h;
+    acc = Format(4 * std::sqrt(SumHdop2 / Count), "0.00", m_separator);
+
+    // "S dd° mm.mmmm'" and "W ddd° mm.mmmm'" to signed decimal degrees.
+    double latitudeDeg =
+        LeadingNumber(midChars(latitude, 3, 2)) + LeadingNumber(midChars(latitude, 7)) / 60;
+    if (midChars(latitude, 1, 1) == "S")
+        latitudeDeg = -latitudeDeg;
+    latl = Format(latitudeDeg, "00.000000", m_separator);
+    SumLat += latitudeDeg;
+    lat = Format(SumLat / Count, "00.000000", m_separator);
+
+    double longitudeDeg =
+        LeadingNumber(midChars(longitude, 3, 3)) + LeadingNumber(midChars(longitude, 8)) / 60;
+    if (midChars(longitude, 1, 1) == "W")
+        longitudeDeg = -longitudeDeg;
+    lonl = Format(longitudeDeg, "000.000000", m_separator);
+    SumLon += longitudeDeg;
+    lon = Format(SumLon / Count, "000.000000", m_separator);
+}
+
+void GetPositionModel::Timer1_Timer() {
+    if (m_result != Result::Open)
+        return;
+    if (Number(acc, m_separator) <= m_settings.Acc && Count > 1 && m_settings.Acc > 0) {
+        if (m_beepOption)
+            m_beeper.Beep(2000, 100);
+        OKButton_Click();
+    }
+}
+
+void GetPositionModel::OKButton_Click() {
+    m_result = Result::Ok;
+    Form_Unload();
+}
+
+void GetPositionModel::CancelButton_Click() {
+    m_result = Result::Cancel;
+    Form_Unload();
+}
+
+void GetPositionModel::Form_Unload() {
+    if (m_port.PortOpen())
+        m_port.SetPortOpen(false);
+}
+
+void GetPositionModel::ApplyTo(SetupRecord& setup) const {
+    if (m_result != Result::Ok)
+        return;
+    setup.lat = lat;
+    setup.lon = lon;
+}
+
+} // namespace zav

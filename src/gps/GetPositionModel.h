@@ -1,0 +1,96 @@
+#pragma once
+
+#include "config/GpsSettings.h"
+#include "config/ResultGrid.h"
+#include "gps/NmeaEvents.h"
+#include "gps/NmeaInterpreter.h"
+
+#include <cstdint>
+#include <string>
+
+namespace zav {
+
+class Beeper;
+class SerialPort;
+struct SetupRecord;
+
+// The "Get Position" dialog without its window: reads the receiver's sentences from the serial
+// port, averages the positions of the GGA fixes whose HDOP meets the wanted accuracy, and
+// closes itself once the accuracy estimate is reached over at least two fixes.
+class GetPositionModel : private NmeaEvents {
+public:
+    enum class Result { Open, Ok, Cancel };
+
+    // The notification the serial control raises when characters have arrived.
+    static constexpr int kCommEventReceive = 2;
+
+    // `beepOption` is the main window's Beep option; `decimalSeparator` the one numbers are
+    // shown and read with.
+    GetPositionModel(const GpsSettings& settings, SerialPort& ComPort, Beeper& beeper,
+                     bool beepOption, char decimalSeparator = '.');
+    ~GetPositionModel() override;
+    GetPositionModel(const GetPositionModel&) = delete;
+    GetPositionModel& operator=(const GetPositionModel&) = delete;
+
+    // Resets the averages and opens the port; a port error shows in `record`.
+    void Form_Load();
+    // The serial control's notification: only the receive event is acted on. An error out of
+    // the interpreter shows in `record` and the capture goes on.
+    void ComPort_OnComm(int CommEvent, const std::string& Input);
+    // One chunk of received characters: assembles lines and parses the GGA sentences among
+    // them. Errors from the interpreter are not caught here.
+    void HandleInput(const std::string& Sinput);
+    // The port failed while open (for example the device vanished).
+    void ComPort_Error(int errorNumber);
+    // The once-a-second check that ends the capture by itself.
+    void Timer1_Timer();
+    void OKButton_Click();
+    void CancelButton_Click();
+    // Closing the dialog closes the port.
+    void Form_Unload();
+
+    Result result() const { return m_result; }
+    // How many errors `record` has shown so far, so a host can tell a new one from an old.
+    std::size_t ErrorsShown() const { return m_errorsShown; }
+    // After OK, copies `lat` and `lon` unchanged into the set-up's position fields.
+    void ApplyTo(SetupRecord& setup) const;
+
+    // "Current GPS data"
+    std::string HDOP;
+    CellColour HDOPColour = CellColour::WindowText;
+    std::string record; // the last raw line, or "Error: " and a message
+    std::string latl;
+    std::string lonl;
+    std::string lblfix;
+    // "Average"
+    std::string acc; // accuracy estimate, m
+    std::string ct;
+    std::string lat;
+    std::string lon;
+
+    double SumLat = 0;
+    double SumLon = 0;
+    std::int16_t Count = 0;
+    double SumHdop2 = 0;
+    double MaxHdop = 0;
+    bool FixValid = false;
+
+private:
+    void HDOPReceived(double value) override;
+    void PositionReceived(const std::string& latitude, const std::string& longitude) override;
+    void PositionFixReceived(const std::string& positionFix) override;
+
+    GpsSettings m_settings;
+    SerialPort& m_port;
+    Beeper& m_beeper;
+    bool m_beepOption;
+    char m_separator;
+    NmeaInterpreter m_interpreter;
+    std::string m_buffer; // the last complete line, or the start of an unterminated one
+    Result m_result = Result::Open;
+    std::size_t m_errorsShown = 0;
+
+    void showError(const std::string& message);
+};
+
+} // namespace zav

@@ -1,0 +1,76 @@
+#pragma once
+
+#include "config/CommandStates.h"
+#include "config/FocusTarget.h"
+#include "config/Options.h"
+#include "config/ResultGrid.h"
+#include "config/SetupRecord.h"
+#include "measure/FieldStrength.h"
+#include "measure/Measurement.h"
+#include "measure/Observation.h"
+#include "platform/AudioInput.h"
+#include "platform/Beeper.h"
+#include "platform/Dialogs.h"
+
+#include <functional>
+#include <string>
+
+namespace zav {
+
+// The three measurement steps, their judgements, the reset cascade and the field-strength
+// calculation that fills the results grid. A later step never stands on an earlier one that
+// has since been repeated or changed: every reset clears everything after it.
+class MeasurementSteps {
+public:
+    struct Ports {
+        Dialogs& dialogs;
+        AudioInput& input;
+        Beeper& beeper;
+    };
+
+    MeasurementSteps(SetupRecord& setup, Options& options, CommandStates& commands, Ports ports);
+
+    void Step1();
+    void Step2();
+    void Step3();
+    void Reset1();
+    void Reset2();
+    void Reset3();
+    void ResetCalc();
+    void CalcCalc();
+
+    // Base path of the step recordings, without extension (".wav", ".tmp").
+    std::string TempWave;
+    // The decimal separator of every number shown.
+    char decimalSeparator = '.';
+    // Runs after step 3's calculation: the data log's automatic row or the focus move.
+    std::function<void()> afterStep3;
+
+    Measurement S1, S2, S3;
+    ResultGrid gridMeas = ResultGrid::MakeMeasGrid();
+    ResultGrid gridCalc = ResultGrid::MakeCalcGrid();
+    Observation observation;
+    std::string shownTitle; // the title of the step last measured
+    FocusTarget focus = FocusTarget::Unchanged;
+
+    // Kept from the last calculation that got that far; a reset does not clear them.
+    double yfact = 0;
+    double NumAntGain = 0;
+    double NumAntFact = 0;
+    FieldStrength lastCalculation;
+
+private:
+    bool prompt(const char* text);
+    void measureWave(Measurement& m);
+    void writeColumn(int column, const Measurement& m);
+    void resetColumn(int column, Measurement& m);
+    void say(const char* text, MessageIcon icon);
+    void judgeClipping(int column, const Measurement& m);
+
+    SetupRecord& m_setup;
+    Options& m_options;
+    CommandStates& m_commands;
+    Ports m_ports;
+};
+
+} // namespace zav

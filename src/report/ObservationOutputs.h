@@ -1,0 +1,47 @@
+#pragma once
+
+#include "config/CommandStates.h"
+#include "config/FocusTarget.h"
+#include "platform/Clipboard.h"
+#include "platform/Dialogs.h"
+#include "platform/Mailer.h"
+#include "report/ReportSource.h"
+
+#include <functional>
+#include <string>
+
+namespace zav {
+
+// The commands that take a finished observation out of the program: the data log row, the
+// text report to a file, the clipboard or an e-mail, and the notes to the clipboard.
+class ObservationOutputs {
+public:
+    struct Ports {
+        Dialogs& dialogs;
+        Clipboard& clipboard;
+        Mailer& mailer;
+    };
+
+    ObservationOutputs(std::function<ReportSource()> source, CommandStates& commands, Ports ports)
+        : m_source(std::move(source)), m_commands(commands), m_ports(ports) {}
+
+    // Appends the row to `TsvFileName`; on success "&Record TSV" and its button are disabled
+    // until the next calculation, so one observation is never logged twice. A failure says
+    // nothing and leaves both enabled for another try.
+    void MenuSaveTsv_Click();
+    void MenuSaveText_Click();
+    void MenuCopyTextClip_Click();
+    void MenuSendText_Click();
+    void Notes_DblClick();
+
+    std::string TsvFileName = "ZavData.tab";
+    std::string CurrentDir; // where the save dialog starts
+    FocusTarget focus = FocusTarget::Unchanged;
+
+private:
+    std::function<ReportSource()> m_source;
+    CommandStates& m_commands;
+    Ports m_ports;
+};
+
+} // namespace zav

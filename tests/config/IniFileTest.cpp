@@ -1,0 +1,254 @@
+#include "config/IniFile.h"
+#include "config/TextEncoding.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iconv.h>
+#include <random>
+#include <unistd.h>
+
+using namespace zav;
+namespace fs = std::filesystem;
+
+namespace {
+
+std::string slurp(const fs::path& p) {
+    std::ifstream in(p, std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+}
+
+void spit(const fs::path& p, const std::string& bytes) {
+    std::ofstream(p, std::ios::binary) << bytes;
+}
+
+// A fresh folder per test, removed afterwards.
+class TempDir {
+public:
+    TempDir() {
+        std::string pattern = (fs::temp_directory_path() / "zav-ini-XXXXXX").string();
+        m_path = mkdtemp(pattern.data());
+    }
+    ~TempDir() { fs::remove_all(m_path); }
+    const fs::path& path() const { return m_path; }
+    std::vector<std::string> names() const {
+        std::vector<std::string> out;
+        for (const auto& e : fs::directory_iterator(m_path))
+            out.push_back(e.path().filename().string());
+        std::sort(out.begin(), out.end());
+        return out;
+    }
+
+private:
+    fs::path m_path;
+};
+
+// The C library's own converter, as an independent oracle; nothing when it refuses.
+std::optional<std::string> iconvConvert(const char* from, const char* to, std::string in) {
+    iconv_t cd = iconv_open(to, from);
+    if (cd == reinterpret_cast<iconv_t>(-1))
+        return std::nullopt;
+    std::string out(in.size() * 4 + 16, '\0');
+    char* inp = in.data();
+    char* outp = out.data();
+    size_t inLeft = in.size(), outLeft = out.size();
+    const size_t r = iconv(cd, &inp, &inLeft, &outp, &outLeft);
+    iconv_close(cd);
+    if (r == static_cast<size_t>(-1) || inLeft != 0)
+        return std::nullopt;
+    out.resize(out.size() - outLeft);
+    return out;
+}
+
+} // namespace
+
+TEST(IniFile, ReadsLikeTheWindowsProfileFunctions) {
+    const IniFile ini = IniFile::Parse("orphan=ignored before any section\r\n"
+                                       "; a comment=not a key\r\n"
+                                       "  [ Conditions ]  trailing words\r\n"
+                                       "  RECEIVER  =   IC-7300  \r\n"
+                                       "receiver=second copy loses\r\n"
+                                       "Tester=\"  Joe  \"\r\n"
+                                       "Quoted=\"\"\"twice\"\"\"\r\n"
+                                       "Half=\"open\r\n"
+                                       "Lone=\"\r\n"
+                                       "line without an equals sign\r\n"
+                                       "=no key\r\n"
+                                       "url=host/path?a=b;c\r\n"
+                                       "Empty=\r\n"
+                                       "[unclosed\r\n"
+                                       "AfterUnclosed=still conditions\n"
+                                       "[options]\n"
+                                       "Verbose = False\n"
+                                       "[CONDITIONS]\n"
+                                       "Tester=repeated section loses\n"
+                                       "Loss=1.5\n");
+    EXPECT_EQ(ini.Value("conditions", "Receiver"), "IC-7300");
+    EXPECT_EQ(ini.Value("CONDITIONS", "receiver"), "IC-7300");
+    EXPECT_EQ(ini.Value("conditions", "Tester"), "  Joe  ");
+    EXPECT_EQ(ini.Value("conditions", "Quoted"), "\"\"twice\"\"");
+    EXPECT_EQ(ini.Value("conditions", "Half"), "\"open");
+    EXPECT_EQ(ini.Value("conditions", "Lone"), "\"");
+    EXPECT_EQ(ini.Value("conditions", "url"), "host/path?a=b;c");
+    EXPECT_EQ(ini.Value("conditions", "Empty"), "");
+    EXPECT_EQ(ini.Value("conditions", "AfterUnclosed"), "still conditions");
+    EXPECT_EQ(ini.Value("conditions", "Loss"), "1.5");
+    EXPECT_EQ(ini.Value("options", "verbose"), "False");
+    EXPECT_FALSE(ini.Value("conditions", "orphan"));
+    EXPECT_FALSE(ini.Value("conditions", "; a comment"));
+    EXPECT_FALSE(ini.Value("conditions", "line without an equals sign"));
+    EXPECT_FALSE(ini.Value("conditions", ""));
+    EXPECT_FALSE(ini.Value("options", "Receiver"));
+    EXPECT_FALSE(ini.Value("transfer", "url"));
+    EXPECT_EQ(ini.Get("transfer", "online", "1"), "1");
+    EXPECT_EQ(ini.Get("conditions", "Empty", "default"), "") << "present but empty is not absent";
+}
+
+TEST(IniFile, WritesCrLfSectionsInOrderAndQuotesOnlyWhatWouldNotReadBack) {
+    IniFile ini;
+    ini.Set("conditions", "Receiver", "IC-7300");
+    ini.Set("conditions", "Tester", " padded ");
+    ini.Set("options", "Verbose", "True");
+    ini.Set("conditions", "Notes", "two\r\nlines");
+    ini.Set("CONDITIONS", "receiver", "FT-817"); // same key: replaced in place
+    ini.Set("conditions", "Quoted", "\"q\"");
+    ini.Set("conditions", "Inner", "a \"b\" c");
+    EXPECT_EQ(ini.Text(), "[conditions]\r\n"
+                          "Receiver=FT-817\r\n"
+                          "Tester=\" padded \"\r\n"
+                          "Notes=two  lines\r\n"
+                          "Quoted=\"\"q\"\"\r\n"
+                          "Inner=a \"b\" c\r\n"
+                          "\r\n"
+                          "[options]\r\n"
+                          "Verbose=True\r\n");
+    EXPECT_EQ(IniFile().Text(), "");
+}
+
+TEST(IniFile, AnyValueSurvivesWriteAndRead) {
+    std::mt19937 rng(11);
+    const std::string alphabet = " \t=;[]\"'#abcXYZ019.,-\\/\xC3\xA9\xE2\x82\xAC";
+    auto randomText = [&](int maxLength) {
+        std::string s;
+        const int n = std::uniform_int_distribution<int>(0, maxLength)(rng);
+        for (int i = 0; i < n; ++i)
+            s += alphabet[std::uniform_int_distribution<std::size_t>(0, alphabet.size() - 1)(rng)];
+        return IsValidUtf8(s) ? s : std::string("plain");
+    };
+    for (int round = 0; round < 300; ++round) {
+        IniFile ini;
+        std::vector<std::pair<std::string, std::string>> written;
+        for (int k = 0; k < 8; ++k) {
+            const std::string key = "Key" + std::to_string(k);
+            written.emplace_back(key, randomText(30));
+            ini.Set(round % 2 ? "transfer" : "conditions", key, written.back().second);
+        }
+        const IniFile back = IniFile::Parse(ini.Text());
+        for (const auto& [key, value] : written)
+            EXPECT_EQ(back.Value(round % 2 ? "Transfer" : "Conditions", key), value);
+        EXPECT_EQ(back.Text(), ini.Text());
+    }
+}
+
+TEST(IniFile, ArbitraryBytesNeverBreakTheReader) {
+    std::mt19937 rng(5);
+    const std::string pieces[] = {
+        "[", "]", "=", ";",    "\"",   "\r\n", "\n",   "\r",
+        " ", "a", "B", "\x80", "\xC3", "\xA9", "\xFF", std::string(1, '\0')};
+    for (int round = 0; round < 2000; ++round) {
+        std::string bytes;
+        const int n = std::uniform_int_distribution<int>(0, 60)(rng);
+        for (int i = 0; i < n; ++i)
+            bytes += pieces[std::uniform_int_distribution<int>(0, 15)(rng)];
+        const IniFile once = IniFile::Parse(bytes);
+        // What was understood is written out and understood the same way again.
+        EXPECT_EQ(IniFile::Parse(once.Text()).Text(), once.Text());
+        EXPECT_TRUE(IsValidUtf8(once.Text()));
+    }
+}
+
+TEST(TextEncoding, AgreesWithTheCLibrary) {
+    for (int b = 1; b < 256; ++b) {
+        const std::string byte(1, static_cast<char>(b));
+        // The five codes Windows-1252 leaves open become the C1 controls of the same number.
+        const auto oracle = b == 0x81 || b == 0x8D || b == 0x8F || b == 0x90 || b == 0x9D
+                                ? iconvConvert("UTF-32LE", "UTF-8", {byte[0], 0, 0, 0})
+                                : iconvConvert("WINDOWS-1252", "UTF-8", byte);
+        EXPECT_EQ(Windows1252ToUtf8(byte), oracle) << b;
+    }
+    std::mt19937 rng(9);
+    std::uniform_int_distribution<int> anyByte(1, 255), highByte(0x80, 0xFF);
+    for (int round = 0; round < 20000; ++round) {
+        std::string s; // mostly lead and continuation bytes, where the mistakes are
+        for (int i = std::uniform_int_distribution<int>(1, 6)(rng); i > 0; --i)
+            s += static_cast<char>(rng() % 5 ? highByte(rng) : anyByte(rng));
+        EXPECT_EQ(IsValidUtf8(s), iconvConvert("UTF-8", "UTF-32LE", s).has_value());
+    }
+    // A byte-order mark is dropped; one stray byte makes the whole file Windows-1252.
+    EXPECT_EQ(DecodeText("\xEF\xBB\xBF[x]"), "[x]");
+    EXPECT_EQ(DecodeText("\xC3\xA9 \xE9 \x80"), "\xC3\x83\xC2\xA9 \xC3\xA9 \xE2\x82\xAC");
+}
+
+TEST(IniFile, SaveReplacesTheWholeFileAndLeavesNothingBehind) {
+    TempDir dir;
+    const fs::path file = dir.path() / "site.zav";
+    spit(file, "[old]\r\nstale=1\r\n");
+    fs::permissions(file, fs::perms::owner_read | fs::perms::owner_write);
+    IniFile ini;
+    ini.Set("conditions", "Receiver",
+            "R\xC3\xA9"
+            "cepteur");
+    std::string error;
+    ASSERT_TRUE(ini.Save(file.string(), &error)) << error;
+    EXPECT_EQ(slurp(file), "[conditions]\r\nReceiver=R\xC3\xA9"
+                           "cepteur\r\n");
+    EXPECT_EQ(dir.names(), std::vector<std::string>{"site.zav"}) << "no temporary file remains";
+    EXPECT_EQ(fs::status(file).permissions() & fs::perms::all,
+              fs::perms::owner_read | fs::perms::owner_write);
+
+    IniFile loaded;
+    ASSERT_TRUE(loaded.Load(file.string()));
+    EXPECT_EQ(loaded.Value("Conditions", "receiver"), "R\xC3\xA9"
+                                                      "cepteur");
+
+    // Through a link, the file it names is replaced and the link stays a link.
+    const fs::path link = dir.path() / "link.zav";
+    fs::create_symlink(file, link);
+    ini.Set("conditions", "Receiver", "via link");
+    ASSERT_TRUE(ini.Save(link.string()));
+    EXPECT_TRUE(fs::is_symlink(link));
+    EXPECT_EQ(slurp(file), "[conditions]\r\nReceiver=via link\r\n");
+}
+
+TEST(IniFile, FailuresAreReportedNotThrown) {
+    TempDir dir;
+    IniFile ini;
+    ini.Set("a", "b", "c");
+    std::string error;
+    EXPECT_FALSE(ini.Save((dir.path() / "missing" / "x.zav").string(), &error));
+    EXPECT_FALSE(error.empty());
+    EXPECT_FALSE(ini.Save(dir.path().string(), &error)) << "a folder is not replaced by a file";
+    EXPECT_TRUE(fs::is_directory(dir.path()));
+    EXPECT_TRUE(dir.names().empty());
+
+    if (geteuid() != 0) { // permissions do not hold back root
+        const fs::path locked = dir.path() / "locked";
+        fs::create_directory(locked);
+        spit(locked / "p.zav", "[keep]\r\nme=1\r\n");
+        fs::permissions(locked, fs::perms::owner_read | fs::perms::owner_exec);
+        EXPECT_FALSE(ini.Save((locked / "p.zav").string(), &error));
+        EXPECT_EQ(slurp(locked / "p.zav"), "[keep]\r\nme=1\r\n");
+        fs::permissions(locked, fs::perms::owner_all);
+    }
+
+    // Reading: a missing file, a folder or something far too large gives an empty profile.
+    IniFile loaded = IniFile::Parse("[x]\ny=1\n");
+    EXPECT_FALSE(loaded.Load((dir.path() / "nothing.zav").string(), &error));
+    EXPECT_FALSE(loaded.Value("x", "y"));
+    EXPECT_FALSE(loaded.Load(dir.path().string()));
+    const fs::path big = dir.path() / "big.zav";
+    spit(big, "[x]\r\ny=1\r\n" + std::string(IniFile::kMaxFileBytes, ';'));
+    EXPECT_FALSE(loaded.Load(big.string()));
+    EXPECT_EQ(loaded.Text(), "");
+}

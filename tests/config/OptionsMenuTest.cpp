@@ -1,0 +1,130 @@
+#include "config/OptionsMenu.h"
+
+#include "RecordingEvents.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <random>
+
+using namespace zav;
+using zav::test::RecordingEvents;
+using Calls = std::vector<std::string>;
+
+namespace {
+
+class OptionsMenuTest : public ::testing::Test {
+protected:
+    Options options;
+    SetupRecord record;
+    SetupControls controls;
+    CommandStates commands;
+    RecordingEvents events;
+    OptionsMenu menu{options, record, controls, commands, events};
+};
+
+// Antenna factor from gain for a 50 Ω load, the textbook way: AF = 20·log10(9.73 / λ) − G.
+double textbookFactor(double gainDbi, double frequencyMHz) {
+    const double pi = std::acos(-1.0);
+    return 20 * std::log10(std::sqrt(480 * pi * pi / 50) / (299.792458 / frequencyMHz)) - gainDbi;
+}
+
+std::string cents(double value) {
+    char text[32];
+    std::snprintf(text, sizeof text, "%.2f", std::round(value * 100) / 100);
+    return text;
+}
+
+} // namespace
+
+TEST_F(OptionsMenuTest, GainAndFactorFlipBackAndForth) {
+    record.Frequency = "7.000";
+    record.AntGain = "0.00";
+    menu.MenuOptionsAntFact_Click();
+    EXPECT_TRUE(options.AntFact);
+    EXPECT_EQ(controls.lblAntGain, "Factor (d&B/m)");
+    EXPECT_EQ(record.AntGain, cents(textbookFactor(0, 7)));
+    menu.MenuOptionsAntFact_Click();
+    EXPECT_EQ(controls.lblAntGain, "Gain (d&Bi)");
+    EXPECT_EQ(record.AntGain, "0.00");
+
+    // Two-decimal values survive any number of flips; more decimals drift at the first.
+    std::mt19937 rng(3);
+    for (int i = 0; i < 500; ++i) {
+        const std::string gain =
+            cents(std::uniform_int_distribution<int>(-3000, 4000)(rng) / 100.0);
+        const double f =
+            std::round(std::uniform_real_distribution<double>(0.1, 3000)(rng) * 1000) / 1000;
+        record.AntGain = gain;
+        record.Frequency = std::to_string(f);
+        menu.MenuOptionsAntFact_Click();
+        EXPECT_NEAR(std::stod(record.AntGain), textbookFactor(std::stod(gain), f), 0.005 + 1e-9);
+        for (int flip = 0; flip < 3; ++flip)
+            menu.MenuOptionsAntFact_Click();
+        EXPECT_EQ(record.AntGain, gain) << f;
+    }
+    record.AntGain = "1.004";
+    record.Frequency = "14.2";
+    menu.MenuOptionsAntFact_Click();
+    menu.MenuOptionsAntFact_Click();
+    const double k = textbookFactor(0, 14.2);
+    EXPECT_EQ(record.AntGain, cents(k - std::stod(cents(k - 1.004))));
+    EXPECT_TRUE(events.calls.empty()) << "a unit change alone recalculates nothing";
+
+    // The label is a shortcut only while no antenna file holds the box.
+    controls.AntGainEnabled = false;
+    const bool before = options.AntFact;
+    menu.lblAntGain_DblClick();
+    EXPECT_EQ(options.AntFact, before);
+    controls.AntGainEnabled = true;
+    menu.lblAntGain_DblClick();
+    EXPECT_NE(options.AntFact, before);
+}
+
+TEST_F(OptionsMenuTest, SamplesOptionSwitchesUnitsAndAlwaysDiscardsTheSteps) {
+    record.Interval = record.IntervalTag = "64";
+    menu.MenuOptionsSamples_Click();
+    EXPECT_FALSE(options.Samples);
+    EXPECT_EQ(controls.lblInterval, "Interval (ms)");
+    EXPECT_EQ(record.Interval + "/" + record.IntervalTag, "500/500");
+    menu.lblInterval_DblClick();
+    EXPECT_TRUE(options.Samples);
+    EXPECT_EQ(controls.lblInterval, "Samples (k)");
+    EXPECT_EQ(record.Interval + "/" + record.IntervalTag, "8/8");
+    EXPECT_EQ(events.calls, (Calls{"Reset1", "Focus Step1", "Reset1", "Focus Step1"}));
+}
+
+TEST_F(OptionsMenuTest, LimitsOffKeepsResultsVisibleButUnusable) {
+    commands.Step2 = commands.Step3 = commands.RTSVB = true;
+    commands.SetOutputCommands(true);
+    menu.MenuOptionsLimits_Click();
+    EXPECT_FALSE(options.Limits);
+    EXPECT_EQ(events.calls, (Calls{"CalcCalc", "Focus Step3"}));
+    for (bool enabled :
+         {commands.RTSVB, commands.MenuCalRx, commands.MenuSaveText, commands.MenuSaveTsv,
+          commands.MenuSendText, commands.MenuTransfer, commands.MenuCopyTextClip})
+        EXPECT_FALSE(enabled);
+    EXPECT_TRUE(commands.MenuExportGnuplot && commands.Step2 && commands.Step3);
+
+    events.calls.clear();
+    menu.MenuOptionsLimits_Click();
+    EXPECT_TRUE(options.Limits);
+    EXPECT_EQ(events.calls, (Calls{"Reset1", "Focus Step1"}));
+    commands.Step3 = false;
+    events.calls.clear();
+    menu.MenuOptionsLimits_Click();
+    EXPECT_EQ(events.calls, Calls{"CalcCalc"}) << "without step 3 the focus stays";
+}
+
+TEST_F(OptionsMenuTest, PlainOptionsOnlyFlipTheirMark) {
+    menu.MenuOptionsBeep_Click();
+    menu.MenuOptionsVerbose_Click();
+    menu.MenuOptionsAutoTsv_Click();
+    EXPECT_FALSE(options.Beep || options.Verbose);
+    EXPECT_TRUE(options.AutoTsv);
+    EXPECT_FALSE(options.AntFact);
+    EXPECT_TRUE(options.Samples && options.Limits);
+    menu.MenuOptionsBeep_Click();
+    EXPECT_TRUE(options.Beep);
+    EXPECT_TRUE(events.calls.empty());
+}

@@ -1,0 +1,334 @@
+#include "config/Profiles.h"
+#include "config/SetupField.h"
+
+#include "RecordingEvents.h"
+#include "platform/MemorySettingsStore.h"
+#include "testsupport/FakeDialogs.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <deque>
+#include <filesystem>
+#include <fstream>
+#include <random>
+#include <sstream>
+
+using namespace zav;
+using zav::test::FakeDialogs;
+using zav::test::RecordingEvents;
+using Calls = std::vector<std::string>;
+namespace fs = std::filesystem;
+
+namespace {
+
+std::string slurp(const fs::path& p) {
+    std::ifstream in(p, std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+}
+
+// One main window's worth of profile state around a temporary folder.
+class ProfilesTest : public ::testing::Test {
+protected:
+    ProfilesTest() {
+        std::string pattern = (fs::temp_directory_path() / "zav-profiles-XXXXXX").string();
+        dir = mkdtemp(pattern.data());
+        state.CurrentDir = dir.string() + "/";
+        state.ProfilePath = path("ZAV.zav");
+    }
+    ~ProfilesTest() override { fs::remove_all(dir); }
+
+    std::string path(const std::string& name) const { return (dir / name).string(); }
+    // Writes `text` as a profile and opens it.
+    void open(const std::string& name, const std::string& text = "") {
+        if (!text.empty())
+            std::ofstream(dir / name, std::ios::binary) << text;
+        state.ProfilePath = path(name);
+        state.ProfileName = name;
+        events.calls.clear();
+        profiles.GetProfileSettings();
+    }
+    // The set-up and option texts in the profile's order, as zavcli prints them.
+    std::string shown() const {
+        std::string out;
+        for (F f : {F::Receiver, F::Antenna, F::Feedline, F::Tester, F::Location, F::lat, F::lon,
+                    F::RxNF, F::Bandwidth, F::Frequency, F::AntGain, F::Attenuator, F::AGC, F::Loss,
+                    F::Environment, F::Interval})
+            out += FieldText(record, f) + "|";
+        for (bool b : {options.Verbose, options.Samples, options.AntFact, options.AutoTsv,
+                       state.transfer.online})
+            out += b ? "T" : "F";
+        return out;
+    }
+    using F = SetupField;
+
+    fs::path dir;
+    SetupRecord record;
+    Options options;
+    SetupControls controls;
+    PersistentState state;
+    MemorySettingsStore settings;
+    FakeDialogs dialogs;
+    RecordingEvents events;
+    Profiles profiles{record, options, controls, state, settings, dialogs, events};
+};
+
+} // namespace
+
+TEST_F(ProfilesTest, AMissingProfileGivesEveryDefault) {
+    for (int f = 0; f < kSetupFieldCount; ++f)
+        FieldText(record, static_cast<SetupField>(f)) = "x";
+    record.Environment = "Business";
+    options = {true, false, true, false, true, true};
+    state.transfer = {"u", "p", "e", "url", "atf", false};
+    open("nothing-here.zav");
+    EXPECT_EQ(shown(), "|||||||6|2700|7|0|20|20|0|Residential|8|TTFFT");
+    EXPECT_EQ(record.AGCTag + record.IntervalTag + record.AntFileName, "208");
+    const TransferSettings& t = state.transfer;
+    EXPECT_EQ(t.username + t.password + t.Email + t.URL + t.AtfEmail, "");
+    EXPECT_EQ(events.calls,
+              (Calls{"UnloadAntennaFile", "Caption nothing-here.zav", "Reset1", "Focus Step1"}));
+    EXPECT_FALSE(fs::exists(path("nothing-here.zav"))) << "reading creates nothing";
+}
+
+TEST_F(ProfilesTest, SaveThenLoadKeepsEveryValueInTheTableOrder) {
+    for (bool flag : {true, false}) {
+        record = {"J\xC3\xB6rg",
+                  "Ch\xC3\xA2teau \xE2\x82\xAC",
+                  flag ? "-35.100000" : "",
+                  "149.000000",
+                  flag ? "Quiet rural" : "Business",
+                  "3.650",
+                  "IC-7300 \"barefoot\"",
+                  "wide",
+                  "5.50",
+                  "  loop = small; [indoor]  ",
+                  "-1.25",
+                  "RG-213",
+                  "0.5",
+                  "10.0",
+                  "30",
+                  flag ? "64" : "750",
+                  "notes stay out",
+                  "/antennas/loop.tab",
+                  "",
+                  ""};
+        options = {!flag, flag, !flag, flag, true, flag};
+        state.transfer = {
+            "op", "\"secret\"", "me@example.org", "zav.example.org/post", "atf@example.org", !flag};
+        const std::string before = shown();
+        const TransferSettings transfer = state.transfer;
+        ASSERT_TRUE(profiles.SaveProfileSettings());
+        const std::string written = slurp(path("ZAV.zav"));
+
+        record = SetupRecord{};
+        options = Options{};
+        state.transfer = TransferSettings{};
+        open("ZAV.zav");
+        EXPECT_EQ(shown(), before);
+        EXPECT_EQ(record.AntFileName, "/antennas/loop.tab");
+        EXPECT_EQ(record.IntervalTag + record.AGCTag, record.Interval + "30");
+        EXPECT_EQ(state.transfer.username + state.transfer.password + state.transfer.Email +
+                      state.transfer.URL + state.transfer.AtfEmail,
+                  transfer.username + transfer.password + transfer.Email + transfer.URL +
+                      transfer.AtfEmail);
+        EXPECT_EQ(events.calls.at(1), "LoadAntennaFile");
+        ASSERT_TRUE(profiles.SaveProfileSettings());
+        EXPECT_EQ(slurp(path("ZAV.zav")), written) << "load and save again changes nothing";
+    }
+    std::vector<std::string> keys;
+    std::istringstream lines(slurp(path("ZAV.zav")));
+    for (std::string line; std::getline(lines, line);) {
+        ASSERT_EQ(line.back(), '\r');
+        if (line.size() > 1)
+            keys.push_back(line.front() == '[' ? line.substr(0, line.size() - 1)
+                                               : line.substr(0, line.find('=')));
+    }
+    EXPECT_EQ(keys, (std::vector<std::string>{
+                        "[conditions]", "Receiver",    "Antenna",    "Feedline",   "Tester",
+                        "Location",     "Lat",         "Lon",        "RxNF",       "Bandwidth",
+                        "Frequency",    "AntGain",     "Attenuator", "AGC",        "Loss",
+                        "Environment",  "AntFilename", "[options]",  "Verbose",    "Samples",
+                        "Interval",     "AntFact",     "AutoTsv",    "[transfer]", "username",
+                        "password",     "email",       "url",        "AtfEmail",   "online"}));
+}
+
+TEST_F(ProfilesTest, TextInNumericKeysAndBadBooleansFallBackToDefaults) {
+    open("bad.zav", "[conditions]\nRxNF=six\nBandwidth=wide\nFrequency=7 MHz\nAntGain=\n"
+                    "Attenuator=1,5\nAGC=&hZZ\nLoss=--1\nEnvironment=rural\n"
+                    "[options]\nVerbose=maybe\nSamples=\nAntFact=yes\nAutoTsv=2\nInterval=x\n"
+                    "[transfer]\nonline=perhaps\n");
+    // Bandwidth is taken as it is and checked when next validated; rural is no list entry.
+    EXPECT_EQ(shown(), "|||||||6|wide|7|0|20|20|0||x|TTFTT");
+    open("bools.zav", "[conditions]\nEnvironment=  Rural  \n[options]\nVerbose= false \n"
+                      "Samples=0\nAntFact=-1\nAutoTsv=TRUE\n[transfer]\nonline=0\n");
+    EXPECT_EQ(shown(), "|||||||6|2700|7|0|20|20|0|Rural|8|FFTTF");
+    profiles.decimalSeparator = ','; // the user's separator decides what a number is
+    open("comma.zav", "[conditions]\nRxNF=5,5\nLoss=0.5\nEnvironment=Suburban\n");
+    EXPECT_EQ(shown(), "|||||||5,5|2700|7|0|20|20|0|Rural|8|TTFFT");
+}
+
+TEST_F(ProfilesTest, ALegacyNoiseFloorBecomesANoiseFigureAndIsNotWrittenBack) {
+    open("old.zav", "[conditions]\r\nRxNF=9\r\nRxNoiseFloor=-140\r\nBandwidth=2700\r\n");
+    EXPECT_EQ(record.RxNF, "-0.31");
+    ASSERT_TRUE(profiles.SaveProfileSettings());
+    EXPECT_EQ(slurp(path("old.zav")).find("RxNoiseFloor"), std::string::npos);
+    for (double floorDbm : {-150.0, -131.5, -120.0}) {
+        for (int bandwidthHz : {500, 2400, 6000}) {
+            std::ostringstream text;
+            text << "[conditions]\nRxNoiseFloor=" << floorDbm << "\nBandwidth=" << bandwidthHz;
+            open("old.zav", text.str());
+            // NF = floor − thermal floor in the bandwidth, kTB = −174 dBm/Hz + 10·log10(B).
+            const double nf = floorDbm + 174 - 10 * std::log10(bandwidthHz);
+            EXPECT_NEAR(std::stod(record.RxNF), nf, 0.005 + 1e-9);
+        }
+    }
+    open("old.zav", "[conditions]\nRxNF=4.5\nRxNoiseFloor=-140\nBandwidth=none\n");
+    EXPECT_EQ(record.RxNF, "4.5") << "nothing to convert with";
+}
+
+TEST_F(ProfilesTest, TheAntennaFileLoadsBetweenTheConditionsAndTheOptions) {
+    record.Interval = "before";
+    bool loaded = false;
+    events.onLoadAntenna = [&] {
+        loaded = record.AntFileName == "/a/loop.tab" && record.Environment == "Rural" &&
+                 record.Interval == "before";
+    };
+    open("ant.zav", "[conditions]\nEnvironment=Rural\nAntGain=-3.00\nAntFilename=/a/loop.tab\n"
+                    "[options]\nInterval=16\nAntFact=True\n");
+    EXPECT_TRUE(loaded);
+    EXPECT_EQ(events.calls, (Calls{"UnloadAntennaFile", "LoadAntennaFile", "Caption ant.zav",
+                                   "Reset1", "Focus Step1"}));
+    // The value is stored in the unit the profile names: only the label follows, and only
+    // towards a factor.
+    EXPECT_EQ(record.AntGain, "-3.00");
+    EXPECT_EQ(controls.lblAntGain, "Factor (d&B/m)");
+    open("ant.zav", "[options]\nAntFact=False\n");
+    EXPECT_EQ(controls.lblAntGain, "Factor (d&B/m)");
+}
+
+TEST_F(ProfilesTest, ValuesAreCutAtTheReadBuffer) {
+    const std::string ascii(300, 'a');
+    std::string accented;
+    for (int i = 0; i < 300; ++i)
+        accented += "\xC3\xA9";
+    open("long.zav", "[conditions]\nTester=" + ascii + "\nLocation=" + accented + "\n");
+    EXPECT_EQ(record.Tester, ascii.substr(0, Profiles::kMaxValueChars));
+    EXPECT_EQ(record.Location, accented.substr(0, 2 * Profiles::kMaxValueChars));
+    EXPECT_EQ(profiles.GetProfileSetting("d", "Tester", "Conditions").size(), 254u);
+    EXPECT_EQ(profiles.GetProfileSetting("d", "Nothing", "conditions"), "d");
+}
+
+TEST_F(ProfilesTest, TheRecentListShiftsDownOnEverySave) {
+    // As the list behaves: the saved path goes on top, everything else moves down one place,
+    // the ninth drops off; duplicates are never merged.
+    std::deque<std::string> oracle(MaxMru, "");
+    std::mt19937 rng(4);
+    for (int round = 0; round < 60; ++round) {
+        state.ProfilePath = path(std::string(1, "abcDd"[rng() % 5]) + ".zav");
+        ASSERT_TRUE(profiles.SaveProfileSettings());
+        oracle.push_front(state.ProfilePath);
+        oracle.pop_back();
+        for (int i = 1; i <= MaxMru; ++i) {
+            EXPECT_EQ(state.recent.Caption[i], oracle[i - 1]);
+            EXPECT_EQ(state.recent.Visible[i], !oracle[i - 1].empty());
+            EXPECT_EQ(settings.GetSetting("default", "MRUF" + std::to_string(i), "?"),
+                      oracle[i - 1]);
+        }
+    }
+}
+
+TEST_F(ProfilesTest, WindowSettingsRoundTripWithDefaultsForBadValues) {
+    settings.SaveSetting("default", "Stale", "x");
+    settings.SaveSetting("gps", "Old", "y");
+    state.gps = {3, 9600, "E", 7, 2, 25, "/dev/ttyUSB0"};
+    state.InputDevice = "USB Audio";
+    state.BaseUrl = "https://mirror.example.org/zav/";
+    options.Beep = false;
+    ASSERT_TRUE(profiles.SaveWindowSettings());
+    EXPECT_EQ(settings.GetSetting("default", "Stale", "gone") +
+                  settings.GetSetting("gps", "Old", "gone"),
+              "gonegone");
+    EXPECT_EQ(settings.GetSetting("default", "Profile", ""), state.ProfilePath);
+    const PersistentState saved = state;
+    state = PersistentState{};
+    options = Options{};
+    profiles.LoadWindowSettings();
+    EXPECT_FALSE(options.Beep);
+    EXPECT_EQ(state.BaseUrl + state.InputDevice, saved.BaseUrl + "USB Audio");
+    const GpsSettings& g = state.gps;
+    EXPECT_EQ(std::vector<int>({g.Port, g.Speed, g.Dbits, g.Sbits, g.Acc}),
+              std::vector<int>({3, 9600, 7, 2, 25}));
+    EXPECT_EQ(g.Parity + g.Device, "E/dev/ttyUSB0");
+    EXPECT_EQ(state.recent.Caption, saved.recent.Caption);
+    EXPECT_EQ(state.recent.Visible, saved.recent.Visible);
+
+    MemorySettingsStore fresh;
+    Profiles firstRun{record, options, controls, state, fresh, dialogs, events};
+    fresh.SaveSetting("default", "MRUF3", "/p/three.zav");
+    fresh.SaveSetting("default", "BaseUrl", kFormerBaseUrl);
+    fresh.SaveSetting("gps", "Speed", "38400"); // does not fit 16 bits
+    fresh.SaveSetting("gps", "Port", "COM4");
+    fresh.SaveSetting("gps", "Acc", "2.5"); // whole numbers, halves to even
+    fresh.SaveSetting("gps", "Sbits", "-1");
+    const std::pair<const char*, bool> beeps[] = {
+        {"False", false}, {"0", false}, {"true", true}, {"-1", true}, {"noise", true}};
+    for (const auto& [stored, beep] : beeps) {
+        fresh.SaveSetting("default", "Beep", stored);
+        firstRun.LoadWindowSettings();
+        EXPECT_EQ(options.Beep, beep) << stored;
+    }
+    EXPECT_EQ(std::vector<int>({g.Port, g.Speed, g.Dbits, g.Sbits, g.Acc}),
+              std::vector<int>({1, 4800, 8, -1, 2}));
+    EXPECT_EQ(g.Parity + g.Device, "N");
+    EXPECT_EQ(state.BaseUrl, kDefaultBaseUrl) << "the former address is replaced";
+    EXPECT_TRUE(state.recent.Visible[3] && !state.recent.Visible[2]);
+}
+
+TEST_F(ProfilesTest, FileMenuCommands) {
+    record.Tester = "outgoing";
+    state.ProfilePath = path("first.zav");
+    dialogs.files = {std::nullopt, path("second.zav"), std::nullopt, path("third.zav")};
+    profiles.MenuOpenProfile_Click(); // cancelled, but the outgoing profile is saved first
+    const FileDialogRequest& request = dialogs.fileRequests.at(0);
+    EXPECT_EQ(request.filter + request.initialDir + request.fileName,
+              "ZAV files (*.zav)|*.zav" + state.CurrentDir);
+    EXPECT_NE(slurp(path("first.zav")).find("Tester=outgoing"), std::string::npos);
+    EXPECT_TRUE(events.calls.empty());
+
+    std::ofstream(dir / "second.zav") << "[conditions]\nTester=incoming\n";
+    profiles.MenuOpenProfile_Click();
+    EXPECT_EQ(state.ProfilePath + state.ProfileName, path("second.zav") + "second");
+    EXPECT_EQ(record.Tester, "incoming");
+
+    events.calls.clear();
+    profiles.MenuSaveProfile_Click(); // cancelled
+    EXPECT_EQ(dialogs.fileRequests.at(2).fileName, path("second.zav"));
+    profiles.MenuSaveProfile_Click();
+    EXPECT_NE(slurp(path("third.zav")).find("Tester=incoming"), std::string::npos);
+    EXPECT_EQ(events.calls, Calls{"Caption third"});
+
+    // Recent entries: a vanished file is reported and changes nothing; otherwise the clicked
+    // file opens, though saving the outgoing profile has moved the list.
+    state.recent.Caption = {"", path("third.zav"), path("first.zav"), path("gone.zav")};
+    profiles.MenuRecentFile_Click(3);
+    ASSERT_EQ(dialogs.messages.size(), 1u);
+    EXPECT_EQ(dialogs.messages[0].text, "Error: file " + path("gone.zav") + " does not exist.");
+    EXPECT_EQ(dialogs.messages[0].icon, MessageIcon::Critical);
+    EXPECT_EQ(state.recent.Caption[3], path("gone.zav"));
+    EXPECT_EQ(state.ProfilePath, path("third.zav"));
+    profiles.MenuRecentFile_Click(2);
+    EXPECT_EQ(state.ProfilePath, path("first.zav"));
+    EXPECT_EQ(record.Tester, "outgoing");
+}
+
+TEST_F(ProfilesTest, AProfileWrittenOnWindowsOpensAsThere) {
+    state.ProfilePath = std::string(ZAV_SOURCE_DIR) + "/tests/data/profile/windows-profile.zav";
+    profiles.GetProfileSettings();
+    EXPECT_EQ(shown(), "Yaesu FT-817ND|  Dipole 2x10 m  |RG-58, 15 m|J\xC3\xB6rg M\xC3\xBCller|"
+                       "B\xC3\xB6singen \xE2\x80\x9CHof\xE2\x80\x9D \xE2\x80\x94 \xE2\x82\xAC 5 "
+                       "parking|48.123456|-8.500000|5.50|2400|3.650|-1.50|20|20|0.5|Quiet rural|"
+                       "32|FTFTT");
+    EXPECT_EQ(state.transfer.password, "p@ss w\xC3\xB6rd ");
+    EXPECT_EQ(state.transfer.AtfEmail, "collect@example.org");
+}

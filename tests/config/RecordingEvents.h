@@ -1,0 +1,43 @@
+#pragma once
+
+#include "config/SetupEvents.h"
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace zav::test {
+
+// Records every call the set-up code makes into the rest of the window, in order.
+class RecordingEvents : public SetupEvents {
+public:
+    void CalcCalc() override { calls.push_back("CalcCalc"); }
+    void Reset1() override { calls.push_back("Reset1"); }
+    void Reset3() override { calls.push_back("Reset3"); }
+    std::optional<double> AntennaValueAt(double frequencyMHz) override {
+        if (!antenna)
+            return std::nullopt;
+        calls.push_back("AntennaValueAt");
+        return antenna(frequencyMHz);
+    }
+    void UnloadAntennaFile() override { calls.push_back("UnloadAntennaFile"); }
+    void LoadAntennaFile() override {
+        calls.push_back("LoadAntennaFile");
+        if (onLoadAntenna)
+            onLoadAntenna();
+    }
+    void SetFocus(FocusTarget target) override {
+        calls.push_back(target == FocusTarget::Step1   ? "Focus Step1"
+                        : target == FocusTarget::Step3 ? "Focus Step3"
+                                                       : "Focus other");
+    }
+    void ProfileNameChanged(const std::string& profileName) override {
+        calls.push_back("Caption " + profileName);
+    }
+
+    std::vector<std::string> calls;
+    std::function<double(double)> antenna; // set: an antenna file is loaded
+    std::function<void()> onLoadAntenna;   // what loading the antenna file does
+};
+
+} // namespace zav::test

@@ -1,0 +1,237 @@
+#include "config/SetupForm.h"
+
+#include "RecordingEvents.h"
+#include "testsupport/FakeDialogs.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <random>
+
+using namespace zav;
+using zav::test::FakeDialogs;
+using zav::test::RecordingEvents;
+using Calls = std::vector<std::string>;
+using F = SetupField;
+
+namespace {
+
+class SetupFormTest : public ::testing::Test {
+protected:
+    SetupRecord record;
+    Options options;
+    FakeDialogs dialogs;
+    RecordingEvents events;
+    SetupForm form{record, options, dialogs, events};
+
+    // Types `text` into the box and leaves it; true when the box keeps the focus.
+    bool leave(F field, const std::string& text) {
+        clear();
+        FieldText(record, field) = text;
+        bool cancel = false;
+        form.Validate(field, cancel);
+        return cancel;
+    }
+    // Types `text` and presses Enter; returns the key code left for the box.
+    int enter(F field, const std::string& text, int key = SetupForm::kEnterKey) {
+        clear();
+        FieldText(record, field) = text;
+        form.KeyPress(field, key);
+        return key;
+    }
+    void clear() {
+        dialogs.messages.clear();
+        events.calls.clear();
+    }
+    // The one "Value error:" box shown, or "" when none was.
+    std::string shown() const {
+        if (dialogs.messages.empty())
+            return "";
+        EXPECT_EQ(dialogs.messages.size(), 1u);
+        const auto& m = dialogs.messages[0];
+        EXPECT_EQ(m.title, "Value error:");
+        EXPECT_EQ(m.icon, MessageIcon::None);
+        EXPECT_EQ(m.buttons, MessageButtons::Ok);
+        return m.text;
+    }
+};
+
+const char* const kBandwidth = "Bandwidth must be > 0 and  <= 200000";
+const char* const kFrequency = "Frequency must be >= 0.1 and <= 10000";
+const char* const kAgc = "AGC threshold must be >= 10";
+const char* const kSamples = "Samples must be 8, 16, 32, 64, 128, or 256";
+const char* const kMilliseconds = "Interval must be >= 500 and <= 10,0000";
+
+} // namespace
+
+TEST_F(SetupFormTest, LeavingABoxTidiesChecksAndActs) {
+    struct Case {
+        F field;
+        const char* typed;
+        const char* after; // the box's text afterwards
+        const char* message;
+        Calls calls;
+    };
+    const Calls calc{"CalcCalc"}, none{}, reset1{"Reset1"}, reset3{"Reset3"};
+    record.AGCTag = "20";
+    options.Samples = true;
+    record.IntervalTag = "8";
+    const Case cases[] = {
+        {F::Bandwidth, "2700.6", "2701", "", calc},
+        {F::Bandwidth, "200000", "200000", "", calc},
+        {F::Bandwidth, "0", "0", kBandwidth, none},
+        {F::Bandwidth, "200001", "200001", kBandwidth, none},
+        {F::Bandwidth, "0.4", "0", kBandwidth, none},
+        {F::Bandwidth, "abc", "abc", kBandwidth, none},
+        {F::Frequency, "0.1", "0.100", "", calc},
+        {F::Frequency, "10000", "10000.000", "", calc},
+        {F::Frequency, "0.0996", "0.100", "", calc},
+        {F::Frequency, "0.09", "0.090", kFrequency, none},
+        {F::Frequency, "10000.001", "10000.001", kFrequency, none},
+        {F::Frequency, "", "", kFrequency, none},
+        {F::RxNF, "-3", "0.00", "", calc},
+        {F::RxNF, "abc", "0.00", "", calc},
+        {F::RxNF, "3.456", "3.46", "", calc},
+        {F::RxNF, "1e1", "10.00", "", calc},
+        {F::Attenuator, "abc", "0.0", "", calc},
+        {F::Attenuator, "-6", "-6.0", "", calc},
+        {F::Loss, "", "0.0", "", calc},
+        {F::Loss, "12.25", "12.3", "", calc},
+        {F::AntGain, "abc", "0.00", "", calc},
+        {F::AntGain, "&h10", "16.00", "", calc},
+        {F::lat, "abc", "", "", none},
+        {F::lat, "-35.1", "-35.100000", "", none},
+        {F::lon, "", "", "", none},
+        {F::lon, "149.1234567", "149.123457", "", none},
+        {F::AGC, "9", "9", kAgc, none},
+        {F::AGC, "ten", "ten", kAgc, none},
+        {F::AGC, "30", "30", "", reset3},
+        {F::AGC, "30", "30", "", none},
+        {F::AGC, "29.6", "30", "", none},
+        {F::AGC, "9.5", "10", "", reset3},
+        {F::Interval, "  32  ", "32", "", reset1},
+        {F::Interval, "32 ", "32", "", none},
+        {F::Interval, "12", "12", kSamples, none},
+        {F::Interval, "", "", kSamples, none},
+        {F::Interval, "8 16", "8 16", kSamples, none},
+        {F::Interval, "32.0", "32.0", kSamples, none},
+        {F::Interval, "256", "256", "", reset1},
+    };
+    for (const Case& c : cases) {
+        const bool cancel = leave(c.field, c.typed);
+        const std::string where = std::to_string(static_cast<int>(c.field)) + " " + c.typed;
+        EXPECT_EQ(FieldText(record, c.field), c.after) << where;
+        EXPECT_EQ(shown(), c.message) << where;
+        EXPECT_EQ(cancel, *c.message != '\0') << where;
+        EXPECT_EQ(events.calls, c.calls) << where;
+    }
+    EXPECT_EQ(record.AGCTag, "10");
+    EXPECT_EQ(record.IntervalTag, "256");
+
+    options.Samples = false;
+    for (const char* bad : {"499", "10001", "abc", "499.99"}) {
+        EXPECT_TRUE(leave(F::Interval, bad));
+        EXPECT_EQ(shown(), kMilliseconds);
+    }
+    EXPECT_FALSE(leave(F::Interval, "10000"));
+    EXPECT_FALSE(leave(F::Interval, " 500 ")); // no clean-up in this mode: a new text
+    EXPECT_EQ(record.IntervalTag, " 500 ");
+    EXPECT_EQ(events.calls, reset1);
+}
+
+TEST_F(SetupFormTest, BandwidthAgreesWithRoundingToWholeHertz) {
+    std::mt19937 rng(7);
+    std::uniform_int_distribution<int> tenths(-20, 2000020);
+    for (int i = 0; i < 2000; ++i) {
+        const double value = (i < 40 ? i - 20 : tenths(rng)) / 10.0; // dense near zero
+        const long rounded = std::lround(value);                     // halves away from zero
+        EXPECT_EQ(leave(F::Bandwidth, std::to_string(value)), !(rounded > 0 && rounded <= 200000));
+        EXPECT_EQ(record.Bandwidth, std::to_string(rounded)) << value;
+    }
+}
+
+TEST_F(SetupFormTest, FrequencyFetchesTheAntennaFactorWhileAFileIsLoaded) {
+    double askedAt = 0;
+    events.antenna = [&](double f) { return 10 + (askedAt = f) / 3; };
+    record.AntGain = "1.00";
+    EXPECT_FALSE(leave(F::Frequency, "14.2"));
+    EXPECT_DOUBLE_EQ(askedAt, 14.2);
+    EXPECT_EQ(record.AntGain, "14.73");
+    EXPECT_EQ(events.calls, (Calls{"AntennaValueAt", "CalcCalc"}));
+    EXPECT_TRUE(leave(F::Frequency, "20000"));
+    EXPECT_EQ(record.AntGain, "14.73");
+}
+
+TEST_F(SetupFormTest, EnterChecksSwallowsTheKeyAndSelectsAgain) {
+    const std::pair<F, const char*> checked[] = {
+        {F::RxNF, "12.35"},      {F::Bandwidth, "12"},  {F::Frequency, "12.345"},
+        {F::Attenuator, "12.3"}, {F::lat, "12.345000"}, {F::lon, "12.345000"},
+        {F::AGC, "12"},          {F::Loss, "12.3"},     {F::AntGain, "12.35"}};
+    for (const auto& [f, after] : checked) {
+        form.SelectText(f, 0, 0);
+        EXPECT_EQ(enter(f, "12.345"), 0);
+        EXPECT_EQ(FieldText(record, f), after);
+        EXPECT_EQ(form.Selection(f).SelStart, 0);
+        EXPECT_EQ(form.Selection(f).SelLength, static_cast<int>(FieldText(record, f).size()));
+    }
+    EXPECT_EQ(enter(F::Bandwidth, "0"), 0);
+    EXPECT_EQ(shown(), kBandwidth);
+    // Nothing is filtered while typing; boxes without checks leave Enter alone.
+    for (int key : {97, 55, 46, 8, 27, 10})
+        EXPECT_EQ(enter(F::Frequency, "7", key), key);
+    EXPECT_EQ(enter(F::Tester, "x"), SetupForm::kEnterKey);
+    EXPECT_TRUE(events.calls.empty() && dialogs.messages.empty());
+}
+
+TEST_F(SetupFormTest, EnterInIntervalWarnsWithItsOwnWordsAndResetsNothing) {
+    options.Samples = true;
+    record.IntervalTag = "8";
+    EXPECT_EQ(enter(F::Interval, "12"), 0);
+    EXPECT_EQ(shown(), "Samples must be 8, 16, 32, 64, 128 or 256");
+    EXPECT_EQ(enter(F::Interval, " 64 "), 0);
+    EXPECT_EQ(shown(), "");
+    EXPECT_TRUE(events.calls.empty()) << "a new length is taken only on leaving the box";
+    EXPECT_EQ(record.IntervalTag, "8");
+    EXPECT_EQ(form.Selection(F::Interval).SelLength, 2);
+    bool cancel = false;
+    form.Interval_Validate(cancel);
+    EXPECT_EQ(events.calls, Calls{"Reset1"});
+
+    options.Samples = false;
+    EXPECT_EQ(enter(F::Interval, "499"), 0);
+    EXPECT_EQ(shown(), "Interval must be >= 500 and <= 10000");
+    EXPECT_TRUE(events.calls.empty());
+}
+
+TEST_F(SetupFormTest, EnteringABoxSelectsItsText) {
+    for (F f : {F::Tester, F::lat, F::lon, F::Frequency, F::Bandwidth, F::AntGain, F::Loss,
+                F::Attenuator, F::AGC, F::Interval, F::RxNF, F::Location}) {
+        FieldText(record, f) = "7.000";
+        form.SelectText(f, 2, 1);
+        form.GotFocus(f);
+        const bool selects = f != F::RxNF && f != F::Location;
+        EXPECT_EQ(form.Selection(f).SelStart, selects ? 0 : 2);
+        EXPECT_EQ(form.Selection(f).SelLength, selects ? 5 : 1);
+    }
+    // At most 100 characters, counted as characters, not bytes.
+    record.Tester = std::string(150, 'x');
+    form.Tester_GotFocus();
+    EXPECT_EQ(form.Selection(F::Tester).SelLength, 100);
+    record.Tester = "J\xC3\xBCrgen M\xC3\xBCller";
+    form.Tester_GotFocus();
+    EXPECT_EQ(form.Selection(F::Tester).SelLength, 13);
+}
+
+TEST_F(SetupFormTest, TheUsersDecimalSeparatorIsReadAndWritten) {
+    form.decimalSeparator = ',';
+    const std::pair<const char*, const char*> loss[] = {{"2,5", "2,5"}, {"2.5", "0,0"}};
+    for (const auto& [typed, after] : loss) {
+        leave(F::Loss, typed);
+        EXPECT_EQ(record.Loss, after);
+    }
+    EXPECT_FALSE(leave(F::Frequency, "7,1"));
+    EXPECT_EQ(record.Frequency, "7,100");
+    EXPECT_TRUE(leave(F::Frequency, "0,09"));
+    leave(F::lat, "-35,25");
+    EXPECT_EQ(record.lat, "-35,250000");
+}

@@ -1,0 +1,336 @@
+#include "gps/GetPositionModel.h"
+
+#include "NmeaTestSupport.h"
+#include "config/SetupRecord.h"
+#include "gps/RuntimeError.h"
+#include "gps/SerialErrorMessage.h"
+#include "platform/Beeper.h"
+#include "platform/SerialPort.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdio>
+#include <fstream>
+#include <iterator>
+#include <random>
+
+using zav::CellColour;
+using zav::GetPositionModel;
+using zav::GpsSettings;
+using zav::test::Sentence;
+
+namespace {
+
+// A serial port that records what it was asked and answers from preset error numbers.
+class FakeSerialPort : public zav::SerialPort {
+public:
+    int openError = 0;
+    std::string settings;
+    int commPort = 0;
+    std::string device;
+    bool open = false;
+    ReceiveHandler receive;
+    ErrorHandler error;
+
+    int SetSettings(const std::string& s) override {
+        settings = s;
+        return 0;
+    }
+    int SetCommPort(int n) override {
+        commPort = n;
+        return 0;
+    }
+    int SetDevice(const std::string& d) override {
+        device = d;
+        return 0;
+    }
+    int SetPortOpen(bool o) override {
+        if (o && openError)
+            return openError;
+        open = o;
+        return 0;
+    }
+    bool PortOpen() const override { return open; }
+    void SetReceiveHandler(ReceiveHandler h) override { receive = std::move(h); }
+    void SetErrorHandler(ErrorHandler h) override { error = std::move(h); }
+    std::vector<std::string> ListPorts() const override { return {}; }
+};
+
+class FakeBeeper : public zav::Beeper {
+public:
+    std::vector<std::pair<int, int>> beeps;
+    void Beep(int frequencyHz, int durationMs) override {
+        beeps.emplace_back(frequencyHz, durationMs);
+    }
+};
+
+// A GGA fix at signed decimal degrees, written as a receiver writes it.
+std::string gga(double latDeg, double lonDeg, double hdop, int quality = 1) {
+    char body[160];
+    const double alat = std::fabs(latDeg), alon = std::fabs(lonDeg);
+    std::snprintf(body, sizeof body,
+                  "GPGGA,123519.00,%02d%07.4f,%c,%03d%07.4f,%c,%d,08,%.1f,545.4,M,46.9,M,,",
+                  static_cast<int>(alat), (alat - std::floor(alat)) * 60, latDeg < 0 ? 'S' : 'N',
+                  static_cast<int>(alon), (alon - std::floor(alon)) * 60, lonDeg < 0 ? 'W' : 'E',
+                  quality, hdop);
+    return Sentence(body) + "\r\n";
+}
+
+struct Dialog {
+    explicit Dialog(std::int16_t acc = 10, bool beepOption = true) {
+        settings.Acc = acc;
+        model = std::make_unique<GetPositionModel>(settings, port, beeper, beepOption);
+        model->Form_Load();
+    }
+    // Sends through the port as the serial control would.
+    void receive(const std::string& chunk) { port.receive(chunk); }
+
+    GpsSettings settings;
+    FakeSerialPort port;
+    FakeBeeper beeper;
+    std::unique_ptr<GetPositionModel> model;
+};
+
+} // namespace
+
+TEST(GetPosition, LoadOpensThePortWithTheSettings) {
+    Dialog d;
+    EXPECT_EQ(d.port.settings, "4800,N,8,1");
+    EXPECT_EQ(d.port.commPort, 1);
+    EXPECT_TRUE(d.port.open);
+    EXPECT_EQ(d.model->lblfix, "Fix lost");
+    EXPECT_NEAR(d.model->MaxHdop, 10.0 / 3, 1e-15);
+
+    FakeSerialPort busy;
+    busy.openError = 8005;
+    FakeBeeper beeper;
+    GpsSettings settings;
+    settings.Device = "/dev/ttyACM0";
+    GetPositionModel model(settings, busy, beeper, true);
+    model.Form_Load();
+    EXPECT_EQ(busy.device, "/dev/ttyACM0");
+    EXPECT_EQ(model.record, "Error: Port In Use");
+    EXPECT_EQ(model.result(), GetPositionModel::Result::Open);
+    // OK then copies the empty averages.
+    model.OKButton_Click();
+    zav::SetupRecord setup;
+    setup.lat = "1.000000";
+    model.ApplyTo(setup);
+    EXPECT_EQ(setup.lat, "");
+    EXPECT_EQ(setup.lon, "");
+}
+
+TEST(GetPosition, HdopColoursAndAcceptance) {
+    Dialog d; // Acc 10: red above 3.333, normal up to 2.5
+    d.receive(gga(48.1, 11.5, 3.0));
+    EXPECT_EQ(d.model->HDOP, "3.0");
+    EXPECT_EQ(d.model->HDOPColour, CellColour::Orange);
+    EXPECT_EQ(d.model->ct, "1");
+    d.receive(gga(48.1, 11.5, 2.5));
+    EXPECT_EQ(d.model->HDOPColour, CellColour::WindowText);
+    d.receive(gga(48.1, 11.5, 3.4));
+    EXPECT_EQ(d.model->HDOPColour, CellColour::Red);
+    EXPECT_EQ(d.model->Count, 2); // 3.4 is not averaged
+
+    Dialog off(0); // Acc 0: red above 5, normal up to 2, and only HDOP 0 is accepted
+    for (auto [hdop, colour] : {std::pair{5.1, CellColour::Red},
+                                {5.0, CellColour::Orange},
+                                {2.1, CellColour::Orange},
+                                {2.0, CellColour::WindowText}}) {
+        off.receive(gga(1, 1, hdop));
+        EXPECT_EQ(off.model->HDOPColour, colour) << hdop;
+    }
+    EXPECT_EQ(off.model->Count, 0);
+    off.receive(gga(1, 1, 0.0));
+    EXPECT_EQ(off.model->Count, 1);
+    off.model->Timer1_Timer();
+    EXPECT_EQ(off.model->result(), GetPositionModel::Result::Open); // never closes by itself
+
+    // The shown, rounded HDOP decides: 3.34 shows as 3.3, under 10/3.
+    Dialog rounded;
+    rounded.receive(Sentence("GPGGA,1,4807.038,N,01131.000,E,1,08,3.34,,,,,,") + "\r\n");
+    EXPECT_EQ(rounded.model->Count, 1);
+}
+
+TEST(GetPosition, InvalidFixClearsHdopAndStopsAveraging) {
+    Dialog d;
+    d.receive(gga(10, 10, 1.0, 0));
+    EXPECT_EQ(d.model->lblfix, "Fix lost");
+    EXPECT_EQ(d.model->HDOP, "1.0"); // the quality comes first, then the HDOP again
+    EXPECT_EQ(d.model->Count, 0);
+    d.receive(Sentence("GPGGA,1,,,,,0,,,,,,,,") + "\r\n");
+    EXPECT_EQ(d.model->HDOP, "");
+    EXPECT_FALSE(d.model->FixValid);
+    d.receive(gga(10, 10, 1.0, 2));
+    EXPECT_EQ(d.model->lblfix, "Fix obtained");
+    EXPECT_EQ(d.model->Count, 1);
+    // RMC and GLL are shown but never parsed: neither their status nor their position counts.
+    d.receive(Sentence("GPGLL,1000.000,N,01000.000,E,225444,A") + "\r\n");
+    d.receive(Sentence("GPRMC,1,V,1000.000,N,01000.000,E,,,,") + "\r\n");
+    EXPECT_EQ(d.model->Count, 1);
+    EXPECT_TRUE(d.model->FixValid);
+    EXPECT_EQ(d.model->record.substr(0, 6), "$GPRMC");
+}
+
+TEST(GetPosition, AveragesAgainstIndependentSums) {
+    std::mt19937 rng(11);
+    std::uniform_real_distribution<double> latD(-89, 89), lonD(-179, 179), spread(-0.01, 0.01);
+    std::uniform_int_distribution<int> tenths(5, 40);
+    for (int run = 0; run < 20; ++run) {
+        Dialog d(30); // MaxHdop 10: all accepted; closes only when asked
+        const double lat0 = latD(rng), lon0 = lonD(rng);
+        double sumLat = 0, sumLon = 0, sumH2 = 0;
+        int n = 0;
+        for (int i = 0; i < 12; ++i) {
+            // Positions on the 1e-4 minute grid the sentence carries, so nothing is lost.
+            const double la = std::round((lat0 + spread(rng)) * 600000) / 600000;
+            const double lo = std::round((lon0 + spread(rng)) * 600000) / 600000;
+            const double h = tenths(rng) / 10.0;
+            d.receive(gga(la, lo, h));
+            sumLat += la, sumLon += lo, sumH2 += h * h, ++n;
+        }
+        ASSERT_EQ(d.model->Count, n);
+        EXPECT_NEAR(std::stod(d.model->lat), sumLat / n, 5.1e-7);
+        EXPECT_NEAR(std::stod(d.model->lon), sumLon / n, 5.1e-7);
+        EXPECT_NEAR(std::stod(d.model->acc), 4 * std::sqrt(sumH2 / n), 0.0051);
+        EXPECT_EQ(d.model->lon.find('.'), d.model->lon[0] == '-' ? 4u : 3u); // "000.000000"
+    }
+
+    Dialog south;
+    south.receive(Sentence("GPGGA,1,3351.1234,S,00023.0832,W,1,08,1.0,,,,,,") + "\r\n");
+    EXPECT_EQ(south.model->latl, "-33.852057");
+    EXPECT_EQ(south.model->lonl, "-000.384720");
+}
+
+TEST(GetPosition, TimerEndsTheCaptureOverTwoFixes) {
+    Dialog d;
+    d.receive(gga(48.1, 11.5, 1.0));
+    d.model->Timer1_Timer();
+    EXPECT_EQ(d.model->result(), GetPositionModel::Result::Open); // one fix is not enough
+    d.receive(gga(48.2, 11.6, 1.0));
+    EXPECT_EQ(d.model->acc, "4.00");
+    EXPECT_TRUE(d.beeper.beeps.empty());
+    d.model->Timer1_Timer();
+    EXPECT_EQ(d.model->result(), GetPositionModel::Result::Ok);
+    EXPECT_FALSE(d.port.open);
+    EXPECT_EQ(d.beeper.beeps, (std::vector<std::pair<int, int>>{{2000, 100}}));
+    zav::SetupRecord setup;
+    d.model->ApplyTo(setup);
+    EXPECT_EQ(setup.lat, "48.150000");
+    EXPECT_EQ(setup.lon, "011.550000");
+
+    Dialog quiet(10, false); // Beep option off; acc 8.00 is still within 10
+    quiet.receive(gga(1, 1, 2.0));
+    quiet.receive(gga(1, 1, 2.0));
+    quiet.model->Timer1_Timer();
+    EXPECT_EQ(quiet.model->result(), GetPositionModel::Result::Ok);
+    EXPECT_TRUE(quiet.beeper.beeps.empty());
+
+    Dialog cancel;
+    cancel.receive(gga(1, 1, 3.0));
+    cancel.receive(gga(1, 1, 3.0)); // acc 12.00 > 10: stays open
+    cancel.model->Timer1_Timer();
+    EXPECT_EQ(cancel.model->result(), GetPositionModel::Result::Open);
+    cancel.model->CancelButton_Click();
+    EXPECT_FALSE(cancel.port.open);
+    zav::SetupRecord untouched;
+    cancel.model->ApplyTo(untouched);
+    EXPECT_EQ(untouched.lat, "");
+}
+
+TEST(GetPosition, InputAssemblyKeepsTheLastCompleteLine) {
+    Dialog d(30);
+    const std::string a = gga(10, 20, 1.0), b = gga(11, 22, 1.0);
+    // Split inside a sentence: the start waits for its end.
+    d.receive(a.substr(0, 20));
+    EXPECT_EQ(d.model->Count, 0);
+    d.receive(a.substr(20));
+    EXPECT_EQ(d.model->Count, 1);
+    EXPECT_EQ(d.model->record, a.substr(0, a.size() - 2));
+    // A chunk that does not start with "$" is glued to the last complete line: the start of
+    // b after a's line end is dropped, and the glued line fails its checksum.
+    d.receive(a + b.substr(0, 10));
+    EXPECT_EQ(d.model->Count, 2);
+    d.receive(b.substr(10));
+    EXPECT_EQ(d.model->Count, 2);
+    EXPECT_EQ(d.model->record, a.substr(0, a.size() - 2) + b.substr(10, b.size() - 12));
+    // Several lines in one chunk, blanks around them, other sentences between.
+    d.receive(Sentence("GPGSA,A,3,,,,,,,,,,,,,,,") + "\r\n  " + b.substr(0, b.size() - 2) +
+              "  \r\n" + b + b);
+    EXPECT_EQ(d.model->Count, 5);
+    EXPECT_NEAR(d.model->SumLat, 10 * 2 + 11 * 3, 1e-9);
+    // Endless input without a line end is let go of rather than kept and split again and
+    // again; the next sentence still counts.
+    for (int i = 0; i < 100; ++i)
+        d.receive(std::string(100, 'x'));
+    d.receive("\r\n");
+    EXPECT_LT(d.model->record.size(), 5000u);
+    d.receive(b);
+    EXPECT_EQ(d.model->Count, 6);
+}
+
+TEST(GetPosition, ErrorsShowInRecordAndTheCaptureGoesOn) {
+    Dialog d(30);
+    d.receive(Sentence("GPGGA,1,4807.038,N,01131.000,E,1,08,1.0") + "\r\n");
+    EXPECT_EQ(d.model->record, "Error: Subscript out of range");
+    EXPECT_EQ(d.model->ErrorsShown(), 1u);
+    EXPECT_EQ(d.model->Count, 1); // the position came before the missing fields
+    d.receive(Sentence("GPGGA,1,4807.038,N,01131.000,E,1,08,x,,,,,,") + "\r\n");
+    EXPECT_EQ(d.model->record, "Error: Type mismatch");
+    d.receive(gga(48, 11, 1.0));
+    EXPECT_EQ(d.model->Count, 2);
+    EXPECT_EQ(d.model->ErrorsShown(), 2u);
+
+    // The interpreter's errors are not caught by HandleInput itself.
+    EXPECT_THROW(d.model->HandleInput(Sentence("GPGGA,1") + "\r\n"), zav::RuntimeError);
+
+    // A port failing mid-capture.
+    d.port.error(8018);
+    EXPECT_EQ(d.model->record, "Error: Operation valid only when the port is open");
+    // The count cannot pass the 16-bit limit.
+    d.model->Count = 32767;
+    d.receive(gga(48, 11, 1.0));
+    EXPECT_EQ(d.model->record, "Error: Overflow");
+    EXPECT_EQ(d.model->Count, 32767);
+}
+
+TEST(GetPosition, SerialErrorMessages) {
+    using zav::SerialErrorMessage;
+    EXPECT_EQ(SerialErrorMessage(8021),
+              "Internal error retrieving device control block for the port");
+    EXPECT_EQ(SerialErrorMessage(394), "Property is write-only");
+    EXPECT_EQ(SerialErrorMessage(380), "Invalid property value");
+    EXPECT_EQ(SerialErrorMessage(8005), "Port In Use");
+    EXPECT_EQ(SerialErrorMessage(8012), "Port In Use");
+    EXPECT_EQ(SerialErrorMessage(8002), "Invalid port number");
+    EXPECT_EQ(SerialErrorMessage(8018), "Operation valid only when the port is open");
+    EXPECT_EQ(SerialErrorMessage(8000), "Operation not valid while the port is opened");
+    EXPECT_EQ(SerialErrorMessage(383), "Property is read-only");
+    EXPECT_EQ(SerialErrorMessage(80208015), "Port ERROR");
+    EXPECT_EQ(SerialErrorMessage(8015), "Other error...");
+    EXPECT_EQ(SerialErrorMessage(8020), "Other error...");
+    EXPECT_EQ(SerialErrorMessage(0), "Other error...");
+}
+
+TEST(GetPosition, HostileChunksNeverEscapeTheDialog) {
+    // A real capture cut into random chunks, with random bytes dropped in: whatever happens
+    // shows in `record`; nothing is thrown out of the receive path.
+    std::ifstream capture(std::string(ZAV_SHARED_DATA_DIR) +
+                              "/nmea/gp-320fw-2019-04-07-coldboot.nmea",
+                          std::ios::binary);
+    const std::string text((std::istreambuf_iterator<char>(capture)), {});
+    ASSERT_GT(text.size(), 1000u);
+    std::mt19937 rng(9);
+    for (int run = 0; run < 50; ++run) {
+        Dialog d(static_cast<std::int16_t>(rng() % 40));
+        for (std::size_t at = 0; at < text.size();) {
+            std::string chunk = text.substr(at, 1 + rng() % 120);
+            at += chunk.size();
+            if (rng() % 3 == 0)
+                chunk[rng() % chunk.size()] = static_cast<char>(rng() % 256);
+            EXPECT_NO_THROW(d.receive(chunk));
+            d.model->Timer1_Timer();
+        }
+    }
+}

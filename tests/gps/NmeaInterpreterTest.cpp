@@ -1,0 +1,195 @@
+// The example sentences run end to end through `zavcli nmea` against an expected file;
+// here: the checksum rules as properties, errors, the field routines and hostile input.
+#include "gps/NmeaInterpreter.h"
+
+#include "NmeaTestSupport.h"
+#include "gps/NmeaEventText.h"
+#include "gps/RuntimeError.h"
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <random>
+#include <sstream>
+
+using zav::NmeaInterpreter;
+using zav::RuntimeError;
+using zav::test::Sentence;
+
+namespace {
+
+const std::string kGga = "$GPGGA,123519,4807.038,N,01131.000,E,1,08,0.9,545.4,M,46.9,M,,*47";
+
+// An interpreter whose events are kept as text lines, with the field routines reachable.
+class Interpreter : public NmeaInterpreter {
+public:
+    Interpreter() : NmeaInterpreter(m_text) {}
+    using NmeaInterpreter::ParseAutoManMode;
+    using NmeaInterpreter::ParseMode3D;
+    using NmeaInterpreter::ParsePosition;
+    using NmeaInterpreter::ParseTime;
+
+    // The events raised since the last call.
+    std::string events() {
+        std::string s = m_out.str();
+        m_out.str("");
+        return s;
+    }
+    // The number of the error thrown out of FParse, 0 for none.
+    int error(const std::string& sentence) {
+        try {
+            FParse(sentence);
+        } catch (const RuntimeError& e) {
+            return e.Number();
+        }
+        return 0;
+    }
+
+private:
+    std::ostringstream m_out;
+    zav::NmeaEventText m_text{m_out};
+};
+
+} // namespace
+
+TEST(NmeaInterpreter, ChecksumRules) {
+    Interpreter nmea;
+    ASSERT_TRUE(nmea.FParse(kGga));
+    EXPECT_EQ(nmea.Words().size(), 15u);
+    EXPECT_EQ(nmea.Latitude(), "N 48\u00B0 07.038'");
+    nmea.events();
+    // Lower-case hexadecimal, a wrong digit, a missing or one-digit checksum: all refused.
+    const std::string body = kGga.substr(0, kGga.size() - 2);
+    for (const std::string& bad :
+         {body + "4f", body + "48", kGga.substr(0, kGga.size() - 3),
+          kGga.substr(0, kGga.size() - 1), std::string(), std::string("$")})
+        EXPECT_FALSE(nmea.FParse(bad)) << bad;
+    EXPECT_EQ(nmea.events(), "");
+
+    // "$" anywhere is left out of the sum.
+    std::string withDollar = kGga;
+    withDollar.insert(10, "$");
+    EXPECT_TRUE(nmea.FParse(withDollar));
+
+    // Any one changed character before the "*" breaks the checksum.
+    std::mt19937 rng(3);
+    for (int trial = 0; trial < 300; ++trial) {
+        std::string s = kGga;
+        const std::size_t at = 1 + rng() % (s.size() - 4);
+        const char c = static_cast<char>(' ' + rng() % 95);
+        if (c == s[at] || c == '$' || c == '*')
+            continue;
+        s[at] = c;
+        EXPECT_FALSE(nmea.FParse(s)) << s;
+    }
+
+    // Without a "*", every character is summed, the last two included, and compared with
+    // those two; now and then a sentence passes that way. Each candidate is judged here by
+    // that rule on its own and must get the same answer.
+    int accepted = 0, refused = 0;
+    for (int second = 10; second < 60; ++second) {
+        const std::string start =
+            "$GPGLL,4916.45,N,12311.12,W,2254" + std::to_string(second) + ",A,";
+        for (const char* hi = "0123456789ABCDEF"; *hi; ++hi)
+            for (const char* lo = "0123456789ABCDEF"; *lo; ++lo) {
+                const std::string s = start + *hi + *lo;
+                unsigned sum = 0;
+                for (unsigned char c : s.substr(1))
+                    sum ^= c;
+                const bool rule = sum == std::stoul(std::string{*hi, *lo}, nullptr, 16);
+                ASSERT_EQ(nmea.FParse(s), rule) << s;
+                const std::string events = nmea.events();
+                if (rule) { // the last three characters (",hh") are cut off as if "*hh"
+                    EXPECT_EQ(events.substr(events.size() - 12), "FixObtained\n") << s;
+                }
+                ++(rule ? accepted : refused);
+            }
+    }
+    EXPECT_GT(accepted, 0);
+    EXPECT_GT(refused, 700);
+}
+
+TEST(NmeaInterpreter, ErrorsLeaveFParseAfterTheEventsBeforeThem) {
+    Interpreter nmea;
+    // Fourteen fields: the station ID (field 14) is past the end.
+    EXPECT_EQ(nmea.error(Sentence("GPGGA,123519,4807.038,N,01131.000,E,1,08,0.9,545.4,M,46.9,M,3")),
+              9);
+    EXPECT_EQ(nmea.events().substr(0, 30), "PositionFixReceived\tValid SPS\n");
+    // A present field that is not a number.
+    EXPECT_EQ(nmea.error(Sentence("GPGGA,123519,4807.038,N,01131.000,E,1,08,O.9,,,,,,")), 13);
+    EXPECT_EQ(nmea.events(), "PositionFixReceived\tValid SPS\nTimeChanged\t12:35:19 GMT\n");
+    // 16-bit counts: overflow is an error, halves round to even.
+    EXPECT_EQ(nmea.error(Sentence("GPGGA,1,2,N,3,E,1,70000,1,,,,,,")), 6);
+    nmea.events();
+    EXPECT_EQ(nmea.error(Sentence("GPGGA,,,,,,,2.5,,,,,,3.5,")), 0);
+    EXPECT_EQ(nmea.events(), "SatellitesUsedReceived\t2\nDGPSageReceived\t4\n");
+    // Too short to reach the fix quality: nothing at all.
+    EXPECT_EQ(nmea.error(Sentence("GPGGA,123519,4807.038,N")), 9);
+    EXPECT_EQ(nmea.events(), "");
+    // A GSA with two channels: those are raised, the third fails.
+    EXPECT_EQ(nmea.error(Sentence("GPGSA,A,3,04,05")), 9);
+    EXPECT_EQ(nmea.events(), "AutoManModeReceived\tAuto 2D/3D\nMode3DReceived\t3D\n"
+                             "Ch1SatReceived\t4\nCh2SatReceived\t5\n");
+    // GSV: a strict satellite field; a message number whose satellites overflow 16 bits.
+    EXPECT_EQ(nmea.error(Sentence("GPGSV,1,1,01,x7,10,100,40")), 13);
+    EXPECT_EQ(nmea.error(Sentence("GPGSV,1,9000,01")), 6);
+    EXPECT_EQ(nmea.error(Sentence("GPGSV,1")), 9);
+    EXPECT_EQ(nmea.TotalMessages(), 1);
+    EXPECT_EQ(nmea.MessageNumber(), 9000);
+}
+
+TEST(NmeaInterpreter, FieldRoutinesOwnGuardsAndShortTexts) {
+    Interpreter nmea;
+    // Given an empty text, a mode routine keeps its previous text and still raises it.
+    nmea.ParseMode3D("");
+    nmea.ParseMode3D("3");
+    nmea.ParseMode3D("");
+    nmea.ParseAutoManMode("M");
+    nmea.ParseAutoManMode("");
+    EXPECT_EQ(nmea.events(), "Mode3DReceived\t\nMode3DReceived\t3D\nMode3DReceived\t3D\n"
+                             "AutoManModeReceived\tForced 2D/3D\n"
+                             "AutoManModeReceived\tForced 2D/3D\n");
+    EXPECT_EQ(nmea.Mode3DText(), "3D");
+
+    nmea.ParseTime("1");
+    nmea.ParseTime("1235");
+    nmea.ParsePosition("5", "N", "7", "W");
+    EXPECT_EQ(nmea.events(), "TimeChanged\t1:: GMT\nTimeChanged\t12:35: GMT\n"
+                             "PositionReceived\tN 5\u00B0 '\tW 7\u00B0 '\n");
+}
+
+TEST(NmeaInterpreter, HostileInputOnlyEverEndsInItsOwnErrors) {
+    // Real sentences cut, glued and sprinkled with bytes of every value, each given a good
+    // checksum so that the parsers, not the checksum, meet them.
+    std::vector<std::string> seeds;
+    std::ifstream capture(std::string(ZAV_SHARED_DATA_DIR) + "/nmea/haicom-305N.nmea");
+    for (std::string line; std::getline(capture, line) && seeds.size() < 200;)
+        if (line.size() > 10 && line[0] == '$' && line.find('*') != std::string::npos)
+            seeds.push_back(line.substr(1, line.find('*') - 1));
+    ASSERT_GT(seeds.size(), 50u);
+    std::mt19937 rng(5);
+    Interpreter nmea;
+    int parsed = 0, errors = 0;
+    for (int i = 0; i < 20000; ++i) {
+        std::string body = seeds[rng() % seeds.size()];
+        switch (rng() % 4) {
+        case 0:
+            body.resize(rng() % (body.size() + 1));
+            break;
+        case 1:
+            body += "," + seeds[rng() % seeds.size()];
+            break;
+        default:
+            for (int k = rng() % 4; k >= 0; --k)
+                body[rng() % body.size()] = static_cast<char>(rng() % 256);
+        }
+        try {
+            parsed += nmea.FParse(Sentence(body)) ? 1 : 0;
+        } catch (const RuntimeError&) {
+            ++errors;
+        }
+        nmea.events();
+    }
+    EXPECT_GT(parsed, 1000);
+    EXPECT_GT(errors, 100);
+}

@@ -1,0 +1,204 @@
+#include "measure/AntennaFile.h"
+#include "WaveBytes.h"
+#include "platform/Format.h"
+#include "testsupport/FakeDialogs.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <random>
+
+using namespace zav;
+
+namespace {
+
+const std::string kTitle = "ZAV Antenna File error:";
+const std::string kTooFew = "Not enough records in Antenna File (min=3).";
+const std::string kUnsorted = "Antenna File not sorted, load aborted.";
+const std::string kBad = "Bad data record, aborting.";
+const std::string kTooMany = "Too many records in Antenna File, discarding excess.";
+
+struct Loaded {
+    AntennaFile file;
+    test::FakeDialogs dialogs;
+};
+
+Loaded load(const std::string& text, char separator = '.') {
+    Loaded l;
+    const auto path = test::WriteBytes(test::ScratchDir() / "antenna.tab", text);
+    l.file = ReadAntennaFile(path, l.dialogs, separator);
+    for (const auto& shown : l.dialogs.messages)
+        EXPECT_EQ(shown.title, kTitle);
+    return l;
+}
+
+std::vector<AntennaRow> table(const std::vector<std::pair<double, double>>& points) {
+    std::vector<AntennaRow> t;
+    for (auto [x, y] : points)
+        t.push_back({x, y, 0});
+    SplineSecondDerivatives(t);
+    return t;
+}
+
+// The natural spline's second derivatives from its defining equations, solved as a dense
+// system by Gaussian elimination: h[i-1]·M[i-1] + 2·(h[i-1] + h[i])·M[i] + h[i]·M[i+1] =
+// 6·(slope[i] − slope[i-1]), with M = 0 at both ends.
+std::vector<double> naturalSpline(const std::vector<double>& x, const std::vector<double>& y) {
+    const std::size_t n = x.size();
+    std::vector<std::vector<double>> a(n, std::vector<double>(n + 1, 0.0));
+    a[0][0] = a[n - 1][n - 1] = 1;
+    for (std::size_t i = 1; i + 1 < n; ++i) {
+        const double h0 = x[i] - x[i - 1], h1 = x[i + 1] - x[i];
+        a[i][i - 1] = h0;
+        a[i][i] = 2 * (h0 + h1);
+        a[i][i + 1] = h1;
+        a[i][n] = 6 * ((y[i + 1] - y[i]) / h1 - (y[i] - y[i - 1]) / h0);
+    }
+    for (std::size_t c = 0; c < n; ++c) {
+        for (std::size_t r = c + 1; r < n; ++r) {
+            const double f = a[r][c] / a[c][c];
+            for (std::size_t k = c; k <= n; ++k)
+                a[r][k] -= f * a[c][k];
+        }
+    }
+    std::vector<double> m(n);
+    for (std::size_t r = n; r-- > 0;) {
+        double v = a[r][n];
+        for (std::size_t k = r + 1; k < n; ++k)
+            v -= a[r][k] * m[k];
+        m[r] = v / a[r][r];
+    }
+    return m;
+}
+
+std::string records(int count) {
+    std::string text;
+    for (int i = 1; i <= count; ++i)
+        text += std::to_string(i) + "\t" + std::to_string(2 * i) + "\n";
+    return text;
+}
+
+} // namespace
+
+TEST(csinterpolate, KnownPointsLinesAndSmoothCurves) {
+    const auto line = table({{1, 10}, {2, 20}, {3, 30}});
+    EXPECT_EQ(Format(csinterpolate(line, 2.5), "0.00"), "25.00");
+    // Outside the table the end intervals' cubics go on, here straight lines.
+    EXPECT_NEAR(csinterpolate(line, 4), 40, 1e-5);
+    EXPECT_NEAR(csinterpolate(line, 0.5), 5, 1e-5);
+
+    // sin has no curvature at 0 and π, like a natural spline's ends: a close fit inside.
+    std::vector<std::pair<double, double>> points;
+    for (int i = 0; i < 20; ++i)
+        points.push_back({1 + i * std::acos(-1.0) / 19, std::sin(i * std::acos(-1.0) / 19)});
+    const auto curve = table(points);
+    for (double x = 1; x < 1 + std::acos(-1.0); x += 0.01)
+        EXPECT_NEAR(csinterpolate(curve, x), std::sin(x - 1), 1e-4) << x;
+    for (const auto& [x, y] : points) // every record is met exactly
+        EXPECT_EQ(csinterpolate(curve, x), y) << x;
+
+    // The lower point's weight is single precision: near a large value the reading differs
+    // from an all-double evaluation, but only by float rounding.
+    const auto peak = table({{1000, 0}, {1001, 1e6}, {1002, 0}});
+    const double x = 1001.3, a = (1002 - x) / 1, b = (x - 1001) / 1;
+    const double allDouble = a * 1e6 + ((a * a * a - a) * peak[1][2]) / 6 + b * 0;
+    const double got = csinterpolate(peak, x);
+    EXPECT_NE(got, allDouble);
+    EXPECT_NEAR(got, allDouble, 1e6 * 1e-7);
+}
+
+TEST(SplineSecondDerivatives, SolveTheNaturalSplineEquations) {
+    std::mt19937 rng(17);
+    std::uniform_real_distribution<double> step(0.01, 50), value(-40, 40);
+    for (std::size_t n = 2; n <= 40; ++n) {
+        std::vector<double> x{step(rng)}, y{value(rng)};
+        while (x.size() < n) {
+            x.push_back(x.back() + step(rng));
+            y.push_back(value(rng));
+        }
+        std::vector<AntennaRow> t;
+        for (std::size_t i = 0; i < n; ++i)
+            t.push_back({x[i], y[i], 0});
+        SplineSecondDerivatives(t);
+        const auto m = naturalSpline(x, y);
+        for (std::size_t i = 0; i < n; ++i)
+            EXPECT_NEAR(t[i][2], m[i], 1e-9 * (1 + std::fabs(m[i]))) << n << " " << i;
+    }
+}
+
+TEST(ReadAntennaFile, GoodFilesInEveryLineEnding) {
+    for (const std::string eol : {"\n", "\r\n", "\r"}) {
+        const Loaded l = load("\xEF\xBB\xBF# made by hand" + eol + "#* Dipole, 7 MHz" + eol +
+                              "#*not a description" + eol + eol + "1.5\t10\tnote\twith tab" + eol +
+                              "2\t20" + eol + "3\tabc" + eol);
+        EXPECT_TRUE(l.file.Ok);
+        EXPECT_TRUE(l.dialogs.messages.empty());
+        EXPECT_EQ(l.file.Antenna, "Dipole, 7 MHz");
+        ASSERT_EQ(l.file.IntTable.size(), 3u);
+        EXPECT_EQ(l.file.IntTable[0][0], 1.5);
+        EXPECT_EQ(l.file.IntTable[0][1], 10);
+        EXPECT_EQ(l.file.IntTable[2][1], 0); // not a number: 0
+    }
+    const Loaded comma = load("1,5\t10,25\n2\t20\n3\t30", ',');
+    ASSERT_TRUE(comma.file.Ok);
+    EXPECT_EQ(comma.file.IntTable[0][0], 1.5);
+    EXPECT_EQ(comma.file.IntTable[0][1], 10.25);
+    EXPECT_FALSE(comma.file.Antenna.has_value());
+}
+
+TEST(ReadAntennaFile, EveryProblemHasItsMessage) {
+    auto expectMessages = [](const Loaded& l, std::vector<std::string> texts,
+                             std::vector<MessageIcon> icons, const std::string& what) {
+        EXPECT_EQ(l.dialogs.texts(), texts) << what;
+        for (std::size_t i = 0; i < icons.size() && i < l.dialogs.messages.size(); ++i)
+            EXPECT_EQ(l.dialogs.messages[i].icon, icons[i]) << what << " " << i;
+    };
+    const auto critical = MessageIcon::Critical, none = MessageIcon::None;
+
+    const Loaded three = load(records(3));
+    EXPECT_TRUE(three.file.Ok);
+    EXPECT_TRUE(three.dialogs.messages.empty());
+
+    Loaded l = load(records(2));
+    EXPECT_FALSE(l.file.Ok);
+    expectMessages(l, {kTooFew}, {critical}, "two records");
+
+    // Reading stops at the first problem; too few records is then checked as well.
+    l = load("#* Yagi\n1\t10\n1\t20\n3\t30\n");
+    EXPECT_FALSE(l.file.Ok);
+    EXPECT_EQ(l.file.Antenna, "Yagi"); // already taken when the load failed
+    expectMessages(l, {kUnsorted, kTooFew}, {critical, critical}, "same frequency twice");
+    l = load(records(3) + "2.5\t1\n");
+    EXPECT_FALSE(l.file.Ok);
+    expectMessages(l, {kUnsorted}, {critical}, "falling after three");
+    for (const char* first : {"0\t10\n", "-1\t10\n", "abc\t10\n"}) {
+        l = load(first + records(3));
+        EXPECT_FALSE(l.file.Ok) << first;
+        expectMessages(l, {kUnsorted, kTooFew}, {critical, critical}, first);
+    }
+    l = load("1 10\n2\t20\n3\t30\n");
+    EXPECT_FALSE(l.file.Ok);
+    expectMessages(l, {kBad, kTooFew}, {none, critical}, "no tab");
+    l = load(records(3) + " \n");
+    EXPECT_FALSE(l.file.Ok);
+    expectMessages(l, {kBad}, {none}, "a blank is not an empty line");
+
+    // More than 100 records: the first 100 load after a warning.
+    l = load(records(100));
+    EXPECT_TRUE(l.file.Ok);
+    EXPECT_TRUE(l.dialogs.messages.empty());
+    l = load(records(150));
+    EXPECT_TRUE(l.file.Ok);
+    expectMessages(l, {kTooMany}, {none}, "150 records");
+    ASSERT_EQ(l.file.IntTable.size(), 100u);
+    EXPECT_EQ(l.file.IntTable.back()[0], 100);
+    EXPECT_EQ(csinterpolate(l.file.IntTable, 50), 100);
+
+    test::FakeDialogs dialogs;
+    const AntennaFile missing =
+        ReadAntennaFile((test::ScratchDir() / "none.tab").string(), dialogs);
+    EXPECT_FALSE(missing.Ok);
+    ASSERT_EQ(dialogs.messages.size(), 1u);
+    EXPECT_EQ(dialogs.messages[0].title, kTitle);
+    EXPECT_EQ(dialogs.messages[0].icon, critical);
+}

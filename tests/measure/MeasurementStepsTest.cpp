@@ -1,0 +1,310 @@
+#include "measure/MeasurementSteps.h"
+#include "testsupport/FakeDialogs.h"
+#include "testsupport/TestWave.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <deque>
+#include <filesystem>
+
+using namespace zav;
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr int kRate = 8000;
+constexpr std::size_t kCount = 8000;
+
+// Plays the part of the sound card: each step "records" the next queued signal.
+struct QueuedInput : AudioInput {
+    std::deque<std::vector<std::int16_t>> signals;
+    std::vector<RecordingRequest> requests;
+    bool fail = false;
+    Recording RecordWave(const RecordingRequest& request) override {
+        requests.push_back(request);
+        if (fail || signals.empty())
+            return {RecordingStatus::Failed, 0, 0, 0};
+        test::WriteWave(request.wavefile, signals.front(), kRate);
+        const auto n = static_cast<std::int64_t>(signals.front().size());
+        signals.pop_front();
+        return {RecordingStatus::Recorded, n, kRate, 1790000000};
+    }
+};
+
+struct CountingBeeper : Beeper {
+    int beeps = 0;
+    void Beep(int, int) override { ++beeps; }
+};
+
+struct Bench {
+    SetupRecord setup;
+    Options options;
+    CommandStates commands;
+    test::FakeDialogs dialogs;
+    QueuedInput input;
+    CountingBeeper beeper;
+    MeasurementSteps steps{setup, options, commands, {dialogs, input, beeper}};
+    fs::path dir = fs::temp_directory_path() /
+                   ("zav-steps-" + std::string(::testing::UnitTest::GetInstance()
+                                                   ->current_test_info()
+                                                   ->name()));
+    int afterStep3Calls = 0;
+
+    Bench() {
+        fs::create_directories(dir);
+        steps.TempWave = (dir / "~0000ABCD").string();
+        steps.afterStep3 = [this] { ++afterStep3Calls; };
+        setup.Frequency = "7.000";
+        setup.Bandwidth = "2700";
+        setup.RxNF = "0.00";
+        setup.AntGain = "0.00";
+        setup.Attenuator = "0.0";
+        setup.Loss = "0.0";
+        setup.AGC = "30";
+        setup.Interval = "8";
+    }
+    ~Bench() { fs::remove_all(dir); }
+
+    void queue(double rmsCounts, unsigned seed) {
+        input.signals.push_back(test::Noise(rmsCounts, kCount, seed));
+    }
+    // A quiet sound card, a receiver well above it and an external reading 10 dB higher.
+    void runAllSteps(double externalRms = 1000) {
+        queue(3, 1);
+        queue(100, 2);
+        queue(externalRms, 3);
+        steps.Step1();
+        steps.Step2();
+        steps.Step3();
+    }
+};
+
+bool gridCalcEmpty(const MeasurementSteps& s) {
+    for (int i = 5; i < 20; ++i)
+        if (i % 4 != 0 && !s.gridCalc.Text(i).empty())
+            return false;
+    return true;
+}
+
+} // namespace
+
+TEST(MeasurementSteps, GoodObservationFillsBothGridsAndEnablesOutputs) {
+    Bench b;
+    b.options.Verbose = false;
+    b.queue(3, 1);
+    b.queue(100, 2);
+    b.queue(1000, 3);
+    b.steps.Step1();
+    EXPECT_TRUE(b.commands.Step2);
+    EXPECT_EQ(b.steps.focus, FocusTarget::Step2);
+    b.steps.Step2();
+    EXPECT_TRUE(b.commands.Step3);
+    EXPECT_EQ(b.steps.focus, FocusTarget::Step3);
+    b.steps.Step3();
+    EXPECT_TRUE(b.dialogs.messages.empty());
+    EXPECT_EQ(b.afterStep3Calls, 1);
+    EXPECT_EQ(b.beeper.beeps, 3);
+    EXPECT_EQ(b.steps.shownTitle, "External Noise");
+
+    // Columns show the detectors with five decimals, ratios with two.
+    EXPECT_EQ(b.steps.gridMeas.Text(2, 3).size(), 7u); // 0.0xxxx
+    EXPECT_FALSE(b.steps.gridMeas.Text(23).empty());
+    for (int row = 1; row <= 6; ++row)
+        EXPECT_EQ(b.steps.gridMeas.Colour(row, 3), CellColour::WindowText);
+
+    // With NF 0 dB and no loss, Text = Y·T0: check the RMS power against Y directly.
+    const double y = (b.steps.S3.Ms - b.steps.S1.Ms) / (b.steps.S2.Ms - b.steps.S1.Ms);
+    EXPECT_DOUBLE_EQ(b.steps.yfact, y);
+    const double p = 10 * std::log10(1.3806504e-23 * 290 * y * 2700) + 30;
+    EXPECT_NEAR(std::stod(b.steps.gridCalc.Text(9)), p, 0.005);
+    // The textbook half-wave-dipole relation E = Fa + 20·log f + 10·log b − 99.0 dB(µV/m),
+    // through the whole chain (gain 0 dBi here, so 2.15 dB more than a dipole's).
+    const double fa = 10 * std::log10(y);
+    EXPECT_NEAR(std::stod(b.steps.gridCalc.Text(10)),
+                fa + 20 * std::log10(7.0) + 10 * std::log10(2700.0) - 99.0 + 2.15, 0.15);
+    EXPECT_FALSE(b.steps.gridCalc.Text(19).empty());
+    EXPECT_TRUE(b.commands.RTSVB && b.commands.MenuSaveTsv && b.commands.MenuTransfer &&
+                b.commands.MenuCalRx && b.commands.MenuExportGnuplot);
+
+    // The observation is stamped by the recording.
+    EXPECT_EQ(b.steps.observation.ObsTime.size(), 14u);
+    EXPECT_EQ(b.steps.observation.durationSeconds, 1.0);
+    EXPECT_EQ(b.input.requests.back().wavefile, b.steps.TempWave + ".wav");
+    EXPECT_EQ(b.input.requests.back().interval, 8);
+}
+
+TEST(MeasurementSteps, ClippingHoldsTheNextStepUnlessLimitsAreOff) {
+    for (bool limits : {true, false}) {
+        Bench b;
+        b.options.Limits = limits;
+        b.input.signals.push_back(test::Sine(32767, 1000, kRate, kCount));
+        b.steps.Step1();
+        EXPECT_EQ(b.steps.gridMeas.Colour(4, 1), CellColour::Red);
+        ASSERT_EQ(b.dialogs.messages.size(), 2u); // the prompt, then the verdict
+        EXPECT_EQ(b.dialogs.messages[0].text,
+                  "Power off receiver, connect to sound card and hit OK..");
+        EXPECT_EQ(b.dialogs.messages[0].buttons, MessageButtons::OkCancel);
+        EXPECT_EQ(b.dialogs.messages[1].text, "Clipping detected.");
+        EXPECT_EQ(b.dialogs.messages[1].icon, MessageIcon::Critical);
+        EXPECT_EQ(b.commands.Step2, !limits);
+    }
+}
+
+TEST(MeasurementSteps, SoundCardWarnings) {
+    Bench b;
+    b.options.Verbose = false;
+    b.queue(100, 4); // 0.003 of full scale: above −60 dB
+    b.steps.Step1();
+    EXPECT_EQ(b.steps.gridMeas.Colour(2, 1), CellColour::Orange);
+    EXPECT_TRUE(b.commands.Step2);
+    EXPECT_EQ(b.steps.focus, FocusTarget::Unchanged);
+
+    // Rare large pulses on silence: crest factor above 20 dB.
+    std::vector<std::int16_t> pulses(kCount, 0);
+    for (std::size_t i = 0; i < kCount; i += 2000)
+        pulses[i] = 3000;
+    b.input.signals.push_back(pulses);
+    b.options.Verbose = true;
+    b.steps.Step1();
+    EXPECT_EQ(b.steps.gridMeas.Colour(2, 1), CellColour::Orange);
+    EXPECT_EQ(b.dialogs.messages.back().text, "Check voltage range.");
+    EXPECT_EQ(b.dialogs.messages.back().icon, MessageIcon::Exclamation);
+}
+
+TEST(MeasurementSteps, ReceiverJudgements) {
+    Bench b;
+    b.options.Verbose = false;
+    b.queue(30, 1);
+    b.steps.Step1();
+    b.queue(60, 2); // less than 14 dB above the sound card
+    b.steps.Step2();
+    EXPECT_EQ(b.steps.gridMeas.Colour(2, 2), CellColour::Orange);
+    EXPECT_TRUE(b.commands.Step3);
+
+    b.input.signals.push_back(std::vector<std::int16_t>(kCount, 0)); // adds no noise at all
+    b.steps.Step2();
+    EXPECT_EQ(b.steps.gridMeas.Colour(2, 2), CellColour::Red);
+    EXPECT_FALSE(b.commands.Step3);
+    EXPECT_EQ(b.steps.gridMeas.Text(5, 2), ""); // no ratios without an RMS
+}
+
+TEST(MeasurementSteps, AgcThresholdExceededMarksTheReadingAndLeavesNoResults) {
+    Bench b;
+    b.setup.AGC = "20";
+    b.options.Verbose = false;
+    b.runAllSteps(100 * 15); // 23.5 dB above the receiver
+    EXPECT_EQ(b.steps.gridMeas.Colour(2, 3), CellColour::Red);
+    EXPECT_TRUE(b.steps.S3.OverThreshold);
+    EXPECT_TRUE(gridCalcEmpty(b.steps));
+    EXPECT_FALSE(b.commands.RTSVB);
+    EXPECT_FALSE(b.commands.MenuSaveTsv);
+
+    // The receiver reading far above the external one marks the receiver's instead.
+    Bench c;
+    c.setup.AGC = "10";
+    c.options.Verbose = false;
+    c.queue(3, 1);
+    c.queue(2000, 2);
+    c.queue(300, 3);
+    c.steps.Step1();
+    c.steps.Step2();
+    c.steps.Step3();
+    EXPECT_TRUE(c.steps.S2.OverThreshold);
+    EXPECT_FALSE(c.steps.S3.OverThreshold);
+    EXPECT_EQ(c.steps.gridMeas.Colour(2, 3), CellColour::Red);
+}
+
+TEST(MeasurementSteps, NegativeNoiseTemperatureLeavesTheGridEmptyWithoutAWord) {
+    Bench b;
+    b.setup.RxNF = "10.00";
+    b.options.Verbose = false;
+    b.queue(3, 1);
+    b.queue(1000, 2);
+    b.queue(500, 3); // Y well below 1
+    b.steps.Step1();
+    b.steps.Step2();
+    b.steps.Step3();
+    EXPECT_TRUE(gridCalcEmpty(b.steps));
+    EXPECT_TRUE(b.dialogs.messages.empty());
+    EXPECT_LT(*b.steps.lastCalculation.Text, 0);
+    EXPECT_FALSE(b.commands.MenuSaveText);
+}
+
+TEST(MeasurementSteps, VerbosePromptsCancelAndVerdictsWithoutMessages) {
+    Bench b;
+    b.dialogs.answers.push_back(MessageResult::Cancel);
+    b.queue(3, 1);
+    b.steps.Step1();
+    EXPECT_TRUE(b.input.requests.empty()); // cancelled before recording
+    EXPECT_EQ(b.steps.gridMeas.Text(2, 1), "");
+
+    Bench quiet;
+    quiet.options.Verbose = false;
+    quiet.input.signals.push_back(test::Sine(32767, 1000, kRate, kCount));
+    quiet.steps.Step1();
+    EXPECT_TRUE(quiet.dialogs.messages.empty());
+    EXPECT_EQ(quiet.steps.gridMeas.Colour(4, 1), CellColour::Red);
+}
+
+TEST(MeasurementSteps, RepeatingStepOneClearsEverythingAfterIt) {
+    Bench b;
+    b.options.Verbose = false;
+    b.runAllSteps();
+    ASSERT_FALSE(gridCalcEmpty(b.steps));
+    b.queue(3, 9);
+    b.steps.Step1();
+    for (int row = 1; row <= 6; ++row) {
+        EXPECT_EQ(b.steps.gridMeas.Text(row, 2), "");
+        EXPECT_EQ(b.steps.gridMeas.Text(row, 3), "");
+    }
+    EXPECT_TRUE(gridCalcEmpty(b.steps));
+    EXPECT_TRUE(b.commands.Step2);
+    EXPECT_FALSE(b.commands.Step3);
+    EXPECT_FALSE(b.commands.MenuCopyTextClip);
+    EXPECT_EQ(b.steps.S3.Ms, 0.0);
+}
+
+TEST(MeasurementSteps, LimitsOffShowsResultsInRedAndKeepsOutputsDisabled) {
+    Bench b;
+    b.options.Verbose = false;
+    b.options.Limits = false;
+    b.runAllSteps();
+    EXPECT_FALSE(b.steps.gridCalc.Text(9).empty());
+    EXPECT_EQ(b.steps.gridCalc.Colour(9), CellColour::Red);
+    EXPECT_FALSE(b.commands.RTSVB);
+    EXPECT_FALSE(b.commands.MenuSaveText);
+}
+
+TEST(MeasurementSteps, FailedRecordingLeavesZerosAndNoTimeStamp) {
+    Bench b;
+    b.options.Verbose = false;
+    b.steps.observation.ObsTime = "20260101000000";
+    b.input.fail = true;
+    b.steps.Step1();
+    EXPECT_EQ(b.steps.observation.ObsTime, "");
+    EXPECT_EQ(b.steps.gridMeas.Text(2, 1), "0.00000");
+    EXPECT_TRUE(b.commands.Step2); // silence passes step 1
+    EXPECT_EQ(b.beeper.beeps, 0);
+
+    b.input.fail = false;
+    b.queue(100, 2);
+    b.steps.Step2();
+    b.input.fail = true;
+    b.steps.Step3();
+    EXPECT_EQ(b.steps.gridMeas.Colour(2, 3), CellColour::Red); // treated as silence
+    EXPECT_TRUE(gridCalcEmpty(b.steps));
+}
+
+TEST(MeasurementSteps, ArithmeticFailureShowsTheCalculationError) {
+    Bench b;
+    b.options.Verbose = false;
+    b.runAllSteps();
+    b.setup.RxNF = "5000";
+    b.steps.CalcCalc();
+    ASSERT_EQ(b.dialogs.messages.size(), 1u);
+    EXPECT_EQ(b.dialogs.messages[0].text, "Value error:");
+    EXPECT_EQ(b.dialogs.messages[0].title, "Calculation error, check input values on form");
+    EXPECT_TRUE(gridCalcEmpty(b.steps));
+    EXPECT_FALSE(b.commands.RTSVB);
+}

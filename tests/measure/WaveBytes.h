@@ -1,0 +1,62 @@
+#pragma once
+
+// Builders for WAVE files with any header, right or wrong, and a scratch folder per test.
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+namespace zav::test {
+
+inline std::string LittleEndian(std::uint32_t v, int bytes) {
+    std::string s;
+    for (int i = 0; i < bytes; ++i)
+        s += static_cast<char>((v >> (8 * i)) & 0xFF);
+    return s;
+}
+
+// The header fields a test may spoil; by default a canonical 16-bit mono PCM file.
+struct WaveHeader {
+    std::string riff = "RIFF", wave = "WAVE", fmt = "fmt ", data = "data";
+    std::int32_t formatSize = 16;
+    std::uint16_t tag = 1, channels = 1, align = 2, bits = 16;
+    std::int32_t rate = 44100;
+    std::string formatExtra;    // bytes behind the 16 standard ones (formatSize counts them)
+    std::string between;        // whole chunks between "fmt " and "data"
+    std::int64_t dataSize = -1; // -1: two bytes per sample given
+
+    std::string Bytes(const std::vector<std::int16_t>& samples = {}) const {
+        std::string s =
+            riff + LittleEndian(0, 4) + wave + fmt +
+            LittleEndian(static_cast<std::uint32_t>(formatSize), 4) + LittleEndian(tag, 2) +
+            LittleEndian(channels, 2) + LittleEndian(static_cast<std::uint32_t>(rate), 4) +
+            LittleEndian(static_cast<std::uint32_t>(rate) * align, 4) + LittleEndian(align, 2) +
+            LittleEndian(bits, 2) + formatExtra + between + data;
+        const std::int64_t size = dataSize >= 0 ? dataSize : 2 * std::int64_t(samples.size());
+        s += LittleEndian(static_cast<std::uint32_t>(size), 4);
+        for (std::int16_t v : samples)
+            s += LittleEndian(static_cast<std::uint16_t>(v), 2);
+        return s;
+    }
+};
+
+// A fresh folder for the running test, under the build tree.
+inline std::filesystem::path ScratchDir() {
+    const auto* info = ::testing::UnitTest::GetInstance()->current_test_info();
+    const auto dir = std::filesystem::path(ZAV_BINARY_DIR) / "test-scratch" / "measure" /
+                     (std::string(info->test_suite_name()) + "." + info->name());
+    std::filesystem::remove_all(dir);
+    std::filesystem::create_directories(dir);
+    return dir;
+}
+
+inline std::string WriteBytes(const std::filesystem::path& path, const std::string& bytes) {
+    std::ofstream(path, std::ios::binary) << bytes;
+    return path.string();
+}
+
+} // namespace zav::test

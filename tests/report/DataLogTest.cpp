@@ -1,0 +1,100 @@
+#include "ReportFixture.h"
+#include "platform/UrlCoding.h"
+#include "report/DataLog.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+using namespace zav;
+namespace fs = std::filesystem;
+
+namespace {
+
+std::string slurp(const fs::path& p) {
+    std::ifstream in(p, std::ios::binary);
+    std::stringstream ss;
+    ss << in.rdbuf();
+    return ss.str();
+}
+
+struct TempDir {
+    fs::path path = fs::temp_directory_path() /
+                    ("zav-datalog-" + std::to_string(::testing::UnitTest::GetInstance()->random_seed()) +
+                     "-" + ::testing::UnitTest::GetInstance()->current_test_info()->name());
+    TempDir() { fs::create_directories(path); }
+    ~TempDir() { fs::remove_all(path); }
+};
+
+std::vector<std::string> split(const std::string& line, char sep) {
+    std::vector<std::string> out(1);
+    for (char c : line) {
+        if (c == sep)
+            out.emplace_back();
+        else
+            out.back().push_back(c);
+    }
+    return out;
+}
+
+} // namespace
+
+TEST(DataLog, NewFileGetsHeaderAndRowByteForByte) {
+    TempDir dir;
+    test::ReportFixture f;
+    const fs::path log = dir.path / "ZavData.tab";
+    ASSERT_TRUE(AppendDataLog(log.string(), f.source()));
+    EXPECT_EQ(slurp(log), test::ExpectedFile("datalog-one-row.tab"));
+}
+
+TEST(DataLog, HeaderOnlyForAnEmptyFileAndRowsAppend) {
+    TempDir dir;
+    test::ReportFixture f;
+    const fs::path log = dir.path / "log.tab";
+    std::ofstream(log, std::ios::binary).close(); // an existing 0-byte file
+    ASSERT_TRUE(AppendDataLog(log.string(), f.source()));
+    ASSERT_TRUE(AppendDataLog(log.string(), f.source()));
+    const std::string text = slurp(log);
+    EXPECT_EQ(text, DataLogHeader() + DataLogRow(f.source()) + DataLogRow(f.source()));
+
+    const fs::path other = dir.path / "other.tab";
+    std::ofstream(other, std::ios::binary) << "anything\r\n";
+    ASSERT_TRUE(AppendDataLog(other.string(), f.source()));
+    EXPECT_EQ(slurp(other), "anything\r\n" + DataLogRow(f.source()));
+}
+
+TEST(DataLog, RowShapeAndNotesSurviveEncoding) {
+    test::ReportFixture f;
+    const std::string header = DataLogHeader();
+    const std::string row = DataLogRow(f.source());
+    // Header: 32 keys each followed by a tab (33 fields, the last empty); row: 32 fields.
+    const auto keys = split(header.substr(0, header.size() - 2), '\t');
+    const auto values = split(row.substr(0, row.size() - 2), '\t');
+    ASSERT_EQ(keys.size(), 33u);
+    EXPECT_EQ(keys.back(), "");
+    ASSERT_EQ(values.size(), 32u);
+    EXPECT_EQ(row.find('\n'), row.size() - 1); // one line, whatever the notes hold
+    EXPECT_EQ(UrlDecode(values[31]), f.setup.Notes);
+    EXPECT_EQ(values[5], "");
+    EXPECT_EQ(values[6], ""); // no position: two adjacent tabs
+    f.setup.Bandwidth = "3000";
+    f.observation.durationSeconds = 2;
+    const auto v2 = split(DataLogRow(f.source()), '\t');
+    EXPECT_EQ(v2[11], "34.77");
+    EXPECT_EQ(v2[12], "2.000");
+}
+
+TEST(DataLog, FailureWritesNothingAndReportsIt) {
+    TempDir dir;
+    test::ReportFixture f;
+    EXPECT_FALSE(AppendDataLog((dir.path / "missing" / "log.tab").string(), f.source()));
+    EXPECT_FALSE(AppendDataLog(dir.path.string(), f.source())); // a folder, not a file
+#ifdef __linux__
+    // A full device: nothing of the row may stay behind.
+    if (fs::exists("/dev/full")) {
+        EXPECT_FALSE(AppendDataLog("/dev/full", f.source()));
+    }
+#endif
+}

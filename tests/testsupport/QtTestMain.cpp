@@ -1,0 +1,20 @@
+// Test programs for the Qt layers start here: an application object for widgets (on the
+// offscreen platform unless told otherwise), then the same fixed locale and time zone as
+// every other test program.
+#include <QApplication>
+
+#include <gtest/gtest.h>
+
+#include <clocale>
+#include <cstdlib>
+#include <ctime>
+
+int main(int argc, char** argv) {
+    setenv("TZ", "UTC", 1);
+    tzset();
+    setenv("QT_QPA_PLATFORM", "offscreen", 0);
+    QApplication app(argc, argv);
+    std::setlocale(LC_ALL, "C"); // Qt takes the environment's locale; the tests do not
+    ::testing::InitGoogleTest(&argc, argv);
+    return RUN_ALL_TESTS();
+}
