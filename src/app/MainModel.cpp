@@ -2,6 +2,7 @@
 
 #include "app/Caption.h"
 #include "platform/CompareVersions.h"
+#include "platform/TextHelpers.h"
 
 #include <cstdio>
 #include <filesystem>
@@ -17,7 +18,13 @@ MainModel::MainModel(const StartupState& startup, MainPorts ports, MainEnvironme
       steps(setup, options, commands, {ports.dialogs, *this, ports.beeper}),
       outputs([this] { return reportSource(); }, commands,
               {ports.dialogs, ports.clipboard, ports.mailer}),
-      m_ports(ports), m_environment(std::move(environment)),
+      waveExports(
+          [this] {
+              return WaveformSource{steps.TempWave + ".wav", steps.observation.ObsTime,
+                                    steps.shownTitle, state.CurrentDir};
+          },
+          commands, {ports.dialogs, ports.clipboard, ports.audioOutput}),
+      soundControls(ports.shell), m_ports(ports), m_environment(std::move(environment)),
       m_fileInput(ports.dialogs, [this]() -> std::optional<std::string> {
           if (chooseRecording)
               return chooseRecording();
@@ -30,6 +37,7 @@ MainModel::MainModel(const StartupState& startup, MainPorts ports, MainEnvironme
     const char sep = m_environment.decimalSeparator;
     antenna.decimalSeparator = sep;
     steps.decimalSeparator = sep;
+    waveExports.decimalSeparator = sep;
     steps.afterStep3 = [this] { afterStep3(); };
     state.CurrentDir = startup.currentDir;
     state.ProfilePath = startup.profilePath;
@@ -59,12 +67,7 @@ bool MainModel::Form_Unload(std::string* error) {
 }
 
 bool MainModel::Timer1_Timer(std::time_t now) {
-    std::tm local{};
-#ifdef _WIN32
-    localtime_s(&local, &now);
-#else
-    localtime_r(&now, &local);
-#endif
+    const std::tm local = LocalTime(now);
     char text[16];
     std::strftime(text, sizeof text, "%H:%M:%S", &local);
     if (lblTime == text)
@@ -99,9 +102,13 @@ void MainModel::ProfileNameChanged(const std::string& profileName) {
 }
 
 Recording MainModel::RecordWave(const RecordingRequest& request) {
-    if (state.InputDevice == kFileInputName)
-        return m_fileInput.RecordWave(request);
-    return m_ports.deviceInput.RecordWave(request);
+    const Recording rec = state.InputDevice == kFileInputName
+                              ? m_fileInput.RecordWave(request)
+                              : m_ports.deviceInput.RecordWave(request);
+    // A new recording can be kept, plotted and played.
+    if (rec.status == RecordingStatus::Recorded)
+        waveExports.EnableWaveCommands();
+    return rec;
 }
 
 void MainModel::runStep(void (MeasurementSteps::*step)()) {

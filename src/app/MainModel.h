@@ -15,6 +15,9 @@
 #include "measure/FileAudioInput.h"
 #include "measure/MeasurementSteps.h"
 #include "report/ObservationOutputs.h"
+#include "report/SoundControls.h"
+#include "report/TransferHistory.h"
+#include "report/WaveformExports.h"
 
 #include <ctime>
 #include <string>
@@ -64,12 +67,17 @@ public:
     bool MenuSCCREnabled = true;
     int DebugFlag = 0;
 
+    // The transfer's duplicate guard and receipt, kept for the whole run.
+    TransferHistory transferHistory;
+
     SetupForm form;
     OptionsMenu optionsMenu;
     AntennaFileMode antenna;
     Profiles profiles;
     MeasurementSteps steps;
     ObservationOutputs outputs;
+    WaveformExports waveExports;
+    SoundControls soundControls;
 
     const MainEnvironment& environment() const { return m_environment; }
     ReportSource reportSource() const;

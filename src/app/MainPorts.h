@@ -1,11 +1,13 @@
 #pragma once
 
 #include "platform/AudioInput.h"
+#include "platform/AudioOutput.h"
 #include "platform/Beeper.h"
 #include "platform/Clipboard.h"
 #include "platform/Dialogs.h"
 #include "platform/Mailer.h"
 #include "platform/SettingsStore.h"
+#include "platform/Shell.h"
 
 #include <string>
 
@@ -16,9 +18,11 @@ struct MainPorts {
     Dialogs& dialogs;
     SettingsStore& settings;
     AudioInput& deviceInput; // the sound card; the file input is the model's own
+    AudioOutput& audioOutput;
     Beeper& beeper;
     Clipboard& clipboard;
     Mailer& mailer;
+    Shell& shell;
 };
 
 // Facts about the machine the model is told once.

@@ -18,8 +18,8 @@ struct CommandStates {
 
     // The seven commands that use a calculation's results.
     void SetOutputCommands(bool enabled) {
-        MenuCalRx = MenuSaveText = MenuExportGnuplot = MenuSaveTsv = MenuSendText =
-            MenuTransfer = MenuCopyTextClip = enabled;
+        MenuCalRx = MenuSaveText = MenuExportGnuplot = MenuSaveTsv = MenuSendText = MenuTransfer =
+            MenuCopyTextClip = enabled;
     }
 };
 

@@ -29,18 +29,13 @@ void OptionsMenu::MenuOptionsAntFact_Click() {
     const double converted = GainToFactor(Number(m_record.AntGain, decimalSeparator),
                                           Number(m_record.Frequency, decimalSeparator));
     m_record.AntGain = Format(converted, "0.00", decimalSeparator);
-    m_controls.lblAntGain = m_options.AntFact ? "Factor (d&B/m)" : "Gain (d&Bi)";
+    m_controls.lblAntGain = SetupControls::AntGainCaption(m_options.AntFact);
 }
 
 void OptionsMenu::MenuOptionsSamples_Click() {
     m_options.Samples = !m_options.Samples;
-    if (m_options.Samples) {
-        m_controls.lblInterval = "Samples (k)";
-        m_record.Interval = m_record.IntervalTag = "8";
-    } else {
-        m_controls.lblInterval = "Interval (ms)";
-        m_record.Interval = m_record.IntervalTag = "500";
-    }
+    m_controls.lblInterval = SetupControls::IntervalCaption(m_options.Samples);
+    m_record.Interval = m_record.IntervalTag = m_options.Samples ? "8" : "500";
     m_events.Reset1();
     m_events.SetFocus(FocusTarget::Step1);
 }

@@ -140,8 +140,10 @@ void Profiles::GetProfileSettings() {
     t.online = readBoolean(ini, "1", "online", kTransfer);
 
     // The stored value is in the unit its "AntFact" key names: no conversion, only the label.
-    if (m_options.AntFact)
-        m_controls.lblAntGain = "Factor (d&B/m)";
+    // Both labels follow the options read, so that a box never shows its number under the
+    // unit of the profile opened before.
+    m_controls.lblAntGain = SetupControls::AntGainCaption(m_options.AntFact);
+    m_controls.lblInterval = SetupControls::IntervalCaption(m_options.Samples);
     r.AGCTag = r.AGC;
     m_events.ProfileNameChanged(m_state.ProfileName);
     m_events.Reset1();

@@ -42,6 +42,24 @@ std::string& FieldText(SetupRecord& r, SetupField field) {
     return r.Notes;
 }
 
+bool IsNumericField(SetupField field) {
+    switch (field) {
+    case SetupField::lat:
+    case SetupField::lon:
+    case SetupField::Frequency:
+    case SetupField::Bandwidth:
+    case SetupField::RxNF:
+    case SetupField::AntGain:
+    case SetupField::Loss:
+    case SetupField::Attenuator:
+    case SetupField::AGC:
+    case SetupField::Interval:
+        return true;
+    default:
+        return false;
+    }
+}
+
 const std::string& FieldText(const SetupRecord& record, SetupField field) {
     return FieldText(const_cast<SetupRecord&>(record), field);
 }

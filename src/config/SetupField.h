@@ -29,6 +29,9 @@ enum class SetupField {
 
 inline constexpr int kSetupFieldCount = static_cast<int>(SetupField::Notes) + 1;
 
+// The boxes that hold numbers (read with Number, shown in a display format).
+bool IsNumericField(SetupField field);
+
 // The text a box holds.
 std::string& FieldText(SetupRecord& record, SetupField field);
 const std::string& FieldText(const SetupRecord& record, SetupField field);

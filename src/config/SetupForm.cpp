@@ -40,21 +40,9 @@ bool selectsOnEntry(SetupField field) {
     }
 }
 
+// Enter checks every numeric box; the interval box has its own copy of the checks.
 bool checksOnEnter(SetupField field) {
-    switch (field) {
-    case SetupField::RxNF:
-    case SetupField::Bandwidth:
-    case SetupField::Frequency:
-    case SetupField::Attenuator:
-    case SetupField::lat:
-    case SetupField::lon:
-    case SetupField::AGC:
-    case SetupField::Loss:
-    case SetupField::AntGain:
-        return true;
-    default:
-        return false;
-    }
+    return IsNumericField(field) && field != SetupField::Interval;
 }
 
 } // namespace

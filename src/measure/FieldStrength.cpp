@@ -7,16 +7,22 @@
 namespace zav {
 namespace {
 
-constexpr double kT0 = 290.0;           // reference temperature, K
+constexpr double kT0 = 290.0;                // reference temperature, K
 constexpr double kBoltzmann = 1.3806504e-23; // J/K
 
-double log10Design(double x) { return std::log(x) / LogTen; }
+double log10Design(double x) {
+    return std::log(x) / LogTen;
+}
 
-bool finite(double x) { return std::isfinite(x); }
+bool finite(double x) {
+    return std::isfinite(x);
+}
 
 } // namespace
 
-double MicrovoltRef() { return 10.0 * log10Design(1e-6 * 1e-6 / 50.0) + 30.0; }
+double MicrovoltRef() {
+    return 10.0 * log10Design(1e-6 * 1e-6 / 50.0) + 30.0;
+}
 
 FieldStrength ComputeFieldStrength(const FieldStrengthInputs& in) {
     FieldStrength r;
@@ -53,6 +59,8 @@ FieldStrength ComputeFieldStrength(const FieldStrengthInputs& in) {
         r.outcome = CalcOutcome::NotComputable;
         return r;
     }
+    // External noise factor, dB above k·T0·b: Fa = 10·log10(Text / T0).
+    r.Fa = 10.0 * log10Design(Text / kT0);
     // RMS received power in the measurement bandwidth, dBm.
     const double P = 10.0 * log10Design(kBoltzmann * Text) + 30.0 + mbw;
 

@@ -39,6 +39,7 @@ struct FieldStrength {
     // Set as far as the calculation got; nullopt where it did not get there.
     std::optional<double> yfact;      // (Ms3 − Ms1) / (Ms2 − Ms1)
     std::optional<double> Text;       // external noise temperature at the antenna, K
+    std::optional<double> Fa;         // external noise factor, dB above k·T0·b, when Text > 0
     std::optional<double> MBW;        // 10·log10(B), dB
     std::optional<double> NumAntGain; // dBi
     std::optional<double> NumAntFact; // dB/m

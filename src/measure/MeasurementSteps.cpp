@@ -218,6 +218,8 @@ void MeasurementSteps::CalcCalc() {
     const FieldStrength& r = lastCalculation;
     if (r.yfact)
         yfact = *r.yfact;
+    if (r.Fa)
+        Fa = *r.Fa;
     if (r.NumAntGain)
         NumAntGain = *r.NumAntGain;
     if (r.NumAntFact)

@@ -55,6 +55,7 @@ public:
 
     // Kept from the last calculation that got that far; a reset does not clear them.
     double yfact = 0;
+    double Fa = 0; // external noise factor, dB above k·T0·b
     double NumAntGain = 0;
     double NumAntFact = 0;
     FieldStrength lastCalculation;

@@ -2,16 +2,12 @@
 
 #include "platform/Format.h"
 #include "platform/Number.h"
+#include "platform/TextHelpers.h"
 
 namespace zav {
 
 std::string FormatObsTime(std::time_t time) {
-    std::tm local{};
-#ifdef _WIN32
-    localtime_s(&local, &time);
-#else
-    localtime_r(&time, &local);
-#endif
+    const std::tm local = LocalTime(time);
     char buf[32];
     std::strftime(buf, sizeof buf, "%Y%m%d%H%M%S", &local);
     return buf;

@@ -1,7 +1,5 @@
 #include "platform/AtomicFile.h"
 
-#include <filesystem>
-#include <fstream>
 #include <random>
 
 namespace zav {
@@ -31,41 +29,62 @@ bool fail(std::string* error, std::string text) {
 
 } // namespace
 
-bool WriteFileAtomically(const std::string& path, std::string_view bytes, std::string* error) {
+AtomicFileWriter::AtomicFileWriter(const std::string& path) : m_target(toPath(path)) {
     std::error_code ec;
-    fs::path target = toPath(path);
     // Replace the file a link points to, not the link.
-    if (fs::is_symlink(target, ec)) {
-        fs::path resolved = fs::canonical(target, ec);
+    if (fs::is_symlink(m_target, ec)) {
+        fs::path resolved = fs::canonical(m_target, ec);
         if (!ec)
-            target = resolved;
+            m_target = resolved;
     }
-    const bool existed = fs::exists(target, ec);
-    fs::path temporary = target;
-    temporary += temporaryName();
-    {
-        std::ofstream out(temporary, std::ios::binary | std::ios::trunc);
-        if (!out)
-            return fail(error, "cannot create " + temporary.string());
-        out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-        out.close();
-        if (!out) {
-            fs::remove(temporary, ec);
-            return fail(error, "cannot write " + temporary.string());
-        }
+    m_existed = fs::exists(m_target, ec);
+    m_temporary = m_target;
+    m_temporary += temporaryName();
+    m_out.open(m_temporary, std::ios::binary | std::ios::trunc);
+    if (!m_out.is_open())
+        m_openError = "cannot create " + m_temporary.string();
+}
+
+AtomicFileWriter::~AtomicFileWriter() {
+    if (m_done)
+        return;
+    std::error_code ec;
+    if (m_out.is_open())
+        m_out.close();
+    fs::remove(m_temporary, ec);
+}
+
+bool AtomicFileWriter::Commit(std::string* error) {
+    if (m_done)
+        return fail(error, "already committed");
+    if (!m_out.is_open())
+        return fail(error, m_openError);
+    m_done = true;
+    std::error_code ec;
+    m_out.close();
+    if (!m_out) {
+        fs::remove(m_temporary, ec);
+        return fail(error, "cannot write " + m_temporary.string());
     }
-    if (existed) {
-        const auto perms = fs::status(target, ec).permissions();
+    if (m_existed) {
+        const auto perms = fs::status(m_target, ec).permissions();
         if (!ec)
-            fs::permissions(temporary, perms, ec);
+            fs::permissions(m_temporary, perms, ec);
     }
-    fs::rename(temporary, target, ec);
+    fs::rename(m_temporary, m_target, ec);
     if (ec) {
         const std::string message = ec.message();
-        fs::remove(temporary, ec);
-        return fail(error, "cannot replace " + target.string() + ": " + message);
+        fs::remove(m_temporary, ec);
+        return fail(error, "cannot replace " + m_target.string() + ": " + message);
     }
     return true;
+}
+
+bool WriteFileAtomically(const std::string& path, std::string_view bytes, std::string* error) {
+    AtomicFileWriter writer(path);
+    if (writer.IsOpen())
+        writer.Stream().write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    return writer.Commit(error);
 }
 
 } // namespace zav

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <filesystem>
+#include <fstream>
+#include <ostream>
 #include <string>
 #include <string_view>
 
@@ -11,5 +14,31 @@ namespace zav {
 // file keeps its permissions. False (and `error`) on failure, with the old file untouched.
 bool WriteFileAtomically(const std::string& path, std::string_view bytes,
                          std::string* error = nullptr);
+
+// The same guarantee for content too large to hold in memory: write to `Stream()` piece by
+// piece, then `Commit()` puts the file in place. Without a successful commit (an error, an
+// exception, an early return) the temporary file is removed and the old file stays as it was.
+class AtomicFileWriter {
+public:
+    explicit AtomicFileWriter(const std::string& path);
+    ~AtomicFileWriter();
+    AtomicFileWriter(const AtomicFileWriter&) = delete;
+    AtomicFileWriter& operator=(const AtomicFileWriter&) = delete;
+
+    // False when the temporary file could not be created; `Commit()` then fails too.
+    bool IsOpen() const { return m_out.is_open(); }
+    std::ostream& Stream() { return m_out; }
+    // Closes the temporary file and renames it over the target. False (and `error`) when any
+    // write failed or the rename did; the temporary file is then gone.
+    bool Commit(std::string* error = nullptr);
+
+private:
+    std::filesystem::path m_target; // after following a link
+    std::filesystem::path m_temporary;
+    std::ofstream m_out;
+    std::string m_openError;
+    bool m_existed = false;
+    bool m_done = false;
+};
 
 } // namespace zav

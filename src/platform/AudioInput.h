@@ -17,9 +17,9 @@ enum class RecordingStatus { Recorded, Failed, Cancelled };
 
 struct Recording {
     RecordingStatus status = RecordingStatus::Failed;
-    std::int64_t samples = 0;  // samples kept in the file
+    std::int64_t samples = 0; // samples kept in the file
     std::int32_t sampleRate = 0;
-    std::time_t time = 0;      // when the recording was made: the observation's time stamp
+    std::time_t time = 0; // when the recording was made: the observation's time stamp
 };
 
 // Port for the step's recording: a sound-card input records one interval, the "recordings

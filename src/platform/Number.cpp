@@ -1,4 +1,5 @@
 #include "platform/Number.h"
+#include "platform/TextHelpers.h"
 
 #include <charconv>
 #include <cmath>
@@ -16,22 +17,12 @@ bool isDigit(char c) {
     return c >= '0' && c <= '9';
 }
 
-int hexValue(char c) {
-    if (c >= '0' && c <= '9')
-        return c - '0';
-    if (c >= 'a' && c <= 'f')
-        return c - 'a' + 10;
-    if (c >= 'A' && c <= 'F')
-        return c - 'A' + 10;
-    return -1;
-}
-
 std::optional<double> parseHex(std::string_view digits) {
     if (digits.empty() || digits.size() > 8)
         return std::nullopt;
     std::uint32_t value = 0;
     for (char c : digits) {
-        int v = hexValue(c);
+        int v = HexDigitValue(c);
         if (v < 0)
             return std::nullopt;
         value = value * 16 + static_cast<std::uint32_t>(v);

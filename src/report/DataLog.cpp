@@ -12,11 +12,11 @@ namespace zav {
 
 std::string DataLogHeader() {
     static constexpr const char* kKeys[] = {
-        "Program",  "Version",    "ObsTime", "Tester", "Location", "Latitude", "Longitude",
-        "Environment", "Frequency", "Receiver", "Bandwidth", "MBW",   "MeasInt",  "RxNF",
-        "Antenna",  "AntGain",    "AntFact", "Attenuator", "AGC",  "Loss",     "RxRms",
-        "RxQp",     "RxPk",       "FsRms",   "FsQp",   "FsPk",     "NormRms",  "NormQp",
-        "NormPk",   "QpRms",      "PkRms",   "Notes"};
+        "Program",     "Version",   "ObsTime",  "Tester",     "Location", "Latitude", "Longitude",
+        "Environment", "Frequency", "Receiver", "Bandwidth",  "MBW",      "MeasInt",  "RxNF",
+        "Antenna",     "AntGain",   "AntFact",  "Attenuator", "AGC",      "Loss",     "RxRms",
+        "RxQp",        "RxPk",      "FsRms",    "FsQp",       "FsPk",     "NormRms",  "NormQp",
+        "NormPk",      "QpRms",     "PkRms",    "Notes"};
     std::string header;
     for (const char* key : kKeys) {
         header += key;
@@ -81,8 +81,8 @@ bool AppendDataLog(const std::string& path, const ReportSource& source) {
     ok = ok && length >= 0;
     bool wrote = false;
     if (ok) {
-        const std::string text = (length == 0 ? DataLogHeader() : std::string()) +
-                                 DataLogRow(source);
+        const std::string text =
+            (length == 0 ? DataLogHeader() : std::string()) + DataLogRow(source);
         wrote = true;
         ok = std::fwrite(text.data(), 1, text.size(), file) == text.size();
         ok = std::fflush(file) == 0 && ok;

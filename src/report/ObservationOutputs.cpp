@@ -41,6 +41,8 @@ void ObservationOutputs::MenuSendText_Click() {
                                     MessageIcon::Critical);
 }
 
-void ObservationOutputs::Notes_DblClick() { m_ports.clipboard.SetText(m_source().setup.Notes); }
+void ObservationOutputs::Notes_DblClick() {
+    m_ports.clipboard.SetText(m_source().setup.Notes);
+}
 
 } // namespace zav

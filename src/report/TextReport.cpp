@@ -66,9 +66,13 @@ std::string TextResults(const ReportSource& s) {
     return out;
 }
 
-std::string SavedTextResults(const ReportSource& source) { return TextResults(source) + "\r\n"; }
+std::string SavedTextResults(const ReportSource& source) {
+    return TextResults(source) + "\r\n";
+}
 
-std::string EmailTextResults(const ReportSource& source) { return TextResults(source) + "--\r\n"; }
+std::string EmailTextResults(const ReportSource& source) {
+    return TextResults(source) + "--\r\n";
+}
 
 std::string EmailSubject(const Observation& observation) {
     return "### ZAV report ### " + observation.ObsTime;

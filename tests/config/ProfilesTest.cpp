@@ -199,12 +199,14 @@ TEST_F(ProfilesTest, TheAntennaFileLoadsBetweenTheConditionsAndTheOptions) {
     EXPECT_TRUE(loaded);
     EXPECT_EQ(events.calls, (Calls{"UnloadAntennaFile", "LoadAntennaFile", "Caption ant.zav",
                                    "Reset1", "Focus Step1"}));
-    // The value is stored in the unit the profile names: only the label follows, and only
-    // towards a factor.
+    // The value is stored in the unit the profile names: no conversion, only the labels
+    // follow the options read, both ways.
     EXPECT_EQ(record.AntGain, "-3.00");
     EXPECT_EQ(controls.lblAntGain, "Factor (d&B/m)");
-    open("ant.zav", "[options]\nAntFact=False\n");
-    EXPECT_EQ(controls.lblAntGain, "Factor (d&B/m)");
+    EXPECT_EQ(controls.lblInterval, "Samples (k)");
+    open("ant.zav", "[options]\nAntFact=False\nSamples=False\nInterval=1000\n");
+    EXPECT_EQ(controls.lblAntGain, "Gain (d&Bi)");
+    EXPECT_EQ(controls.lblInterval, "Interval (ms)");
 }
 
 TEST_F(ProfilesTest, ValuesAreCutAtTheReadBuffer) {

@@ -53,8 +53,8 @@ TEST(FieldStrength, WorkedFigureAndReceiverNoiseCancels) {
 
 TEST(FieldStrength, AgreesWithTheFluxDensityDerivation) {
     std::mt19937 rng(11);
-    std::uniform_real_distribution<double> y(1.5, 1e5), f(0.1, 500), b(100, 200000),
-        g(-10, 15), nf(0, 15), loss(0, 20);
+    std::uniform_real_distribution<double> y(1.5, 1e5), f(0.1, 500), b(100, 200000), g(-10, 15),
+        nf(0, 15), loss(0, 20);
     for (int i = 0; i < 200; ++i) {
         FieldStrengthInputs in = baseInputs();
         const double yf = y(rng);

@@ -46,9 +46,8 @@ struct Bench {
     CountingBeeper beeper;
     MeasurementSteps steps{setup, options, commands, {dialogs, input, beeper}};
     fs::path dir = fs::temp_directory_path() /
-                   ("zav-steps-" + std::string(::testing::UnitTest::GetInstance()
-                                                   ->current_test_info()
-                                                   ->name()));
+                   ("zav-steps-" +
+                    std::string(::testing::UnitTest::GetInstance()->current_test_info()->name()));
     int afterStep3Calls = 0;
 
     Bench() {

@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include "testsupport/ScratchDir.h"
+
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
@@ -43,16 +45,6 @@ struct WaveHeader {
         return s;
     }
 };
-
-// A fresh folder for the running test, under the build tree.
-inline std::filesystem::path ScratchDir() {
-    const auto* info = ::testing::UnitTest::GetInstance()->current_test_info();
-    const auto dir = std::filesystem::path(ZAV_BINARY_DIR) / "test-scratch" / "measure" /
-                     (std::string(info->test_suite_name()) + "." + info->name());
-    std::filesystem::remove_all(dir);
-    std::filesystem::create_directories(dir);
-    return dir;
-}
 
 inline std::string WriteBytes(const std::filesystem::path& path, const std::string& bytes) {
     std::ofstream(path, std::ios::binary) << bytes;

@@ -1,6 +1,7 @@
+#include "report/DataLog.h"
 #include "ReportFixture.h"
 #include "platform/UrlCoding.h"
-#include "report/DataLog.h"
+#include "testsupport/ScratchDir.h"
 
 #include <gtest/gtest.h>
 
@@ -20,14 +21,6 @@ std::string slurp(const fs::path& p) {
     return ss.str();
 }
 
-struct TempDir {
-    fs::path path = fs::temp_directory_path() /
-                    ("zav-datalog-" + std::to_string(::testing::UnitTest::GetInstance()->random_seed()) +
-                     "-" + ::testing::UnitTest::GetInstance()->current_test_info()->name());
-    TempDir() { fs::create_directories(path); }
-    ~TempDir() { fs::remove_all(path); }
-};
-
 std::vector<std::string> split(const std::string& line, char sep) {
     std::vector<std::string> out(1);
     for (char c : line) {
@@ -42,7 +35,7 @@ std::vector<std::string> split(const std::string& line, char sep) {
 } // namespace
 
 TEST(DataLog, NewFileGetsHeaderAndRowByteForByte) {
-    TempDir dir;
+    test::TempDir dir;
     test::ReportFixture f;
     const fs::path log = dir.path / "ZavData.tab";
     ASSERT_TRUE(AppendDataLog(log.string(), f.source()));
@@ -50,7 +43,7 @@ TEST(DataLog, NewFileGetsHeaderAndRowByteForByte) {
 }
 
 TEST(DataLog, HeaderOnlyForAnEmptyFileAndRowsAppend) {
-    TempDir dir;
+    test::TempDir dir;
     test::ReportFixture f;
     const fs::path log = dir.path / "log.tab";
     std::ofstream(log, std::ios::binary).close(); // an existing 0-byte file
@@ -87,7 +80,7 @@ TEST(DataLog, RowShapeAndNotesSurviveEncoding) {
 }
 
 TEST(DataLog, FailureWritesNothingAndReportsIt) {
-    TempDir dir;
+    test::TempDir dir;
     test::ReportFixture f;
     EXPECT_FALSE(AppendDataLog((dir.path / "missing" / "log.tab").string(), f.source()));
     EXPECT_FALSE(AppendDataLog(dir.path.string(), f.source())); // a folder, not a file

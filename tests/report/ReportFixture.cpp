@@ -43,8 +43,7 @@ ReportSource ReportFixture::source() const {
 }
 
 std::string ExpectedFile(const std::string& name) {
-    std::ifstream in(std::string(ZAV_SOURCE_DIR) + "/tests/data/report/" + name,
-                     std::ios::binary);
+    std::ifstream in(std::string(ZAV_SOURCE_DIR) + "/tests/data/report/" + name, std::ios::binary);
     std::stringstream ss;
     ss << in.rdbuf();
     std::string text = ss.str();

@@ -1,5 +1,5 @@
-#include "ReportFixture.h"
 #include "report/TextReport.h"
+#include "ReportFixture.h"
 
 #include <gtest/gtest.h>
 

@@ -43,8 +43,7 @@ std::vector<std::int16_t> Noise(double rms, std::size_t count, unsigned seed) {
     return s;
 }
 
-void WriteWave(const std::string& path, const std::vector<std::int16_t>& samples,
-               int sampleRate) {
+void WriteWave(const std::string& path, const std::vector<std::int16_t>& samples, int sampleRate) {
     std::ofstream out(path, std::ios::binary);
     if (!out)
         throw std::runtime_error("cannot write " + path);

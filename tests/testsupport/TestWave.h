@@ -13,7 +13,6 @@ std::vector<std::int16_t> Sine(double amplitude, double frequencyHz, int sampleR
 std::vector<std::int16_t> Noise(double rms, std::size_t count, unsigned seed);
 
 // Writes a canonical 44-byte-header 16-bit mono PCM WAVE file.
-void WriteWave(const std::string& path, const std::vector<std::int16_t>& samples,
-               int sampleRate);
+void WriteWave(const std::string& path, const std::vector<std::int16_t>& samples, int sampleRate);
 
 } // namespace zav::test

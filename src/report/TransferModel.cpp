@@ -1,0 +1,130 @@
+#include "report/TransferModel.h"
+
+#include "platform/Number.h"
+#include "platform/UrlCoding.h"
+#include "platform/Version.h"
+#include "report/PostVars.h"
+#include "report/TextReport.h"
+
+namespace zav {
+
+TransferModel::TransferModel(const ReportSource& source, TransferSettings& settings,
+                             TransferHistory& history, Ports ports)
+    : m_source(source), m_settings(settings), m_history(history), m_ports(ports) {}
+
+void TransferModel::Form_Load() {
+    username = m_settings.username;
+    password = m_settings.password;
+    Email = m_settings.Email;
+    URL = m_settings.URL;
+    AtfEmail = m_settings.AtfEmail;
+    OptionOnline = m_settings.online;
+    OptionEmail = !OptionOnline;
+    OKButtonVisible = OptionEmail ? !AtfEmail.empty() : !URL.empty();
+    Message = "This facility is for transfer of the data from the main ZAV form, this form, and "
+              "the IP address to the server where it may be publicly available. If you do not "
+              "want to publish your data, hit Cancel now.";
+}
+
+void TransferModel::Form_Unload() {
+    m_settings.username = username;
+    m_settings.password = password;
+    m_settings.Email = Email;
+    m_settings.URL = URL;
+    m_settings.AtfEmail = AtfEmail;
+    m_settings.online = OptionOnline;
+}
+
+void TransferModel::OptionOnline_Click() {
+    OptionOnline = true;
+    OptionEmail = false;
+    OKButtonVisible = !URL.empty();
+}
+
+void TransferModel::OptionEmail_Click() {
+    OptionEmail = true;
+    OptionOnline = false;
+    OKButtonVisible = !AtfEmail.empty();
+}
+
+void TransferModel::Message_DblClick() {
+    m_ports.clipboard.SetText(Message);
+}
+
+void TransferModel::OKButton_Click() {
+    if (OKButtonCaption == "Done")
+        CloseRequested = true;
+    else
+        transfer();
+}
+
+std::string TransferModel::RequestBody(const std::string& user) const {
+    return PostVars(m_source) + "&username=" + UrlEncode(user, true) +
+           "&password=" + UrlEncode(password, true) + "&Email=" + UrlEncode(Email, true) +
+           "&client=1&debug=" + std::to_string(m_history.serverDebug);
+}
+
+void TransferModel::transfer() {
+    OKButtonVisible = false; // never pressed twice while the request runs
+    OptionEmail = !OptionOnline;
+
+    std::string user = username;
+    if (!user.empty() && user[0] == '*') {
+        user.erase(0, 1);
+        m_history.serverDebug = 1;
+    }
+
+    if (m_source.observation.ObsTime == m_history.lastObsTime) {
+        Message =
+            "Error: observation already succesfully transfered, receipt " + m_history.lastReceipt;
+        return;
+    }
+
+    if (OptionOnline)
+        post(RequestBody(user));
+    else
+        mail(user);
+}
+
+void TransferModel::post(const std::string& body) {
+    const HttpResponse reply =
+        m_ports.http.Post(TransferAddress(URL), "application/x-www-form-urlencoded", body);
+    if (reply.status != 200) {
+        Message = "Error: HTTP status code:" + std::to_string(reply.status);
+        return;
+    }
+    const auto cc = m_ports.xml.FirstElementText(reply.body, "cc");
+    if (!cc) {
+        Message = "Error:" + reply.body;
+        return;
+    }
+    if (IsNumber(*cc) && Number(*cc) == 0) {
+        m_history.lastReceipt = m_ports.xml.FirstElementText(reply.body, "receipt").value_or("");
+        Message = "Receipt: " + m_history.lastReceipt;
+        CancelButtonVisible = false;
+        OKButtonCaption = "Done";
+        OKButtonVisible = true;
+        OKButtonFocus = true;
+        m_history.lastObsTime = m_source.observation.ObsTime;
+        return;
+    }
+    // A refusal without a reason says no more than the reply itself.
+    const auto reason = m_ports.xml.FirstElementText(reply.body, "reason");
+    Message = reason ? UrlDecode(*reason) : "Error:" + reply.body;
+}
+
+void TransferModel::mail(const std::string& user) {
+    const std::string body = "username\t" + user + "\r\npassword\t" + password + "\r\nEmail\t" +
+                             Email + "\r\ndebug\t" + std::to_string(m_history.serverDebug) +
+                             "\r\n" + EmailTextResults(m_source);
+    if (!m_ports.mailer.Send({AtfEmail, "### ZAV report ### ", body})) {
+        m_ports.dialogs.ShowMessage("Error: unable to perform MAPI login.", kAppTitle,
+                                    MessageIcon::Critical);
+        return;
+    }
+    m_history.lastReceipt = "by Email";
+    m_history.lastObsTime = m_source.observation.ObsTime;
+    CloseRequested = true;
+}
+
+} // namespace zav

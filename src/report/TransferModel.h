@@ -1,0 +1,75 @@
+#pragma once
+
+#include "config/TransferSettings.h"
+#include "platform/Clipboard.h"
+#include "platform/Dialogs.h"
+#include "platform/HttpClient.h"
+#include "platform/Mailer.h"
+#include "platform/XmlLookup.h"
+#include "report/ReportSource.h"
+#include "report/TransferHistory.h"
+
+#include <string>
+
+namespace zav {
+
+// The "ZAV - Transfer results" dialog without its window: publishes the current observation
+// to the collection server over HTTP, or mails it to the collecting address, and shows the
+// receipt. The account fields come from `settings` on load and go back on unload.
+class TransferModel {
+public:
+    struct Ports {
+        HttpClient& http;
+        XmlLookup& xml;
+        Mailer& mailer;
+        Clipboard& clipboard;
+        Dialogs& dialogs;
+    };
+
+    static constexpr const char* kCaption = "ZAV - Transfer results";
+
+    TransferModel(const ReportSource& source, TransferSettings& settings, TransferHistory& history,
+                  Ports ports);
+
+    void Form_Load();
+    // Writes the fields back to the settings, whatever closed the dialog.
+    void Form_Unload();
+    // "OK" transfers; "Done" closes.
+    void OKButton_Click();
+    void CancelButton_Click() { CloseRequested = true; }
+    void OptionOnline_Click();
+    void OptionEmail_Click();
+    void URL_LostFocus() { OKButtonVisible = !URL.empty(); }
+    void AtfEmail_LostFocus() { OKButtonVisible = !AtfEmail.empty(); }
+    // Puts the whole notice or receipt on the clipboard.
+    void Message_DblClick();
+
+    // The request body: the field list, the account fields, the client and debug fields.
+    std::string RequestBody(const std::string& user) const;
+
+    std::string username;
+    std::string password;
+    std::string Email;
+    std::string URL;
+    std::string AtfEmail;
+    bool OptionOnline = true;
+    bool OptionEmail = false;
+    std::string Message;
+    std::string OKButtonCaption = "OK";
+    bool OKButtonVisible = true;
+    bool OKButtonFocus = false; // the view gives "Done" the focus
+    bool CancelButtonVisible = true;
+    bool CloseRequested = false; // the view closes the dialog (and then calls Form_Unload)
+
+private:
+    void transfer();
+    void post(const std::string& body);
+    void mail(const std::string& user);
+
+    ReportSource m_source;
+    TransferSettings& m_settings;
+    TransferHistory& m_history;
+    Ports m_ports;
+};
+
+} // namespace zav

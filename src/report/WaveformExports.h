@@ -1,0 +1,64 @@
+#pragma once
+
+#include "config/CommandStates.h"
+#include "platform/AudioOutput.h"
+#include "platform/Clipboard.h"
+#include "platform/Dialogs.h"
+#include "report/WavePlot.h"
+
+#include <functional>
+#include <string>
+
+namespace zav {
+
+// What the waveform commands work on: the last step's recording and how it is named.
+struct WaveformSource {
+    std::string wavePath;   // the working recording (the recording base name + ".wav")
+    std::string obsTime;    // default file name and part of every title
+    std::string stepTitle;  // the title of the step last measured
+    std::string currentDir; // where the save dialogs start
+};
+
+// The commands that keep or inspect the last recording: save a copy, a gnuplot script, the
+// sample table on the clipboard, the plot window, and playing it back.
+class WaveformExports {
+public:
+    struct Ports {
+        Dialogs& dialogs;
+        Clipboard& clipboard;
+        AudioOutput& output;
+    };
+
+    WaveformExports(std::function<WaveformSource()> source, CommandStates& commands, Ports ports)
+        : m_source(std::move(source)), m_commands(commands), m_ports(ports) {}
+
+    void MenuSaveWave_Click();
+    void MenuExportGnuplot_Click();
+    void MenuCopyWaveClip_Click();
+    void MenuPlotWave_Click();
+    void MenuPlayWave_Click();
+
+    // A recording has just been made: every waveform command has something to work on again.
+    void EnableWaveCommands();
+
+    // Enabled states of the commands the calculation does not govern (the gnuplot export's
+    // lives with the others in CommandStates). None has anything to show before a recording.
+    bool MenuSaveWave = false;
+    bool MenuCopyWaveClip = false;
+    bool MenuPlotWave = false;
+    bool MenuPlayWave = false;
+
+    // The clipboard table's decimal separator.
+    char decimalSeparator = '.';
+    // Opens the plot window on a loaded recording; the view sets it.
+    std::function<void(WavePlot)> showPlot;
+
+private:
+    std::optional<std::string> askSaveName(const WaveformSource& source, const char* filter);
+
+    std::function<WaveformSource()> m_source;
+    CommandStates& m_commands;
+    Ports m_ports;
+};
+
+} // namespace zav

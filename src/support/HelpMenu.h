@@ -1,0 +1,28 @@
+#pragma once
+
+#include "platform/Dialogs.h"
+#include "platform/Shell.h"
+
+#include <string>
+
+namespace zav {
+
+// The Help menu's links: the manual and the maker's home, FAQ and support pages, each
+// opened with what the desktop associates with it and failures reported as designed.
+class HelpMenu {
+public:
+    HelpMenu(Shell& shell, Dialogs& dialogs) : m_shell(shell), m_dialogs(dialogs) {}
+
+    // The manual "ZAV.pdf" in `documentsDir`.
+    void MenuHelpHelp_Click(const std::string& documentsDir);
+    // `BaseUrl` ends in "/".
+    void MenuHome_Click(const std::string& BaseUrl);
+    void MenuFaq_Click(const std::string& BaseUrl);
+    void MenuSupport_Click(const std::string& BaseUrl);
+
+private:
+    Shell& m_shell;
+    Dialogs& m_dialogs;
+};
+
+} // namespace zav

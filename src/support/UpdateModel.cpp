@@ -1,0 +1,70 @@
+#include "support/UpdateModel.h"
+
+#include "platform/CompareVersions.h"
+#include "platform/OpenDocument.h"
+#include "platform/Paths.h"
+#include "platform/Version.h"
+#include "support/LikePattern.h"
+
+namespace zav {
+namespace {
+
+std::string lowerAscii(std::string text) {
+    for (char& c : text)
+        if (c >= 'A' && c <= 'Z')
+            c = static_cast<char>(c - 'A' + 'a');
+    return text;
+}
+
+} // namespace
+
+UpdateModel::UpdateModel(std::string BaseUrl, std::string appDir, Ports ports)
+    : m_baseUrl(std::move(BaseUrl)), m_appDir(std::move(appDir)), m_ports(ports) {}
+
+void UpdateModel::fail(std::string text) {
+    Message = std::move(text);
+    outcome = Outcome::SiteFailed;
+}
+
+void UpdateModel::Form_Load() {
+    btnKwupdaterEnabled = CompareVersions(m_ports.updater.InstalledVersion(), "0.0.0", 3) > 0;
+
+    const HttpResponse reply = m_ports.http.Get(m_baseUrl + "Update.xml");
+    if (reply.status != 200)
+        return fail("Update site not responding properly. HTTP status=" +
+                    std::to_string(reply.status));
+
+    // Only a description published under the program's own folder of a site is believed.
+    const std::string url = m_ports.xml.FirstElementText(reply.body, "url").value_or("");
+    if (!Like(url, "http://*/" + lowerAscii(kAppTitle) + "/"))
+        return fail("Update site not responding properly.");
+    const auto version = m_ports.xml.FirstElementText(reply.body, "version");
+    if (!version || !Like(*version, "*#.*#.*#"))
+        return fail("Update site not responding properly.");
+
+    if (CompareVersions(*version, VersionText(), 3) > 0) {
+        Message = "New version available: " + *version;
+        btnSupportVisible = true;
+        outcome = Outcome::NewVersion;
+    } else {
+        Message = "Version " + VersionText() + " is current";
+        outcome = Outcome::Current;
+    }
+}
+
+void UpdateModel::btnKwupdater_Click() {
+    const ShellFailureTexts texts{"kwUpdate unavailable", "Problem accessing kwUpdate. (Error ",
+                                  std::string(kAppTitle) +
+                                      " could not find a file association for .kwupdate on your "
+                                      "system."};
+    OpenLocalDocument(WithTrailingSeparator(m_appDir) + "ZAV.kwupdate", texts, m_ports.shell,
+                      m_ports.dialogs);
+    CloseRequested = true;
+}
+
+void UpdateModel::btnSupport_Click() {
+    OpenDocument(m_baseUrl + "support.htm#download", m_ports.shell, m_ports.dialogs);
+    CloseRequested = true;
+}
+
+} // namespace zav

@@ -1,0 +1,102 @@
+#include "measure/P372Noise.h"
+#include "measure/FieldStrength.h"
+#include "measure/P372Comparison.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+using namespace zav;
+
+TEST(P372Noise, CurvesMatchTheRecommendation) {
+    // Values worked out separately (Python, math.log10) from the recommendation's c and d.
+    EXPECT_NEAR(P372Median(P372Curve::Residential, 3.6), 57.0904, 1e-4);
+    EXPECT_NEAR(P372Median(P372Curve::QuietRural, 14.0), 20.8207, 1e-4);
+    EXPECT_NEAR(P372Median(P372Curve::Galactic, 28.0), 18.7154, 1e-4);
+    EXPECT_NEAR(P372Median(P372Curve::Business, 0.3), 91.2837, 1e-4);
+    EXPECT_NEAR(P372Median(P372Curve::Rural, 7.1), 43.6201, 1e-4);
+
+    // The recommendation's table: c, d and the decile deviations (upper, lower).
+    struct Row {
+        P372Curve curve;
+        double c, d, upper, lower;
+    };
+    const Row table[] = {{P372Curve::Business, 76.8, 27.7, 11.0, 6.7},
+                         {P372Curve::Residential, 72.5, 27.7, 10.6, 5.3},
+                         {P372Curve::Rural, 67.2, 27.7, 9.2, 4.6},
+                         {P372Curve::QuietRural, 53.6, 28.6, 9.2, 4.6},
+                         {P372Curve::Galactic, 52.0, 23.0, 2.0, 2.0}};
+    for (const Row& row : table) {
+        // c is the level at 1 MHz and d the fall per decade.
+        EXPECT_NEAR(P372Median(row.curve, 1.0), row.c, 1e-12);
+        EXPECT_NEAR(P372Median(row.curve, 0.5) - P372Median(row.curve, 5.0), row.d, 1e-9);
+        EXPECT_EQ(P372Data(row.curve).upperDecileDb, row.upper);
+        EXPECT_EQ(P372Data(row.curve).lowerDecileDb, row.lower);
+    }
+}
+
+TEST(P372Noise, EnvironmentsAndValidityRanges) {
+    for (const char* env : kEnvironments) {
+        const auto curve = P372CurveForEnvironment(env);
+        ASSERT_TRUE(curve) << env;
+        EXPECT_STREQ(P372Data(*curve).name, env);
+    }
+    for (const char* other : {"", "Galactic", "rural"})
+        EXPECT_FALSE(P372CurveForEnvironment(other)) << other;
+    EXPECT_TRUE(P372InRange(P372Curve::QuietRural, 0.3) && P372InRange(P372Curve::Business, 250));
+    EXPECT_FALSE(P372InRange(P372Curve::Rural, 0.29) || P372InRange(P372Curve::Rural, 251));
+    EXPECT_TRUE(P372InRange(P372Curve::Galactic, 100));
+    EXPECT_FALSE(P372InRange(P372Curve::Galactic, 144) || P372InRange(P372Curve::Galactic, 0));
+}
+
+TEST(P372Noise, ComparisonPlacesTheObservation) {
+    const double fam = P372Median(P372Curve::Residential, 3.6);
+    P372Comparison c = CompareWithP372(fam + 4.0, 3.6, "Residential");
+    ASSERT_TRUE(c.FamDb && c.deltaDb && c.placement);
+    EXPECT_NEAR(*c.deltaDb, 4.0, 1e-12);
+    EXPECT_NEAR(*c.lowerDb, fam - 5.3, 1e-12);
+    EXPECT_NEAR(*c.upperDb, fam + 10.6, 1e-12);
+    EXPECT_EQ(*c.placement, P372Placement::WithinDeciles);
+    EXPECT_TRUE(c.inRange);
+    EXPECT_NEAR(c.galacticDb, 52.0 - 23.0 * std::log10(3.6), 1e-9);
+
+    EXPECT_EQ(*CompareWithP372(fam - 5.31, 3.6, "Residential").placement,
+              P372Placement::BelowLowerDecile);
+    EXPECT_EQ(*CompareWithP372(fam - 5.29, 3.6, "Residential").placement,
+              P372Placement::WithinDeciles);
+    EXPECT_EQ(*CompareWithP372(fam + 10.61, 3.6, "Residential").placement,
+              P372Placement::AboveUpperDecile);
+    EXPECT_STREQ(PlacementText(P372Placement::AboveUpperDecile), "above the upper decile");
+
+    // Outside the fitted range the figures are still given, flagged.
+    c = CompareWithP372(10.0, 432.0, "Rural");
+    EXPECT_FALSE(c.inRange);
+    EXPECT_FALSE(c.galacticInRange);
+    EXPECT_TRUE(c.FamDb);
+    // No environment chosen: Fa and galactic noise only.
+    c = CompareWithP372(10.0, 7.0, "");
+    EXPECT_FALSE(c.FamDb || c.deltaDb || c.placement || c.curve);
+    EXPECT_FALSE(c.inRange);
+    EXPECT_TRUE(c.galacticInRange);
+}
+
+TEST(P372Noise, FaOfTheWorkedCase) {
+    // The worked case: Y = 1 means Text = T0, which is 0 dB above k·T0·b.
+    FieldStrengthInputs in;
+    in.ms1 = 1e-8;
+    in.ms2 = in.ms3 = 1e-6;
+    in.rms3 = std::sqrt(in.ms3);
+    in.bandwidthHz = 2700;
+    in.frequencyMHz = 7;
+    in.rxNfDb = 8;
+    FieldStrength r = ComputeFieldStrength(in);
+    ASSERT_TRUE(r.Fa);
+    EXPECT_NEAR(*r.Fa, 0.0, 1e-12);
+    in.ms3 = 1e-8 + 10 * (1e-6 - 1e-8); // Y = 10, noiseless receiver: Text = 10·T0
+    in.rxNfDb = 0;
+    r = ComputeFieldStrength(in);
+    EXPECT_NEAR(*r.Fa, 10.0, 1e-9);
+    in.ms3 = 1e-8 + 0.1 * (1e-6 - 1e-8); // below the receiver's own noise: Text < 0
+    in.rxNfDb = 10;
+    EXPECT_FALSE(ComputeFieldStrength(in).Fa);
+}

@@ -1,0 +1,107 @@
+#include "measure/RxCalibration.h"
+#include "platform/Conversions.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <random>
+
+using namespace zav;
+
+namespace {
+
+constexpr double kBoltzmann = 1.3806504e-23, kT0 = 290.0;
+
+// The Y-factor method from first principles: a source whose excess temperature over T0 is Tc
+// raises the noise power by Y = (T0 + Tsys + Tc) / (T0 + Tsys), so F = (T0 + Tsys) / T0
+// = Tc / (T0·(Y − 1)). Tc from a carrier of P watts in B Hz is P / (k·B).
+double excessTemperature(CalSource source, double level, double bandwidthHz) {
+    switch (source) {
+    case CalSource::Carrier:
+        return std::pow(10.0, level / 10.0) / 1000.0 / (kBoltzmann * bandwidthHz);
+    case CalSource::NoiseDensity:
+        return std::pow(10.0, level / 10.0) / 1000.0 / kBoltzmann;
+    case CalSource::ExcessNoiseRatio:
+        break;
+    }
+    return std::pow(10.0, level / 10.0) * kT0;
+}
+
+} // namespace
+
+TEST(RxCalibration, TextbookYFactorExample) {
+    // ENR 15 dB and a 10 dB rise: F = 31.62 / (10 − 1) = 3.514, NF = 5.46 dB.
+    CalibrationInputs in;
+    in.yfact = 10.0;
+    in.bandwidthHz = 2700;
+    const RxCalibration r = CalibrateReceiver(CalSource::ExcessNoiseRatio, 15.0, in);
+    ASSERT_EQ(r.status, CalStatus::Done);
+    EXPECT_NEAR(*r.yFactorDb, 10.0, 1e-12);
+    EXPECT_NEAR(*r.systemNfDb, 5.4576, 1e-4);
+    EXPECT_NEAR(*r.receiverNfDb, 5.4576, 1e-4); // no loss ahead of the receiver
+    // kTB in 2700 Hz is −139.66 dBm; the receiver adds its noise figure on top.
+    EXPECT_NEAR(*r.noiseFloorDbm, 5.4576 - 139.6616, 2e-4);
+}
+
+TEST(RxCalibration, AgreesWithFirstPrinciplesAndTheFriisCascade) {
+    std::mt19937 rng(372);
+    std::uniform_real_distribution<double> y(1.02, 3000), b(100, 200000), att(0, 20), loss(0, 10),
+        pc(-140, -50), dens(-175, -120), enr(0, 35);
+    for (int i = 0; i < 300; ++i) {
+        CalibrationInputs in;
+        in.yfact = y(rng);
+        in.bandwidthHz = b(rng);
+        in.attenuatorDb = att(rng);
+        in.lossDb = loss(rng);
+        const std::pair<CalSource, double> cases[] = {{CalSource::Carrier, pc(rng)},
+                                                      {CalSource::NoiseDensity, dens(rng)},
+                                                      {CalSource::ExcessNoiseRatio, enr(rng)}};
+        for (const auto& [source, level] : cases) {
+            const RxCalibration r = CalibrateReceiver(source, level, in);
+            ASSERT_EQ(r.status, CalStatus::Done) << i;
+            const double f =
+                excessTemperature(source, level, in.bandwidthHz) / (kT0 * (in.yfact - 1.0));
+            EXPECT_NEAR(*r.systemNfDb, 10 * std::log10(f), 1e-7) << i;
+            // A matched passive loss L at T0 ahead of a receiver of factor Fr gives a cascade
+            // of L·Fr: in dB, the loss simply comes off.
+            EXPECT_NEAR(*r.receiverNfDb, *r.systemNfDb - in.attenuatorDb - in.lossDb, 1e-7) << i;
+            EXPECT_NEAR(*r.noiseFloorDbm,
+                        10 * std::log10(kBoltzmann * kT0 * in.bandwidthHz * 1000) + *r.receiverNfDb,
+                        1e-7)
+                << i;
+        }
+    }
+}
+
+TEST(RxCalibration, RefusesNoRiseAndUnphysicalResults) {
+    CalibrationInputs in;
+    in.bandwidthHz = 2700;
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+    for (double y : {1.0, 0.5, 0.0, -2.0, nan}) {
+        in.yfact = y;
+        const RxCalibration r = CalibrateReceiver(CalSource::ExcessNoiseRatio, 15, in);
+        EXPECT_EQ(r.status, CalStatus::TooWeak) << y;
+        EXPECT_FALSE(r.systemNfDb || r.receiverNfDb || r.noiseFloorDbm) << y;
+        EXPECT_EQ(r.yFactorDb.has_value(), y > 0) << y;
+    }
+    in.yfact = 0.5;
+    EXPECT_NEAR(*CalibrateReceiver(CalSource::Carrier, -90, in).yFactorDb, -3.0103, 1e-4);
+
+    // A source so weak that the system's noise factor underflows to nothing: the receiver
+    // would need an absolute temperature of zero or less.
+    in.yfact = 2;
+    RxCalibration r = CalibrateReceiver(CalSource::ExcessNoiseRatio, -4000, in);
+    EXPECT_EQ(r.status, CalStatus::NotPhysical);
+    EXPECT_TRUE(r.yFactorDb && r.systemNfDb);
+    EXPECT_FALSE(r.receiverNfDb || r.noiseFloorDbm);
+    // An infinite loss leaves nothing to say about the receiver behind it.
+    in.attenuatorDb = 4000;
+    r = CalibrateReceiver(CalSource::ExcessNoiseRatio, 15, in);
+    EXPECT_EQ(r.status, CalStatus::NotPhysical);
+    EXPECT_FALSE(r.receiverNfDb);
+    // A carrier needs a bandwidth to be spread over.
+    in.attenuatorDb = 0;
+    in.bandwidthHz = 0;
+    EXPECT_EQ(CalibrateReceiver(CalSource::Carrier, -90, in).status, CalStatus::NotPhysical);
+}

@@ -1,0 +1,87 @@
+#include "platform/AtomicFile.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+using namespace zav;
+namespace fs = std::filesystem;
+
+namespace {
+
+fs::path scratch() {
+    const auto* info = ::testing::UnitTest::GetInstance()->current_test_info();
+    const auto dir = fs::path(ZAV_BINARY_DIR) / "test-scratch" / "platform" / info->name();
+    fs::remove_all(dir);
+    fs::create_directories(dir);
+    return dir;
+}
+
+std::string slurp(const fs::path& p) {
+    std::ifstream in(p, std::ios::binary);
+    std::stringstream ss;
+    ss << in.rdbuf();
+    return ss.str();
+}
+
+std::size_t entries(const fs::path& dir) {
+    return static_cast<std::size_t>(std::distance(fs::directory_iterator(dir), {}));
+}
+
+} // namespace
+
+TEST(AtomicFile, WholeFileReplacedKeepingPermissionsAndLinks) {
+    const fs::path dir = scratch();
+    const fs::path file = dir / "a.txt";
+    ASSERT_TRUE(WriteFileAtomically(file.string(), std::string("one\r\ntwo\0three", 14)));
+    EXPECT_EQ(slurp(file), std::string("one\r\ntwo\0three", 14));
+
+    fs::permissions(file, fs::perms::owner_read | fs::perms::owner_write);
+    ASSERT_TRUE(WriteFileAtomically(file.string(), "new"));
+    EXPECT_EQ(slurp(file), "new");
+    EXPECT_EQ(fs::status(file).permissions() & fs::perms::all,
+              fs::perms::owner_read | fs::perms::owner_write);
+
+    const fs::path link = dir / "link.txt";
+    fs::create_symlink(file, link);
+    ASSERT_TRUE(WriteFileAtomically(link.string(), "through"));
+    EXPECT_TRUE(fs::is_symlink(link));
+    EXPECT_EQ(slurp(file), "through");
+    EXPECT_EQ(entries(dir), 2u); // no temporary left behind
+
+    std::string error;
+    EXPECT_FALSE(WriteFileAtomically((dir / "none" / "b.txt").string(), "x", &error));
+    EXPECT_FALSE(error.empty());
+}
+
+TEST(AtomicFile, StreamedWriterCommitsOrLeavesTheOldFile) {
+    const fs::path dir = scratch();
+    const fs::path file = dir / "big.txt";
+    std::ofstream(file) << "old";
+    {
+        AtomicFileWriter writer(file.string());
+        ASSERT_TRUE(writer.IsOpen());
+        writer.Stream() << "half of a new file";
+        EXPECT_EQ(slurp(file), "old"); // nothing shows before the commit
+    }                                  // abandoned: as if the export had failed midway
+    EXPECT_EQ(slurp(file), "old");
+    EXPECT_EQ(entries(dir), 1u);
+
+    AtomicFileWriter writer(file.string());
+    for (int i = 0; i < 100000; ++i)
+        writer.Stream() << i << "\r\n";
+    ASSERT_TRUE(writer.Commit());
+    EXPECT_FALSE(writer.Commit()); // once only
+    EXPECT_EQ(slurp(file).substr(0, 9), "0\r\n1\r\n2\r\n");
+    EXPECT_EQ(fs::file_size(file), 688890u); // every line, digits and CR LF
+    EXPECT_EQ(entries(dir), 1u);
+
+    AtomicFileWriter nowhere((dir / "none" / "c.txt").string());
+    EXPECT_FALSE(nowhere.IsOpen());
+    nowhere.Stream() << "lost";
+    std::string error;
+    EXPECT_FALSE(nowhere.Commit(&error));
+    EXPECT_NE(error.find("cannot create"), std::string::npos);
+}

@@ -1,0 +1,209 @@
+#include "platform/Associate.h"
+#include "platform/CommandLine.h"
+#include "platform/ResourceFolder.h"
+#include "testsupport/FakePorts.h"
+#include "testsupport/ScratchDir.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <optional>
+#include <sstream>
+
+using namespace zav;
+namespace fs = std::filesystem;
+
+namespace {
+
+std::string readFile(const fs::path& path) {
+    std::ifstream in(path, std::ios::binary);
+    std::stringstream ss;
+    ss << in.rdbuf();
+    return ss.str();
+}
+
+// A fresh empty folder under the system's temporary folder, removed at the end.
+// Runs the program and waits for it, as the desktop eventually would; the arguments come
+// quoted as a shell reads them.
+struct WaitingShell : test::FakeShell {
+    bool Run(const std::string& program, const std::string& arguments) override {
+        FakeShell::Run(program, arguments);
+        return std::system((program + " " + arguments + " > /dev/null 2>&1").c_str()) == 0;
+    }
+};
+
+std::string desktopValue(const std::string& entry, const std::string& key) {
+    std::istringstream in(entry);
+    for (std::string line; std::getline(in, line);)
+        if (line.rfind(key + "=", 0) == 0)
+            return line.substr(key.size() + 1);
+    return "<missing>";
+}
+
+// The program an Exec value starts, as a desktop would take it apart: string escapes first,
+// then "%f" dropped and "%%" made "%", then the shell's own reading of the double quotes.
+std::string programOfExec(const std::string& exec, const fs::path& scratch) {
+    std::string unescaped;
+    for (std::size_t i = 0; i < exec.size(); ++i) {
+        if (exec[i] == '\\' && i + 1 < exec.size()) {
+            const char next = exec[++i];
+            unescaped += next == 's' ? ' ' : next == 'n' ? '\n' : next == 't' ? '\t' : next;
+        } else {
+            unescaped += exec[i];
+        }
+    }
+    EXPECT_EQ(unescaped.substr(unescaped.size() - 3), " %f");
+    unescaped.resize(unescaped.size() - 3);
+    std::string command;
+    for (std::size_t i = 0; i < unescaped.size(); ++i) {
+        command += unescaped[i];
+        if (unescaped[i] != '%')
+            continue;
+        // Any other "%" would be a field code the desktop expands.
+        EXPECT_TRUE(i + 1 < unescaped.size() && unescaped[i + 1] == '%') << exec;
+        ++i;
+    }
+    const fs::path script = scratch / "exec.sh";
+    std::ofstream(script) << "set -- " << command << "\nprintf '%s' \"$1\"\n";
+    FILE* pipe = ::popen(("sh '" + script.string() + "'").c_str(), "r");
+    std::string out;
+    char buffer[256];
+    for (std::size_t n; (n = std::fread(buffer, 1, sizeof buffer, pipe)) > 0;)
+        out.append(buffer, n);
+    ::pclose(pipe);
+    return out;
+}
+
+// Sets (or with nullptr removes) an environment variable for one scope.
+struct ScopedEnv {
+    std::string name;
+    std::optional<std::string> old;
+    ScopedEnv(const char* n, const char* value) : name(n) {
+        if (const char* v = std::getenv(n))
+            old = v;
+        value ? setenv(n, value, 1) : unsetenv(n);
+    }
+    ~ScopedEnv() { old ? setenv(name.c_str(), old->c_str(), 1) : unsetenv(name.c_str()); }
+};
+
+} // namespace
+
+TEST(Associate, WritesMimeTypeAndDesktopEntryInTheDataHomeThenRefreshesTheDesktop) {
+    test::TempDir home;
+    const fs::path data = home.path / "data dir";
+    ScopedEnv xdg("XDG_DATA_HOME", data.string().c_str());
+    const std::string exe = "/opt/my tools/ZAV app/zav";
+    test::FakeShell shell;
+    ASSERT_TRUE(MenuAssociate_Click(exe, shell));
+
+    const std::string mime = readFile(data / "mime" / "packages" / "zav.xml");
+    EXPECT_NE(mime.find("<mime-type type=\"application/x-zav-profile\">"), std::string::npos);
+    EXPECT_NE(mime.find("<glob pattern=\"*.zav\"/>"), std::string::npos);
+    EXPECT_NE(mime.find("<comment>zav File</comment>"), std::string::npos);
+
+    const std::string entry = readFile(data / "applications" / "zav.desktop");
+    EXPECT_EQ(entry.rfind("[Desktop Entry]\n", 0), 0u);
+    EXPECT_EQ(desktopValue(entry, "Exec"), "\"/opt/my tools/ZAV app/zav\" %f");
+    EXPECT_EQ(programOfExec(desktopValue(entry, "Exec"), home.path), exe);
+    EXPECT_EQ(desktopValue(entry, "MimeType"), "application/x-zav-profile;");
+    EXPECT_EQ(desktopValue(entry, "Type"), "Application");
+
+    ASSERT_EQ(shell.ran.size(), 3u);
+    const auto args = [&shell](int i) {
+        const std::string& run = shell.ran[static_cast<std::size_t>(i)];
+        return SplitCommandLine(run.substr(run.find('|') + 1), 8);
+    };
+    EXPECT_EQ(shell.ran[0].substr(0, shell.ran[0].find('|')), "update-mime-database");
+    EXPECT_EQ(args(0)[1], (data / "mime").string()); // the blank survives the hand-over
+    EXPECT_EQ(shell.ran[1].substr(0, shell.ran[1].find('|')), "update-desktop-database");
+    EXPECT_EQ(args(1)[1], (data / "applications").string());
+    EXPECT_EQ(shell.ran[2], "xdg-mime|default zav.desktop application/x-zav-profile");
+}
+
+TEST(Associate, TheSharedMimeDatabaseAcceptsTheTypeAndMissingToolsAreNoError) {
+    test::TempDir home;
+    WaitingShell shell;
+    ASSERT_TRUE(Associate("ZAV", ".zav", "/usr/bin/zav", home.path.string(), shell));
+    if (!fs::exists("/usr/bin/update-mime-database"))
+        GTEST_SKIP() << "shared-mime-info is not installed";
+    // The database tool compiled our XML: the glob and the type's own file are there.
+    EXPECT_NE(readFile(home.path / "mime" / "globs2").find("application/x-zav-profile:*.zav"),
+              std::string::npos);
+    EXPECT_NE(readFile(home.path / "mime" / "application" / "x-zav-profile.xml").find("zav File"),
+              std::string::npos);
+}
+
+TEST(Associate, RefusesAnExtensionWithoutADotAndFailsWithoutAPlaceToWrite) {
+    test::TempDir home;
+    test::FakeShell shell;
+    EXPECT_FALSE(Associate("ZAV", "zav", "/usr/bin/zav", home.path.string(), shell));
+    EXPECT_FALSE(Associate("ZAV", "", "/usr/bin/zav", home.path.string(), shell));
+    EXPECT_TRUE(fs::is_empty(home.path));
+    EXPECT_FALSE(Associate("ZAV", ".zav", "/usr/bin/zav", "", shell));
+    std::ofstream(home.path / "file") << "x";
+    EXPECT_FALSE(Associate("ZAV", ".zav", "/usr/bin/zav", (home.path / "file").string(), shell));
+    EXPECT_TRUE(shell.ran.empty());
+
+    EXPECT_TRUE(Associate("ZAV", "  .zav ", "/usr/bin/zav", home.path.string(), shell));
+    EXPECT_NE(readFile(home.path / "mime" / "packages" / "zav.xml").find("\"*.zav\""),
+              std::string::npos);
+}
+
+TEST(Associate, ProgramPathsWithShellCharactersComeBackWhole) {
+    test::TempDir scratch;
+    for (const std::string exe : {"/opt/a \"b\"/zav", "/opt/$HOME/`id`/zav", "/opt/back\\slash/zav",
+                                  "/opt/100%f/zav", "/opt/it's here/zav", "/opt/tab\there/zav"}) {
+        test::FakeShell shell;
+        ASSERT_TRUE(Associate("ZAV", ".zav", exe, scratch.path.string(), shell));
+        const std::string entry = readFile(scratch.path / "applications" / "zav.desktop");
+        EXPECT_EQ(programOfExec(desktopValue(entry, "Exec"), scratch.path), exe);
+    }
+}
+
+TEST(Associate, UsesTheIconBesideTheProgramWhenThereIsOne) {
+    test::TempDir scratch;
+    const fs::path bin = scratch.path / "bin";
+    fs::create_directories(bin);
+    test::FakeShell shell;
+    ASSERT_TRUE(Associate("ZAV", ".zav", (bin / "zav").string(), scratch.path.string(), shell));
+    EXPECT_EQ(desktopValue(readFile(scratch.path / "applications" / "zav.desktop"), "Icon"), "zav");
+    std::ofstream(bin / "zav.svg") << "<svg/>";
+    ASSERT_TRUE(Associate("ZAV", ".zav", (bin / "zav").string(), scratch.path.string(), shell));
+    EXPECT_EQ(desktopValue(readFile(scratch.path / "applications" / "zav.desktop"), "Icon"),
+              (bin / "zav.svg").string());
+}
+
+TEST(XdgDataHome, AbsoluteSettingElseTheHomeFolder) {
+    {
+        ScopedEnv xdg("XDG_DATA_HOME", "/data/me");
+        EXPECT_EQ(XdgDataHome(), "/data/me");
+    }
+    {
+        ScopedEnv xdg("XDG_DATA_HOME", "relative/dir");
+        ScopedEnv home("HOME", "/home/me");
+        EXPECT_EQ(XdgDataHome(), "/home/me/.local/share");
+    }
+    {
+        ScopedEnv xdg("XDG_DATA_HOME", nullptr);
+        ScopedEnv home("HOME", nullptr);
+        EXPECT_EQ(XdgDataHome(), "");
+        test::FakeShell shell;
+        EXPECT_FALSE(MenuAssociate_Click("/usr/bin/zav", shell));
+    }
+}
+
+TEST(ResourceFolder, ProgramFolderFirstThenTheInstalledDataFolder) {
+    test::TempDir root;
+    const fs::path bin = root.path / "bin";
+    const fs::path share = root.path / "share" / "zav";
+    fs::create_directories(bin);
+    fs::create_directories(share);
+    std::ofstream(share / "licence.txt") << "x";
+    EXPECT_EQ(ResourceFolder(bin.string(), "licence.txt"), share.string() + "/");
+    EXPECT_EQ(ResourceFolder(bin.string(), "ZAV.pdf"), bin.string() + "/");
+    std::ofstream(bin / "licence.txt") << "x";
+    EXPECT_EQ(ResourceFolder(bin.string() + "/", "licence.txt"), bin.string() + "/");
+}

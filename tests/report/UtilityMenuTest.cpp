@@ -1,0 +1,53 @@
+#include "report/DplotCommand.h"
+#include "report/SoundControls.h"
+
+#include <gtest/gtest.h>
+
+using namespace zav;
+
+TEST(DplotCommand, DocumentNameFromVersionTwoOneTwoEight) {
+    const std::string named =
+        "[Enable(0)][DocRestore()][SetFilename(\"/home/op/20240501120000.grf\")][Enable(1)]";
+    const std::string plain = "[Enable(0)][DocRestore()][Enable(1)]";
+    for (const char* newer : {"2.1.2.8", "2.1.2.9", "2.1.3", "2.3.0.1", "10.0"})
+        EXPECT_EQ(DplotCommand(newer, "/home/op/", "20240501120000"), named) << newer;
+    for (const char* older : {"2.1.2.7", "1.9.9.9", ""})
+        EXPECT_EQ(DplotCommand(older, "/home/op/", "20240501120000"), plain) << older;
+}
+
+namespace {
+
+struct FakeShell : Shell {
+    int failures = 0; // Run fails this many times first
+    std::vector<std::string> runs;
+    int Open(const std::string&) override { return 33; }
+    bool Run(const std::string& program, const std::string& arguments) override {
+        runs.push_back(program + (arguments.empty() ? "" : " " + arguments));
+        return static_cast<int>(runs.size()) > failures;
+    }
+};
+
+} // namespace
+
+TEST(SoundControls, TriesTheNextProgramUntilOneStarts) {
+    const auto launchers = SoundPanelLaunchers(SoundPanel::Devices);
+    FakeShell none;
+    none.failures = 1000;
+    SoundControls(none).mnuMMSYS_Click();
+    EXPECT_EQ(none.runs.size(), launchers.size()); // each tried once, then silence
+
+    FakeShell second;
+    second.failures = 1;
+    SoundControls(second).mnuMMSYS_Click();
+    ASSERT_EQ(second.runs.size(), std::min<std::size_t>(2, launchers.size()));
+    EXPECT_EQ(second.runs.back().rfind(launchers[second.runs.size() - 1].program, 0), 0u);
+#if !defined(_WIN32) && !defined(__APPLE__)
+    FakeShell tabs;
+    SoundControls controls(tabs);
+    controls.MenuSCCP_Click();
+    controls.MenuSCCR_Click();
+    controls.mnuMMSYS_Click();
+    EXPECT_EQ(tabs.runs, (std::vector<std::string>{"pavucontrol --tab=1", "pavucontrol --tab=2",
+                                                   "pavucontrol --tab=4"}));
+#endif
+}

@@ -1,0 +1,96 @@
+#pragma once
+
+#include "platform/Clipboard.h"
+#include "platform/HttpClient.h"
+#include "platform/Mailer.h"
+#include "platform/Shell.h"
+#include "platform/SystemInfo.h"
+#include "platform/Updater.h"
+#include "platform/XmlLookup.h"
+
+#include <deque>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace zav::test {
+
+// Records every request and answers with `reply`.
+struct FakeHttp : HttpClient {
+    struct Request {
+        std::string method, url, contentType, body;
+    };
+    HttpResponse Get(const std::string& url) override {
+        requests.push_back({"GET", url, "", ""});
+        return reply;
+    }
+    HttpResponse Post(const std::string& url, const std::string& contentType,
+                      const std::string& body) override {
+        requests.push_back({"POST", url, contentType, body});
+        return reply;
+    }
+    HttpResponse reply{200, ""};
+    std::vector<Request> requests;
+};
+
+// A document made of `elements`; `wellFormed` false stands for a reply that is not XML.
+struct FakeXml : XmlLookup {
+    std::optional<std::string> FirstElementText(const std::string&,
+                                                const std::string& name) override {
+        asked.push_back(name);
+        const auto it = elements.find(name);
+        if (!wellFormed || it == elements.end())
+            return std::nullopt;
+        return it->second;
+    }
+    std::map<std::string, std::string> elements;
+    bool wellFormed = true;
+    std::vector<std::string> asked;
+};
+
+// Answers Open with the next of `results` (42, opened, when none is queued) and records
+// what was opened or run.
+struct FakeShell : Shell {
+    int Open(const std::string& target) override {
+        opened.push_back(target);
+        if (results.empty())
+            return 42;
+        const int r = results.front();
+        results.pop_front();
+        return r;
+    }
+    bool Run(const std::string& program, const std::string& arguments) override {
+        ran.push_back(program + "|" + arguments);
+        return runResult;
+    }
+    std::deque<int> results;
+    bool runResult = true;
+    std::vector<std::string> opened;
+    std::vector<std::string> ran;
+};
+
+struct FakeMailer : Mailer {
+    bool Send(const MailMessage& message) override {
+        sent.push_back(message);
+        return accepts;
+    }
+    bool accepts = true;
+    std::vector<MailMessage> sent;
+};
+
+struct FakeClipboard : Clipboard {
+    void SetText(const std::string& text) override { texts.push_back(text); }
+    std::vector<std::string> texts;
+};
+
+struct FakeUpdater : Updater {
+    std::string InstalledVersion() override { return version; }
+    std::string version;
+};
+
+struct FakeSystemInfo : SystemInfo {
+    std::string ToolPath() override { return path; }
+    std::string path;
+};
+
+} // namespace zav::test

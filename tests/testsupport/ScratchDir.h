@@ -1,0 +1,35 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+#include <unistd.h>
+
+namespace zav::test {
+
+// A fresh, empty folder for the running test, named after it and this process, so that test
+// programs running side by side (ctest -j) never share one.
+inline std::filesystem::path ScratchDir() {
+    const auto* info = ::testing::UnitTest::GetInstance()->current_test_info();
+    const auto dir = std::filesystem::temp_directory_path() /
+                     ("zav-" + std::string(info->test_suite_name()) + "." + info->name() + "-" +
+                      std::to_string(getpid()));
+    std::filesystem::remove_all(dir);
+    std::filesystem::create_directories(dir);
+    return dir;
+}
+
+// ScratchDir() that is removed again when the test ends.
+struct TempDir {
+    std::filesystem::path path = ScratchDir();
+    TempDir() = default;
+    TempDir(const TempDir&) = delete;
+    TempDir& operator=(const TempDir&) = delete;
+    ~TempDir() {
+        std::error_code ignored;
+        std::filesystem::remove_all(path, ignored);
+    }
+};
+
+} // namespace zav::test
