@@ -33,7 +33,9 @@ using zav::QtSerialPort;
 namespace {
 
 // The Qt test main has made the application object.
-QCoreApplication& app() { return *QCoreApplication::instance(); }
+QCoreApplication& app() {
+    return *QCoreApplication::instance();
+}
 
 // Runs the event loop until `done` holds or `ms` have passed.
 bool waitFor(const std::function<bool()>& done, int ms = 5000) {

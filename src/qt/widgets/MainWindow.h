@@ -1,19 +1,97 @@
 #pragma once
 
-#include "app/Startup.h"
+#include "config/ResultGrid.h"
 
 #include <QMainWindow>
 
+#include <functional>
+#include <string>
+#include <vector>
+
+class QAction;
+class QActionGroup;
+class QLabel;
+class QMenu;
+class QPushButton;
+class QTableWidget;
+
 namespace zav {
 
-// The main window. For now it carries the designed caption; the set-up form, the steps and
-// the result grids bind to it as they come.
+class Beeper;
+class Clipboard;
+class Dialogs;
+class HttpClient;
+class Mailer;
+class MainModel;
+class Shell;
+class SystemInfo;
+class Updater;
+class XmlLookup;
+class P372Panel;
+class SettingsStore;
+class SetupPanel;
+
+// The desktop services the window's dialogs reach through.
+struct DesktopPorts {
+    HttpClient& http;
+    XmlLookup& xml;
+    Shell& shell;
+    SystemInfo& systemInfo;
+    Updater& updater;
+    Mailer& mailer;
+    Clipboard& clipboard;
+    Beeper& beeper;
+};
+
+// The main window: binds the widgets to the model, calls its handlers and shows its state
+// again after each one. Everything it decides is the model's.
 class MainWindow : public QMainWindow {
 public:
-    explicit MainWindow(const StartupState& startup, QWidget* parent = nullptr);
+    // `inputNames` lists the sound card's recording inputs for the "Audio input" menu;
+    // `settings` keeps the window's place and size between runs.
+    MainWindow(MainModel& model, Dialogs& dialogs, SettingsStore& settings, DesktopPorts desktop,
+               std::function<std::vector<std::string>()> inputNames, QWidget* parent = nullptr);
+
+    // Shows the model's state: texts, grids, colours, enabled and checked commands, focus.
+    void refresh();
+
+    QPushButton* stepButton(int step) const { return m_steps[step - 1]; }
+    QPushButton* recordTsvButton() const { return m_rtsvb; }
+    QTableWidget* measurementsGrid() const { return m_gridMeas; }
+    QTableWidget* resultsGrid() const { return m_gridCalc; }
+    SetupPanel* setupPanel() const { return m_setup; }
+    // A menu command by its caption, for tests and for keyboard reachability checks.
+    QAction* action(const QString& caption) const;
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
 
 private:
-    StartupState m_startup;
+    void buildMenus();
+    QWidget* buildResults();
+    QAction* addCommand(QMenu* menu, const QString& caption, std::function<void()> handler);
+    void run(const std::function<void()>& handler);
+    void fillAudioInputMenu();
+    void showGrid(QTableWidget* table, const ResultGrid& grid);
+
+    MainModel& m_model;
+    Dialogs& m_dialogs;
+    SettingsStore& m_settings;
+    DesktopPorts m_desktop;
+    std::function<std::vector<std::string>()> m_inputNames;
+    SetupPanel* m_setup = nullptr;
+    QPushButton* m_steps[3] = {};
+    QPushButton* m_rtsvb = nullptr;
+    QPushButton* m_getPos = nullptr;
+    QTableWidget* m_gridMeas = nullptr;
+    QTableWidget* m_gridCalc = nullptr;
+    P372Panel* m_p372 = nullptr;
+    QLabel* m_clock = nullptr;
+    QLabel* m_stepTitle = nullptr;
+    QMenu* m_audioInputMenu = nullptr;
+    QActionGroup* m_audioInputs = nullptr;
+    std::vector<QAction*> m_recent;
+    std::vector<QAction*> m_actions;
 };
 
 } // namespace zav

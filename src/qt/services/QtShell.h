@@ -1,0 +1,37 @@
+#pragma once
+
+#include "platform/Shell.h"
+
+#include <functional>
+
+class QUrl;
+
+namespace zav {
+
+// The shell's "open" and program start over Qt: a document or address goes to what the
+// desktop associates with it (QDesktopServices), a program is started detached (QProcess).
+// Open's result keeps the designed convention: 42 opened, 2 no such file, 31 nothing took it.
+class QtShell : public Shell {
+public:
+    // What hands a URL to the desktop; QDesktopServices::openUrl unless told otherwise.
+    using Opener = std::function<bool(const QUrl&)>;
+
+    static constexpr int kOpened = 42;
+    static constexpr int kFileNotFound = 2;
+    static constexpr int kNoAssociation = 31;
+
+    explicit QtShell(Opener opener = {});
+
+    int Open(const std::string& target) override;
+    // `arguments` is one command-line text; double quotes keep blanks inside an argument.
+    bool Run(const std::string& program, const std::string& arguments) override;
+
+private:
+    Opener m_opener;
+};
+
+// A web address or other URL (it names a scheme such as "https:" or "mailto:"), as opposed
+// to a local path, a Windows drive letter included.
+bool IsAddress(const std::string& target);
+
+} // namespace zav

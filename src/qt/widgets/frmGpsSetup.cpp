@@ -1,0 +1,208 @@
+#include "qt/widgets/frmGpsSetup.h"
+
+#include "gps/GpsSetupModel.h"
+#include "platform/Number.h"
+#include "qt/services/QtSerialPort.h"
+
+#include <QComboBox>
+#include <QFocusEvent>
+#include <QFormLayout>
+#include <QHBoxLayout>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTimer>
+#include <QVBoxLayout>
+
+#include <functional>
+
+namespace zav {
+namespace {
+
+QString qs(const std::string& s) {
+    return QString::fromStdString(s);
+}
+
+QComboBox* makeList(const char* name, const std::vector<std::string>& items, bool editable,
+                    QWidget* parent) {
+    auto* box = new QComboBox(parent);
+    box->setObjectName(QString::fromLatin1(name));
+    box->setEditable(editable);
+    // A typed value is the setting, not a new entry of the list.
+    box->setInsertPolicy(QComboBox::NoInsert);
+    for (const std::string& item : items)
+        box->addItem(qs(item));
+    return box;
+}
+
+// Shows `text` in a list: typed into an editable one, picked (and added when missing, so an
+// unusual stored value is still shown) in a fixed one.
+void showText(QComboBox* box, const std::string& text) {
+    const QString wanted = qs(text);
+    if (box->currentText() == wanted)
+        return;
+    if (!box->isEditable() && box->findText(wanted) < 0)
+        box->addItem(wanted);
+    box->setCurrentText(wanted);
+}
+
+} // namespace
+
+frmGpsSetup::frmGpsSetup(GpsSetupModel& model, QWidget* parent) : QDialog(parent), m_model(model) {
+    setObjectName(QStringLiteral("frmGpsSetup"));
+    setWindowTitle(QStringLiteral("GPS setup"));
+    setModal(true);
+    m_model.Form_Load();
+
+    std::vector<std::string> ports = m_model.portList;
+    for (const std::string& device : m_model.DeviceList)
+        if (!device.empty())
+            ports.push_back(device);
+    m_port = makeList("port", ports, true, this);
+    m_port->setMinimumContentsLength(14);
+    m_speed = makeList("speed", m_model.speedList, false, this);
+    m_parity = makeList("parity", m_model.parityList, true, this);
+    m_dbits = makeList("dbits", m_model.dbitsList, true, this);
+    m_sbits = makeList("sbits", m_model.sbitsList, true, this);
+    m_acc = new QLineEdit(this);
+    m_acc->setObjectName(QStringLiteral("acc"));
+    m_acc->installEventFilter(this);
+
+    connect(m_port, &QComboBox::currentTextChanged, this,
+            [this](const QString& text) { portEdited(text); });
+    const std::pair<QComboBox*, std::string GpsSetupModel::*> lists[] = {
+        {m_speed, &GpsSetupModel::speed},
+        {m_parity, &GpsSetupModel::parity},
+        {m_dbits, &GpsSetupModel::dbits},
+        {m_sbits, &GpsSetupModel::sbits},
+    };
+    for (const auto& [box, member] : lists) {
+        connect(box, &QComboBox::currentTextChanged, this, [this, member](const QString& text) {
+            if (!m_rendering)
+                m_model.*member = text.toStdString();
+        });
+    }
+    connect(m_acc, &QLineEdit::textEdited, this,
+            [this](const QString& text) { m_model.acc = text.toStdString(); });
+
+    auto* form = new QFormLayout;
+    form->addRow(QStringLiteral("&Port"), m_port);
+    form->addRow(QStringLiteral("&Speed"), m_speed);
+    form->addRow(QStringLiteral("P&arity"), m_parity);
+    form->addRow(QStringLiteral("&Data bits"), m_dbits);
+    form->addRow(QStringLiteral("S&top bits"), m_sbits);
+    form->addRow(QStringLiteral("Accuracy (m)"), m_acc);
+
+    m_ok = new QPushButton(QStringLiteral("OK"), this);
+    m_ok->setObjectName(QStringLiteral("OKButton"));
+    m_ok->setDefault(true);
+    connect(m_ok, &QPushButton::clicked, this, [this] { okClicked(); });
+    m_cancel = new QPushButton(QStringLiteral("Cancel"), this);
+    m_cancel->setObjectName(QStringLiteral("CancelButton"));
+    m_cancel->setAutoDefault(false);
+    connect(m_cancel, &QPushButton::clicked, this, [this] { reject(); });
+
+    auto* buttons = new QHBoxLayout;
+    buttons->addStretch();
+    buttons->addWidget(m_ok);
+    buttons->addWidget(m_cancel);
+    auto* layout = new QVBoxLayout(this);
+    layout->addLayout(form);
+    layout->addLayout(buttons);
+
+    render();
+}
+
+bool frmGpsSetup::Edit(GpsSettings& settings, Dialogs& dialogs, QWidget* parent) {
+    GpsSetupModel model(settings, dialogs, QtSerialPort().ListPorts());
+    frmGpsSetup dialog(model, parent);
+    dialog.exec();
+    return model.Stored();
+}
+
+void frmGpsSetup::portEdited(const QString& text) {
+    if (m_rendering)
+        return;
+    // A number is a port number; anything else names the device itself.
+    const std::string typed = text.toStdString();
+    if (typed.empty() || IsNumber(typed)) {
+        m_model.port = typed;
+        m_model.Device.clear();
+    } else {
+        m_model.Device = typed;
+    }
+}
+
+void frmGpsSetup::okClicked() {
+    // The accuracy box may still hold a text that has not been left yet.
+    m_model.acc = m_acc->text().toStdString();
+    m_model.OKButton_Click();
+    render();
+    if (!m_model.Visible())
+        QDialog::accept();
+}
+
+void frmGpsSetup::reject() {
+    m_model.CancelButton_Click();
+    QDialog::reject();
+}
+
+void frmGpsSetup::selectAccuracy() {
+    if (!m_model.accSelected)
+        return;
+    m_model.accSelected = false;
+    m_acc->selectAll();
+    // Once more after a click, which places the cursor after focusing the box.
+    QTimer::singleShot(0, m_acc, [edit = m_acc] { edit->selectAll(); });
+}
+
+bool frmGpsSetup::eventFilter(QObject* watched, QEvent* event) {
+    if (watched != m_acc)
+        return QDialog::eventFilter(watched, event);
+    switch (event->type()) {
+    case QEvent::FocusIn:
+        m_model.acc_GotFocus();
+        selectAccuracy();
+        break;
+    case QEvent::FocusOut: {
+        const auto reason = static_cast<QFocusEvent*>(event)->reason();
+        // Another window (a message box) taking the focus is not leaving the box.
+        if (reason != Qt::PopupFocusReason && reason != Qt::ActiveWindowFocusReason) {
+            m_model.acc = m_acc->text().toStdString();
+            m_model.acc_Validate();
+            render();
+        }
+        break;
+    }
+    case QEvent::KeyPress: {
+        const int key = static_cast<QKeyEvent*>(event)->key();
+        if (key == Qt::Key_Return || key == Qt::Key_Enter) {
+            m_model.acc = m_acc->text().toStdString();
+            m_model.acc_KeyPress('\r');
+            render();
+            selectAccuracy();
+            return true; // Enter checks the value; it does not press OK
+        }
+        break;
+    }
+    default:
+        break;
+    }
+    return QDialog::eventFilter(watched, event);
+}
+
+void frmGpsSetup::render() {
+    const GpsSetupModel& m = m_model;
+    m_rendering = true;
+    showText(m_port, m.Device.empty() ? m.port : m.Device);
+    showText(m_speed, m.speed);
+    showText(m_parity, m.parity);
+    showText(m_dbits, m.dbits);
+    showText(m_sbits, m.sbits);
+    if (m_acc->text() != qs(m.acc))
+        m_acc->setText(qs(m.acc));
+    m_rendering = false;
+}
+
+} // namespace zav

@@ -1,0 +1,260 @@
+// The HTTP client, the XML look-up and the transfer and update checks against a real HTTP
+// server started inside the test on 127.0.0.1.
+#include "TestHttpServer.h"
+#include "report/ReportFixture.h"
+
+#include "platform/Version.h"
+#include "qt/services/QtHttpClient.h"
+#include "qt/services/QtXmlLookup.h"
+#include "report/TransferModel.h"
+#include "testsupport/FakePorts.h"
+#include "support/UpdateModel.h"
+#include "testsupport/FakeDialogs.h"
+
+#include <QElapsedTimer>
+#include <QTimer>
+
+#include <gtest/gtest.h>
+
+using namespace zav;
+using namespace zav::test;
+using namespace std::chrono_literals;
+
+TEST(QtXmlLookup, FirstElementOfTheNameAnywhereInDocumentOrder) {
+    QtXmlLookup xml;
+    const std::string doc = "<?xml version=\"1.0\"?><a><b><cc>1<i>5</i></cc></b><cc>2</cc>"
+                            "<empty/></a>";
+    EXPECT_EQ(xml.FirstElementText(doc, "cc"), "15");
+    EXPECT_EQ(xml.FirstElementText(doc, "i"), "5");
+    EXPECT_EQ(xml.FirstElementText(doc, "empty"), "");
+    EXPECT_EQ(xml.FirstElementText(doc, "a"), "152");
+    EXPECT_EQ(xml.FirstElementText(doc, "receipt"), std::nullopt);
+    EXPECT_EQ(xml.FirstElementText("Server busy, try later", "cc"), std::nullopt);
+    EXPECT_EQ(xml.FirstElementText("<cc>0</c>", "cc"), std::nullopt);
+    EXPECT_EQ(xml.FirstElementText("", "cc"), std::nullopt);
+    EXPECT_EQ(xml.FirstElementText("<r><cc>a &amp; b</cc></r>", "cc"), "a & b");
+}
+
+TEST(QtHttpClient, StatusAndBodyOfRealRepliesAndNoStatusWithoutOne) {
+    TestHttpServer server;
+    QtHttpClient http(5s);
+    int started = 0, finished = 0;
+    http.waitStarted = [&] { ++started; };
+    http.waitFinished = [&] { ++finished; };
+
+    server.reply(200, "<update/>");
+    HttpResponse r = http.Get(server.url("/Update.xml"));
+    EXPECT_EQ(r.status, 200);
+    EXPECT_EQ(r.body, "<update/>");
+    ASSERT_EQ(server.requests.size(), 1u);
+    EXPECT_EQ(server.requests[0].method, "GET");
+    EXPECT_EQ(server.requests[0].path, "/Update.xml");
+    EXPECT_EQ(started, 1);
+    EXPECT_EQ(finished, 1);
+
+    for (int status : {404, 500}) {
+        server.reply(status, "gone");
+        r = http.Post(server.url("/p"), "application/x-www-form-urlencoded", "a=1&b=%26");
+        EXPECT_EQ(r.status, status);
+        EXPECT_EQ(r.body, "gone");
+        EXPECT_EQ(server.requests.back().method, "POST");
+        EXPECT_EQ(server.requests.back().contentType, "application/x-www-form-urlencoded");
+        EXPECT_EQ(server.requests.back().body, "a=1&b=%26");
+    }
+
+    // Nobody listening: no reply at all.
+    QTcpServer closed;
+    ASSERT_TRUE(closed.listen(QHostAddress::LocalHost, 0));
+    const std::string nobody = "http://127.0.0.1:" + std::to_string(closed.serverPort()) + "/";
+    closed.close();
+    EXPECT_EQ(http.Get(nobody).status, 0);
+    EXPECT_EQ(http.Get("not a url").status, 0);
+}
+
+TEST(QtHttpClient, ServerThatNeverAnswersEndsInTheTimeOutAndAbortEndsTheWait) {
+    TestHttpServer server;
+    server.neverAnswer();
+    QtHttpClient http(1s);
+    QElapsedTimer clock;
+    clock.start();
+    const HttpResponse r = http.Get(server.url("/Update.xml"));
+    EXPECT_EQ(r.status, 0);
+    EXPECT_GE(clock.elapsed(), 900);
+    EXPECT_LT(clock.elapsed(), 20000);
+    EXPECT_EQ(server.requests.size(), 1u); // it did arrive
+
+    QtHttpClient patient(60s);
+    patient.waitStarted = [&patient] { QTimer::singleShot(50, [&patient] { patient.Abort(); }); };
+    clock.restart();
+    EXPECT_EQ(patient.Post(server.url("/p"), "text/plain", "x").status, 0);
+    EXPECT_LT(clock.elapsed(), 20000);
+}
+
+namespace {
+
+// The request body for the fixture's observation, written out by hand from the field list:
+// free text form-encoded, cells as displayed, time and position as stored.
+std::string expectedBody(const std::string& position, const std::string& user, int debug) {
+    return "Program=ZAV&Version=" + VersionText() +
+           "&ObsTime=20261121093015&Tester=G4ABC&Location=Hill+top&Environment=Rural"
+           "&Frequency=7%2E100&Receiver=IC%2D7300&Bandwidth=2400&MBW=33%2E80&MeasInt=0%2E500"
+           "&RxNF=6%2E00&Antenna=Dipole&AntGain=%2D2%2E15&AntFact=12%2E00&Attenuator=20%2E0"
+           "&AGC=20&Loss=1%2E5&RxAvg=-120.05&RxRms=-119.00&RxQp=-117.50&RxPk=-108.00"
+           "&FsAvg=-1.1&FsRms=0.0&FsQp=1.5&FsPk=11.0&NormAvg=-34.9&NormRms=-33.8"
+           "&NormQp=-32.3&NormPk=-22.8&QpRms=1.50&PkRms=11.00"
+           "&Notes=first+line%0D%0Asecond%09line+%26+more" +
+           position + "&username=" + user +
+           "&password=s%C3%A9cret+1&Email=a%40b%2Eorg&client=1&debug=" + std::to_string(debug);
+}
+
+struct ServerTransfer {
+    TestHttpServer server;
+    ReportFixture fixture;
+    TransferSettings settings;
+    TransferHistory history;
+    QtHttpClient http{1s};
+    QtXmlLookup xml;
+    FakeMailer mailer;
+    FakeClipboard clipboard;
+    FakeDialogs dialogs;
+
+    ServerTransfer() {
+        settings.username = "alice";
+        settings.password = "s\xC3\xA9"
+                            "cret 1"; // UTF-8, encoded byte by byte
+        settings.Email = "a@b.org";
+        settings.URL = server.hostAndPath("/collect.php");
+    }
+    TransferModel transfer() {
+        TransferModel m(fixture.source(), settings, history,
+                        {http, xml, mailer, clipboard, dialogs});
+        m.Form_Load();
+        m.OKButton_Click();
+        return m;
+    }
+};
+
+} // namespace
+
+TEST(TransferOverHttp, AcceptedWithReceiptExactBodyAndNoSecondRequest) {
+    ServerTransfer t;
+    t.settings.username = "*alice";
+    t.server.reply(200, "<?xml version=\"1.0\"?>\n<result><cc>0</cc>"
+                        "<receipt>ZAV-000123</receipt></result>");
+    TransferModel accepted = t.transfer();
+    EXPECT_EQ(accepted.Message, "Receipt: ZAV-000123");
+    EXPECT_EQ(accepted.OKButtonCaption, "Done");
+    EXPECT_TRUE(accepted.OKButtonVisible);
+    EXPECT_FALSE(accepted.CancelButtonVisible);
+    ASSERT_EQ(t.server.requests.size(), 1u);
+    EXPECT_EQ(t.server.requests[0].method, "POST");
+    EXPECT_EQ(t.server.requests[0].path, "/collect.php");
+    EXPECT_EQ(t.server.requests[0].contentType, "application/x-www-form-urlencoded");
+    EXPECT_EQ(t.server.requests[0].body, expectedBody("", "alice", 1));
+    accepted.OKButton_Click(); // "Done" closes and sends nothing
+    EXPECT_TRUE(accepted.CloseRequested);
+
+    EXPECT_EQ(t.transfer().Message,
+              "Error: observation already succesfully transfered, receipt ZAV-000123");
+    EXPECT_EQ(t.server.requests.size(), 1u);
+}
+
+TEST(TransferOverHttp, PositionTravelsLastAndUnencoded) {
+    ServerTransfer t;
+    t.fixture.observation.ObsLat = "51.500000";
+    t.fixture.observation.ObsLon = "-0.120000";
+    t.settings.URL = t.server.url("/collect.php"); // a scheme typed in is kept
+    t.server.reply(200, "<result><cc>0</cc><receipt>R</receipt></result>");
+    EXPECT_EQ(t.transfer().Message, "Receipt: R");
+    ASSERT_EQ(t.server.requests.size(), 1u);
+    EXPECT_EQ(t.server.requests[0].body,
+              expectedBody("&Latitude=51.500000&Longitude=-0.120000", "alice", 0));
+}
+
+TEST(TransferOverHttp, RefusalsAndFailuresShowTheDesignedMessages) {
+    struct Case {
+        int status;
+        std::string reply;
+        std::string message;
+    };
+    const Case cases[] = {
+        {200, "<result><cc>4</cc><reason>Unknown+user+%26+wrong%20password</reason></result>",
+         "Unknown user & wrong password"},
+        {200, "<result><receipt>R</receipt></result>",
+         "Error:<result><receipt>R</receipt></result>"},
+        {200, "Server busy, try later", "Error:Server busy, try later"},
+        {404, "<html>not here</html>", "Error: HTTP status code:404"},
+        {500, "<result><cc>0</cc></result>", "Error: HTTP status code:500"},
+    };
+    for (const Case& c : cases) {
+        ServerTransfer t;
+        t.server.reply(c.status, c.reply);
+        TransferModel m = t.transfer();
+        EXPECT_EQ(m.Message, c.message);
+        EXPECT_EQ(t.server.requests.size(), 1u);
+        EXPECT_TRUE(t.history.lastObsTime.empty());
+        EXPECT_FALSE(m.OKButtonVisible); // until the address box is left again
+        m.URL_LostFocus();
+        EXPECT_TRUE(m.OKButtonVisible);
+    }
+}
+
+TEST(TransferOverHttp, ServerThatNeverAnswersFailsLikeAnyRequest) {
+    ServerTransfer t;
+    t.server.neverAnswer();
+    EXPECT_EQ(t.transfer().Message, "Error: HTTP status code:0");
+    EXPECT_TRUE(t.history.lastObsTime.empty());
+}
+
+namespace {
+
+std::string checkUpdate(TestHttpServer& server, UpdateModel::Outcome* outcome = nullptr) {
+    QtHttpClient http(5s);
+    QtXmlLookup xml;
+    FakeUpdater updater;
+    FakeShell shell;
+    FakeDialogs dialogs;
+    UpdateModel m(server.url("/site/"), "/opt/zav", {http, xml, updater, shell, dialogs});
+    m.Form_Load();
+    if (outcome)
+        *outcome = m.outcome;
+    return m.Message;
+}
+
+std::string description(const std::string& url, const std::string& version) {
+    return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<update>\n  <program>ZAV</program>\n"
+           "  <url>" +
+           url + "</url>\n  <version>" + version + "</version>\n</update>\n";
+}
+
+} // namespace
+
+TEST(UpdateOverHttp, CurrentNewerShortVersionMissingFileAndForeignSite) {
+    TestHttpServer server;
+    server.reply(200, description("http://www.zav-noise.org/zav/", VersionText()));
+    UpdateModel::Outcome outcome{};
+    EXPECT_EQ(checkUpdate(server, &outcome), "Version " + VersionText() + " is current");
+    EXPECT_EQ(outcome, UpdateModel::Outcome::Current);
+    EXPECT_EQ(server.requests.back().path, "/site/Update.xml");
+
+    const std::string newer = std::to_string(kVersionMajor + 1) + ".0.0";
+    server.reply(200, description("http://www.zav-noise.org/zav/", newer));
+    EXPECT_EQ(checkUpdate(server, &outcome), "New version available: " + newer);
+    EXPECT_EQ(outcome, UpdateModel::Outcome::NewVersion);
+
+    server.reply(200, description("http://www.zav-noise.org/zav/", "2.2"));
+    EXPECT_EQ(checkUpdate(server), "Update site not responding properly.");
+
+    server.reply(404, "<html>no such file</html>", "text/html");
+    EXPECT_EQ(checkUpdate(server), "Update site not responding properly. HTTP status=404");
+
+    for (const char* foreign : {"http://www.example.com/other/", "https://www.zav-noise.org/zav/",
+                                "http://www.zav-noise.org/zav"}) {
+        server.reply(200, description(foreign, newer));
+        EXPECT_EQ(checkUpdate(server), "Update site not responding properly.") << foreign;
+    }
+
+    server.reply(200, "this is not XML");
+    EXPECT_EQ(checkUpdate(server, &outcome), "Update site not responding properly.");
+    EXPECT_EQ(outcome, UpdateModel::Outcome::SiteFailed);
+}

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <QProcessEnvironment>
+#include <QStringList>
+#include <QTemporaryDir>
+
+#include <string>
+
+namespace zav::test {
+
+// A private PulseAudio server for one test program, so that the audio adapters meet a real
+// sound system without a sound card: a null sink "zavsink" and a mono source "zavmic" that
+// records whatever is played into the sink. The program's own environment points at it
+// (XDG_RUNTIME_DIR, PULSE_SERVER), so Qt and the command-line tools all find it. Stopped by
+// "pactl exit" or by the process id it wrote, never by name.
+class PulseServer {
+public:
+    PulseServer();
+    ~PulseServer();
+    PulseServer(const PulseServer&) = delete;
+    PulseServer& operator=(const PulseServer&) = delete;
+
+    bool ok() const { return m_ok; }
+    const std::string& why() const { return m_why; }
+
+    // Runs pactl with `args`; its standard output, or nothing with `ok` false.
+    std::string Pactl(const QStringList& args, bool* ok = nullptr) const;
+    // Loads the remapped source "zavmic" again if it is gone, and makes it the default.
+    bool EnsureMicrophone();
+    // Unloads "zavmic" (the input vanishes as a pulled-out device does).
+    bool RemoveMicrophone();
+    void Stop();
+
+private:
+    QTemporaryDir m_dir;
+    QProcessEnvironment m_env;
+    qint64 m_pid = 0;
+    bool m_ok = false;
+    std::string m_why;
+};
+
+} // namespace zav::test

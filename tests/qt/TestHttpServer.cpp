@@ -1,0 +1,87 @@
+#include "TestHttpServer.h"
+
+#include <QTcpSocket>
+
+#include <memory>
+#include <stdexcept>
+
+namespace zav::test {
+namespace {
+
+const char* reasonPhrase(int status) {
+    switch (status) {
+    case 200:
+        return "OK";
+    case 404:
+        return "Not Found";
+    case 500:
+        return "Internal Server Error";
+    default:
+        return "Status";
+    }
+}
+
+} // namespace
+
+TestHttpServer::TestHttpServer() {
+    if (!m_server.listen(QHostAddress::LocalHost, 0))
+        throw std::runtime_error("cannot listen on 127.0.0.1");
+    QObject::connect(&m_server, &QTcpServer::newConnection, [this] {
+        while (QTcpSocket* socket = m_server.nextPendingConnection())
+            serve(socket);
+    });
+}
+
+TestHttpServer::~TestHttpServer() {
+    m_server.close();
+}
+
+std::string TestHttpServer::hostAndPath(const std::string& path) const {
+    return "127.0.0.1:" + std::to_string(m_server.serverPort()) + path;
+}
+
+void TestHttpServer::reply(int status, std::string body, std::string contentType) {
+    m_status = status;
+    m_body = std::move(body);
+    m_contentType = std::move(contentType);
+    m_answer = true;
+}
+
+void TestHttpServer::serve(QTcpSocket* socket) {
+    QObject::connect(socket, &QTcpSocket::disconnected, socket, &QObject::deleteLater);
+    auto buffer = std::make_shared<QByteArray>();
+    QObject::connect(socket, &QTcpSocket::readyRead, socket, [this, socket, buffer] {
+        *buffer += socket->readAll();
+        const qsizetype headerEnd = buffer->indexOf("\r\n\r\n");
+        if (headerEnd < 0)
+            return;
+        const QList<QByteArray> lines = buffer->left(headerEnd).split('\n');
+        const QList<QByteArray> first = lines.value(0).trimmed().split(' ');
+        Request request{first.value(0).toStdString(), first.value(1).toStdString(), "", ""};
+        qsizetype length = 0;
+        for (const QByteArray& line : lines.mid(1)) {
+            const qsizetype colon = line.indexOf(':');
+            const QByteArray name = line.left(colon).trimmed().toLower();
+            const QByteArray value = line.mid(colon + 1).trimmed();
+            if (name == "content-length")
+                length = value.toLongLong();
+            else if (name == "content-type")
+                request.contentType = value.toStdString();
+        }
+        if (buffer->size() < headerEnd + 4 + length)
+            return; // the body is still on its way
+        request.body = buffer->mid(headerEnd + 4, length).toStdString();
+        requests.push_back(request);
+        buffer->clear();
+        if (!m_answer)
+            return;
+        const std::string head = "HTTP/1.1 " + std::to_string(m_status) + " " +
+                                 reasonPhrase(m_status) + "\r\nContent-Type: " + m_contentType +
+                                 "\r\nContent-Length: " + std::to_string(m_body.size()) +
+                                 "\r\nConnection: close\r\n\r\n";
+        socket->write(QByteArray::fromStdString(head + m_body));
+        socket->disconnectFromHost();
+    });
+}
+
+} // namespace zav::test

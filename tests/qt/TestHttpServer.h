@@ -1,0 +1,45 @@
+#pragma once
+
+#include <QTcpServer>
+
+#include <string>
+#include <vector>
+
+namespace zav::test {
+
+// A small HTTP server on 127.0.0.1 with a port of the system's choosing, living in the test's
+// own thread: it answers while the client under test waits in its event loop. Every request
+// gets the same canned reply, or none at all.
+class TestHttpServer {
+public:
+    struct Request {
+        std::string method;
+        std::string path;
+        std::string contentType;
+        std::string body;
+    };
+
+    TestHttpServer();
+    ~TestHttpServer();
+
+    // "127.0.0.1:PORT" followed by `path`, and the same with "http://" in front.
+    std::string hostAndPath(const std::string& path) const;
+    std::string url(const std::string& path) const { return "http://" + hostAndPath(path); }
+
+    void reply(int status, std::string body, std::string contentType = "text/xml");
+    // Reads requests but never answers: the client's time-out has to end the wait.
+    void neverAnswer() { m_answer = false; }
+
+    std::vector<Request> requests;
+
+private:
+    void serve(QTcpSocket* socket);
+
+    QTcpServer m_server;
+    int m_status = 200;
+    std::string m_body;
+    std::string m_contentType = "text/xml";
+    bool m_answer = true;
+};
+
+} // namespace zav::test

@@ -1,0 +1,201 @@
+// The transfer, update and about dialogs bind their models; the busy window follows a wait.
+#include "../TestHttpServer.h"
+#include "report/ReportFixture.h"
+
+#include "qt/services/QtHttpClient.h"
+#include "qt/widgets/AboutDialog.h"
+#include "qt/widgets/BusyIndicator.h"
+#include "qt/widgets/TransferDialog.h"
+#include "qt/widgets/UpdateDialog.h"
+#include "report/TransferModel.h"
+#include "support/AboutModel.h"
+#include "testsupport/FakePorts.h"
+#include "support/UpdateModel.h"
+#include "testsupport/FakeDialogs.h"
+
+#include <QApplication>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+#include <QProgressDialog>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QTest>
+#include <QTimer>
+
+#include <gtest/gtest.h>
+
+using namespace zav;
+using namespace zav::test;
+using namespace std::chrono_literals;
+
+namespace {
+
+template <typename T> T* child(QWidget& parent, const char* name) {
+    T* found = parent.findChild<T*>(QString::fromLatin1(name));
+    EXPECT_NE(found, nullptr) << name;
+    return found;
+}
+
+struct TransferDesk {
+    ReportFixture fixture;
+    TransferSettings settings;
+    TransferHistory history;
+    FakeHttp http;
+    FakeXml xml;
+    FakeMailer mailer;
+    FakeClipboard clipboard;
+    FakeDialogs dialogs;
+    TransferModel model{
+        fixture.source(), settings, history, {http, xml, mailer, clipboard, dialogs}};
+
+    TransferDesk() {
+        settings.username = "alice";
+        settings.URL = "collect.example.org/p";
+        settings.AtfEmail = "obs@example.org";
+        http.reply = {200, "<r/>"};
+        xml.elements = {{"cc", "0"}, {"receipt", "R-9"}};
+    }
+};
+
+} // namespace
+
+TEST(TransferDialog, ShowsTheModelAndCarriesTypingClicksAndFocusToIt) {
+    TransferDesk desk;
+    TransferDialog dialog(desk.model);
+    dialog.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&dialog));
+    EXPECT_EQ(dialog.windowTitle(), "ZAV - Transfer results");
+    auto* url = child<QLineEdit>(dialog, "URL");
+    auto* ok = child<QPushButton>(dialog, "OKButton");
+    auto* cancel = child<QPushButton>(dialog, "CancelButton");
+    auto* message = child<QPlainTextEdit>(dialog, "Message");
+    EXPECT_EQ(child<QLineEdit>(dialog, "username")->text(), "alice");
+    EXPECT_EQ(url->text(), "collect.example.org/p");
+    EXPECT_TRUE(message->toPlainText().startsWith("This facility is for transfer"));
+    EXPECT_TRUE(ok->isVisible());
+
+    // Emptying the address and leaving the box hides OK; the e-mail option shows it again.
+    url->setFocus();
+    url->selectAll();
+    QTest::keyClick(url, Qt::Key_Delete);
+    EXPECT_EQ(desk.model.URL, "");
+    child<QLineEdit>(dialog, "Email")->setFocus();
+    QApplication::processEvents();
+    EXPECT_FALSE(ok->isVisible());
+    child<QRadioButton>(dialog, "OptionEmail")->click();
+    EXPECT_TRUE(desk.model.OptionEmail);
+    EXPECT_TRUE(ok->isVisible());
+    child<QRadioButton>(dialog, "OptionOnline")->click();
+    EXPECT_FALSE(ok->isVisible());
+    url->setFocus();
+    QTest::keyClicks(url, "server.example/p");
+    EXPECT_EQ(desk.model.URL, "server.example/p");
+    child<QLineEdit>(dialog, "Email")->setFocus();
+    QApplication::processEvents();
+    ASSERT_TRUE(ok->isVisible());
+
+    QTest::mouseClick(ok, Qt::LeftButton);
+    ASSERT_EQ(desk.http.requests.size(), 1u);
+    EXPECT_EQ(desk.http.requests[0].url, "http://server.example/p");
+    EXPECT_EQ(message->toPlainText(), "Receipt: R-9");
+    EXPECT_EQ(ok->text(), "Done");
+    EXPECT_TRUE(ok->hasFocus());
+    EXPECT_FALSE(cancel->isVisible());
+
+    QTest::mouseDClick(message->viewport(), Qt::LeftButton);
+    EXPECT_EQ(desk.clipboard.texts, std::vector<std::string>{"Receipt: R-9"});
+
+    QTest::mouseClick(ok, Qt::LeftButton); // "Done"
+    EXPECT_FALSE(dialog.isVisible());
+    EXPECT_EQ(dialog.result(), QDialog::Accepted);
+    EXPECT_EQ(desk.settings.URL, "server.example/p"); // written back on closing
+}
+
+TEST(TransferDialog, ClosingAnyWayWritesTheFieldsBack) {
+    TransferDesk desk;
+    TransferDialog dialog(desk.model);
+    dialog.show();
+    QTest::keyClicks(child<QLineEdit>(dialog, "username"), "2");
+    dialog.reject(); // Escape or the window's close box
+    EXPECT_EQ(desk.settings.username, "alice2");
+    EXPECT_TRUE(desk.http.requests.empty());
+}
+
+TEST(UpdateDialog, ChecksOnLoadAndShowsTheButtonsTheModelAllows) {
+    FakeHttp http;
+    FakeXml xml;
+    FakeUpdater updater;
+    FakeShell shell;
+    FakeDialogs dialogs;
+    http.reply = {200, "<u/>"};
+    xml.elements = {{"url", "http://www.zav-noise.org/zav/"}, {"version", "99.0.0"}};
+    updater.version = "1.0.0";
+    UpdateModel model("http://site.example/", "/opt/zav", {http, xml, updater, shell, dialogs});
+    UpdateDialog dialog(model);
+    dialog.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&dialog));
+    EXPECT_EQ(dialog.windowTitle(), "Check for updates");
+    EXPECT_EQ(http.requests.size(), 1u);
+    EXPECT_EQ(child<QLabel>(dialog, "Message")->text(), "New version available: 99.0.0");
+    auto* support = child<QPushButton>(dialog, "btnSupport");
+    EXPECT_TRUE(support->isVisible());
+    EXPECT_EQ(support->text(), "Open download page");
+    EXPECT_TRUE(child<QPushButton>(dialog, "btnKwupdater")->isEnabled());
+    QTest::mouseClick(support, Qt::LeftButton);
+    EXPECT_EQ(shell.opened, std::vector<std::string>{"http://site.example/support.htm#download"});
+    EXPECT_FALSE(dialog.isVisible());
+
+    http.reply.status = 404;
+    updater.version.clear();
+    UpdateModel failed("http://site.example/", "/opt/zav", {http, xml, updater, shell, dialogs});
+    UpdateDialog second(failed);
+    second.show();
+    EXPECT_FALSE(child<QPushButton>(second, "btnSupport")->isVisible());
+    EXPECT_FALSE(child<QPushButton>(second, "btnKwupdater")->isEnabled());
+}
+
+TEST(AboutDialog, ShowsCaptionVersionAndDisclaimerAndOpensTheLicence) {
+    FakeShell shell;
+    FakeDialogs dialogs;
+    FakeSystemInfo info;
+    AboutModel model("/opt/zav", {shell, dialogs, info});
+    AboutDialog dialog(model);
+    dialog.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&dialog));
+    EXPECT_EQ(dialog.windowTitle(), "About ZAV");
+    EXPECT_EQ(child<QLabel>(dialog, "lblTitle")->text(), "ZAV");
+    EXPECT_EQ(child<QLabel>(dialog, "lblVersion")->text().toStdString(), model.lblVersion);
+    EXPECT_EQ(child<QLabel>(dialog, "lblDisclaimer")->text(),
+              "Disclaimer:\nUse at your own risk, see licence for warranty statement.");
+    QTest::mouseClick(child<QPushButton>(dialog, "Licence"), Qt::LeftButton);
+    EXPECT_EQ(shell.opened, std::vector<std::string>{"/opt/zav/licence.txt"});
+    EXPECT_TRUE(dialog.isVisible());
+    QTest::mouseClick(child<QPushButton>(dialog, "cmdOK"), Qt::LeftButton);
+    EXPECT_FALSE(dialog.isVisible());
+}
+
+TEST(BusyIndicator, ModalWindowWhileWaitingWhoseCancelEndsTheRequest) {
+    TestHttpServer server;
+    server.neverAnswer();
+    QWidget window;
+    window.show();
+    QtHttpClient http(60s);
+    ShowBusyWhileWaiting(http, &window, "Waiting for the server");
+    QString shownText;
+    bool wasModal = false;
+    QTimer::singleShot(700, [&] {
+        auto* busy = window.findChild<QProgressDialog*>();
+        ASSERT_NE(busy, nullptr);
+        shownText = busy->labelText();
+        wasModal = busy->isVisible() && QApplication::activeModalWidget() == busy;
+        auto* cancel = busy->findChild<QPushButton*>();
+        ASSERT_NE(cancel, nullptr);
+        QTest::mouseClick(cancel, Qt::LeftButton);
+    });
+    EXPECT_EQ(http.Get(server.url("/Update.xml")).status, 0);
+    EXPECT_EQ(shownText, "Waiting for the server");
+    EXPECT_TRUE(wasModal);
+    QApplication::processEvents();
+    EXPECT_EQ(window.findChild<QProgressDialog*>(), nullptr);
+}

@@ -1,0 +1,362 @@
+// The position dialog on the real serial adapter, against a socat pseudo-terminal pair: the test
+// writes NMEA into one end as a receiver would, the dialog reads the other.
+#include "qt/widgets/frmGetPosition.h"
+
+#include "app/GetPosition.h"
+#include "config/GpsSettings.h"
+#include "config/SetupRecord.h"
+#include "gps/GetPositionModel.h"
+#include "gps/NmeaTestSupport.h"
+#include "platform/Beeper.h"
+#include "platform/Format.h"
+#include "qt/services/QtSerialPort.h"
+
+#include <QApplication>
+#include <QFileInfo>
+#include <QLabel>
+#include <QLineEdit>
+#include <QProcess>
+#include <QPushButton>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTimer>
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <cmath>
+#include <csignal>
+#include <cstring>
+#include <fcntl.h>
+#include <functional>
+#include <memory>
+#include <unistd.h>
+#include <utility>
+#include <vector>
+
+using namespace zav;
+
+namespace {
+
+// whatever is written to the "in" end can be read from the "out" end.
+class PtyPair {
+public:
+    PtyPair() {
+        m_in = m_dir.filePath("gps-in").toStdString();
+        m_out = m_dir.filePath("gps-out").toStdString();
+        m_socat.start("socat", {"pty,raw,echo=0,link=" + QString::fromStdString(m_in),
+                                "pty,raw,echo=0,link=" + QString::fromStdString(m_out)});
+        if (m_socat.waitForStarted(5000))
+            (void)QTest::qWaitFor([&] { return exists(m_in) && exists(m_out); }, 5000);
+    }
+    ~PtyPair() {
+        if (m_writer >= 0)
+            ::close(m_writer);
+        stop();
+    }
+    bool ready() const { return m_socat.state() == QProcess::Running && exists(m_out); }
+    const std::string& out() const { return m_out; }
+
+    void write(const std::string& bytes) {
+        if (m_writer < 0)
+            m_writer = ::open(m_in.c_str(), O_RDWR | O_NOCTTY);
+        ASSERT_GE(m_writer, 0) << std::strerror(errno);
+        ASSERT_EQ(::write(m_writer, bytes.data(), bytes.size()),
+                  static_cast<ssize_t>(bytes.size()));
+    }
+    // Ends socat by its process id: the line goes as if the receiver were unplugged.
+    void stop() {
+        if (m_socat.state() == QProcess::NotRunning)
+            return;
+        ::kill(static_cast<pid_t>(m_socat.processId()), SIGTERM);
+        m_socat.waitForFinished(5000);
+    }
+
+private:
+    static bool exists(const std::string& path) {
+        return QFileInfo::exists(QString::fromStdString(path));
+    }
+    QTemporaryDir m_dir;
+    QProcess m_socat;
+    std::string m_in;
+    std::string m_out;
+    int m_writer = -1;
+};
+
+class CountingBeeper : public Beeper {
+public:
+    std::vector<std::pair<int, int>> beeps;
+    void Beep(int frequencyHz, int durationMs) override {
+        beeps.emplace_back(frequencyHz, durationMs);
+    }
+};
+
+std::string line(const std::string& body) {
+    return test::Sentence(body);
+}
+
+// A fix as "ddmm.mmmm,H,dddmm.mmmm,H" with the given HDOP, quality 1.
+std::string fix(const std::string& position, const std::string& hdop) {
+    return line("GPGGA,095257.809," + position + ",1,08," + hdop + ",4.0,M,42.2,M,,");
+}
+
+GpsSettings onDevice(const std::string& device) {
+    GpsSettings settings; // Acc 10 m
+    settings.Device = device;
+    return settings;
+}
+
+QString text(const QDialog& dialog, const char* name) {
+    if (auto* box = dialog.findChild<QLineEdit*>(QString::fromLatin1(name)))
+        return box->text();
+    if (auto* label = dialog.findChild<QLabel*>(QString::fromLatin1(name)))
+        return label->text();
+    ADD_FAILURE() << "no control " << name;
+    return {};
+}
+
+QColor hdopColour(const QDialog& dialog) {
+    return dialog.findChild<QLineEdit*>("HDOP")->palette().color(QPalette::Text);
+}
+
+QPushButton* button(const QDialog& dialog, const char* name) {
+    return dialog.findChild<QPushButton*>(QString::fromLatin1(name));
+}
+
+// The capture dialog while it runs modally.
+frmGetPosition* openCapture() {
+    for (QWidget* w : QApplication::topLevelWidgets())
+        if (auto* d = qobject_cast<QDialog*>(w); d && d->objectName() == "frmGetPosition")
+            if (d->isVisible())
+                return static_cast<frmGetPosition*>(d);
+    return nullptr;
+}
+
+// Runs `act` on the modal capture dialog once it is up. A dialog still open after `limitMs`
+// is cancelled, so that a broken close fails the test instead of hanging it; the limit ends
+// with the returned timer.
+[[nodiscard]] std::unique_ptr<QTimer> whileModal(std::function<void(frmGetPosition&)> act,
+                                                 int limitMs = 10000) {
+    QTimer::singleShot(0, [act = std::move(act)] {
+        if (QTest::qWaitFor([] { return openCapture() != nullptr; }, 5000))
+            act(*openCapture());
+    });
+    auto limit = std::make_unique<QTimer>();
+    limit->setSingleShot(true);
+    QObject::connect(limit.get(), &QTimer::timeout, [] {
+        if (frmGetPosition* d = openCapture()) {
+            ADD_FAILURE() << "the capture dialog did not close";
+            d->reject();
+        }
+    });
+    limit->start(limitMs);
+    return limit;
+}
+
+class GetPositionDialog : public ::testing::Test {
+protected:
+    void SetUp() override {
+        if (!pty.ready())
+            GTEST_SKIP() << "socat could not make a pseudo-terminal pair";
+    }
+    // Writes `bytes` and waits until the dialog shows `name` as `expected`.
+    void send(const QDialog& dialog, const std::string& bytes, const char* name,
+              const QString& expected) {
+        pty.write(bytes);
+        EXPECT_TRUE(QTest::qWaitFor([&] { return text(dialog, name) == expected; }, 5000))
+            << name << " shows " << text(dialog, name).toStdString() << ", not "
+            << expected.toStdString();
+    }
+    // The pseudo-terminal can be opened again: nothing holds it any more.
+    bool released() {
+        QtSerialPort probe;
+        probe.SetDevice(pty.out());
+        return probe.SetPortOpen(true) == 0;
+    }
+
+    PtyPair pty;
+    CountingBeeper beeper;
+};
+
+} // namespace
+
+TEST_F(GetPositionDialog, ShowsLinesHdopColourCountAccuracyAndAverages) {
+    QtSerialPort port;
+    frmGetPosition dialog(onDevice(pty.out()), port, beeper, true);
+    dialog.show();
+    EXPECT_EQ(dialog.windowTitle(), "Get Position");
+    EXPECT_TRUE(port.PortOpen());
+    EXPECT_EQ(text(dialog, "lblfix"), "Fix lost");
+    EXPECT_EQ(text(dialog, "record"), "");
+    const QColor normal = dialog.palette().color(QPalette::Text);
+    // Held still, so that what shows below is shown as the lines arrive.
+    QTimer* timer1 = dialog.findChild<QTimer*>("Timer1");
+    ASSERT_NE(timer1, nullptr);
+    timer1->stop();
+
+    // S 33° 51.1234' is -33.852057; E 151° 12.5000' is 151.208333.
+    const std::string first = fix("3351.1234,S,15112.5000,E", "3.0");
+    send(dialog, first + "\r\n", "ct", "1");
+    EXPECT_EQ(text(dialog, "record").toStdString(), first);
+    EXPECT_EQ(text(dialog, "HDOP"), "3.0");
+    EXPECT_EQ(hdopColour(dialog), QColor(255, 128, 0)); // between Acc/4 and Acc/3
+    EXPECT_EQ(text(dialog, "lblfix"), "Fix obtained");
+    EXPECT_EQ(text(dialog, "latl"), "-33.852057");
+    EXPECT_EQ(text(dialog, "lonl"), "151.208333");
+    EXPECT_EQ(text(dialog, "lat"), "-33.852057");
+    EXPECT_EQ(text(dialog, "lon"), "151.208333");
+    EXPECT_EQ(text(dialog, "acc"), "12.00"); // 4 x HDOP 3.0
+
+    // Above Acc/3: red, and not averaged. Split mid-sentence, as a port delivers it.
+    const std::string poor = fix("3300.0000,S,15100.0000,E", "3.4") + "\r\n";
+    pty.write(poor.substr(0, 20));
+    send(dialog, poor.substr(20), "HDOP", "3.4");
+    EXPECT_EQ(hdopColour(dialog), QColor(255, 0, 0));
+    EXPECT_EQ(text(dialog, "ct"), "1");
+    EXPECT_EQ(text(dialog, "latl"), "-33.852057");
+
+    // At Acc/4 the normal colour; the averages move to the mean of the two fixes.
+    send(dialog, fix("3351.1240,S,15112.5060,E", "2.5") + "\r\n", "ct", "2");
+    EXPECT_EQ(hdopColour(dialog), normal);
+    EXPECT_EQ(text(dialog, "latl"), "-33.852067");
+    EXPECT_EQ(text(dialog, "lat").toStdString(),
+              Format(-(33 + (51.1234 + 51.1240) / 2 / 60), "00.000000"));
+    EXPECT_EQ(text(dialog, "lon").toStdString(),
+              Format(151 + (12.5 + 12.506) / 2 / 60, "000.000000"));
+    EXPECT_EQ(text(dialog, "acc").toStdString(),
+              Format(4 * std::sqrt((3.0 * 3.0 + 2.5 * 2.5) / 2), "0.00"));
+
+    // Losing the fix empties HDOP; any other sentence is only shown.
+    send(dialog, line("GPGGA,095300.000,,,,,0,00,,,M,,M,,") + "\r\n", "lblfix", "Fix lost");
+    EXPECT_EQ(text(dialog, "HDOP"), "");
+    const std::string rmc = line("GPRMC,095301.000,V,,,,,,,080407,,");
+    send(dialog, rmc + "\r\n", "record", QString::fromStdString(rmc));
+    EXPECT_EQ(text(dialog, "ct"), "2");
+
+    // Averages above the wanted 10 m: the timer leaves the dialog open.
+    timer1->start();
+    QTest::qWait(1300);
+    EXPECT_TRUE(dialog.isVisible());
+    EXPECT_TRUE(beeper.beeps.empty());
+
+    QTest::keyClick(&dialog, Qt::Key_Escape);
+    EXPECT_FALSE(dialog.isVisible());
+    EXPECT_EQ(dialog.result(), QDialog::Rejected);
+    EXPECT_FALSE(port.PortOpen());
+    EXPECT_TRUE(released());
+    SetupRecord setup;
+    dialog.model().ApplyTo(setup);
+    EXPECT_EQ(setup.lat, "");
+}
+
+TEST_F(GetPositionDialog, ClosesByItselfAndOkFillsThePosition) {
+    SetupRecord setup;
+    setup.lat = "1.000000";
+    setup.lon = "2.000000";
+    CommandStates commands;
+    commands.Step2 = commands.Step3 = true;
+    bool seenOpen = false;
+    const auto limit = whileModal([&](frmGetPosition& dialog) {
+        seenOpen = true;
+        // The old position went before the dialog came up.
+        EXPECT_EQ(setup.lat, "");
+        EXPECT_EQ(setup.lon, "");
+        pty.write(fix("4807.0380,N,01131.0000,E", "1.0") + "\r\n");
+        EXPECT_TRUE(QTest::qWaitFor([&] { return text(dialog, "ct") == "1"; }, 5000));
+        pty.write(fix("4807.0400,N,01131.0060,E", "1.0") + "\r\n");
+    });
+    const FocusTarget focus = btnGetPos_Click(setup, commands, [&](SetupRecord& s) {
+        frmGetPosition::Capture(s, onDevice(pty.out()), beeper, true, '.');
+    });
+    ASSERT_TRUE(seenOpen);
+    // Two fixes at HDOP 1.0: 4.00 m is within 10 m, so the timer pressed OK with a beep.
+    EXPECT_EQ(setup.lat, Format(48 + (7.038 + 7.04) / 2 / 60, "00.000000"));
+    EXPECT_EQ(setup.lon, Format(11 + (31.0 + 31.006) / 2 / 60, "000.000000"));
+    EXPECT_EQ(beeper.beeps, (std::vector<std::pair<int, int>>{{2000, 100}}));
+    EXPECT_EQ(focus, FocusTarget::Step3);
+    EXPECT_TRUE(released());
+}
+
+TEST_F(GetPositionDialog, CancelLeavesThePositionEmpty) {
+    SetupRecord setup;
+    setup.lat = "1.000000";
+    setup.lon = "2.000000";
+    CommandStates commands;
+    commands.Step2 = true;
+    const auto limit = whileModal([&](frmGetPosition& dialog) {
+        pty.write(fix("4807.0380,N,01131.0000,E", "1.0") + "\r\n");
+        EXPECT_TRUE(QTest::qWaitFor([&] { return text(dialog, "ct") == "1"; }, 5000));
+        EXPECT_EQ(text(dialog, "lat"), "48.117300");
+        QTest::mouseClick(button(dialog, "CancelButton"), Qt::LeftButton);
+    });
+    // Without the Beep option the automatic close would be silent; here Cancel comes first.
+    const FocusTarget focus = btnGetPos_Click(setup, commands, [&](SetupRecord& s) {
+        frmGetPosition::Capture(s, onDevice(pty.out()), beeper, false, '.');
+    });
+    EXPECT_EQ(setup.lat, "");
+    EXPECT_EQ(setup.lon, "");
+    EXPECT_EQ(focus, FocusTarget::Step2);
+    EXPECT_TRUE(beeper.beeps.empty());
+    EXPECT_TRUE(released());
+
+    // No step but the first one available: the focus goes there.
+    bool shown = false;
+    EXPECT_EQ(btnGetPos_Click(setup, CommandStates{}, [&](SetupRecord&) { shown = true; }),
+              FocusTarget::Step1);
+    EXPECT_TRUE(shown);
+}
+
+TEST_F(GetPositionDialog, SerialErrorsShowInTheRecordBox) {
+    // A port another program holds: the error shows, the dialog stays, OK copies nothing.
+    QtSerialPort holder;
+    holder.SetDevice(pty.out());
+    ASSERT_EQ(holder.SetPortOpen(true), 0);
+    {
+        QtSerialPort port;
+        frmGetPosition busy(onDevice(pty.out()), port, beeper, false);
+        busy.show();
+        EXPECT_EQ(text(busy, "record"), "Error: Port In Use");
+        EXPECT_TRUE(busy.isVisible());
+        QTest::mouseClick(button(busy, "OKButton"), Qt::LeftButton);
+        EXPECT_EQ(busy.result(), QDialog::Accepted);
+        SetupRecord setup;
+        setup.lat = "5.000000";
+        busy.model().ApplyTo(setup);
+        EXPECT_EQ(setup.lat, "");
+        EXPECT_EQ(setup.lon, "");
+    }
+    holder.SetPortOpen(false);
+
+    QtSerialPort nowhere;
+    frmGetPosition missing(onDevice(pty.out() + "-missing"), nowhere, beeper, false);
+    EXPECT_EQ(text(missing, "record"), "Error: Invalid port number");
+
+    // The line going away mid-capture is shown as it happens, and the fix so far is kept.
+    QtSerialPort port;
+    frmGetPosition dialog(onDevice(pty.out()), port, beeper, false);
+    dialog.show();
+    dialog.findChild<QTimer*>("Timer1")->stop(); // the error must show by itself
+    send(dialog, fix("3908.8199,N,00023.0832,W", "2.1") + "\r\n", "ct", "1");
+    pty.stop();
+    EXPECT_TRUE(QTest::qWaitFor(
+        [&] {
+            return text(dialog, "record") == "Error: Operation valid only when the port is open";
+        },
+        5000))
+        << text(dialog, "record").toStdString();
+    EXPECT_FALSE(port.PortOpen());
+    EXPECT_EQ(text(dialog, "lon"), "-000.384720");
+    dialog.close(); // the window's close button: the same as Cancel
+    EXPECT_EQ(dialog.result(), QDialog::Rejected);
+    EXPECT_EQ(dialog.model().result(), GetPositionModel::Result::Cancel);
+}
+
+TEST_F(GetPositionDialog, DestroyingAnOpenDialogReleasesThePort) {
+    QtSerialPort port;
+    {
+        frmGetPosition dialog(onDevice(pty.out()), port, beeper, false);
+        ASSERT_TRUE(port.PortOpen());
+    }
+    EXPECT_FALSE(port.PortOpen());
+    EXPECT_TRUE(released());
+}

@@ -1,0 +1,277 @@
+#include "qt/widgets/frmGpsSetup.h"
+
+#include "config/GpsSettings.h"
+#include "gps/GpsSetupModel.h"
+#include "platform/Version.h"
+#include "testsupport/FakeDialogs.h"
+
+#include <QApplication>
+#include <QComboBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTest>
+#include <QTimer>
+
+#include <gtest/gtest.h>
+
+#include <memory>
+
+using namespace zav;
+
+namespace {
+
+// The dialog over a real model and the settings it edits.
+struct Desk {
+    GpsSettings settings;
+    test::FakeDialogs dialogs;
+    std::unique_ptr<GpsSetupModel> model;
+    std::unique_ptr<frmGpsSetup> dialog;
+
+    void open(std::vector<std::string> devices = {}) {
+        dialog.reset();
+        model = std::make_unique<GpsSetupModel>(settings, dialogs, std::move(devices));
+        dialog = std::make_unique<frmGpsSetup>(*model);
+        dialog->show();
+        QApplication::setActiveWindow(dialog.get());
+        QTest::qWait(20);
+    }
+
+    QComboBox* list(const char* name) const {
+        auto* box = dialog->findChild<QComboBox*>(QString::fromLatin1(name));
+        EXPECT_NE(box, nullptr) << name;
+        return box;
+    }
+    QLineEdit* acc() const { return dialog->findChild<QLineEdit*>("acc"); }
+    QPushButton* button(const char* name) const {
+        return dialog->findChild<QPushButton*>(QString::fromLatin1(name));
+    }
+    std::string shown(const char* name) const { return list(name)->currentText().toStdString(); }
+
+    // Replaces the text of an editable list by typing.
+    void type(const char* name, const QString& text) const {
+        QComboBox* box = list(name);
+        box->setFocus();
+        box->lineEdit()->selectAll();
+        QTest::keyClicks(box->lineEdit(), text);
+    }
+    // Picks an entry of a list as the keyboard does: focus it and type its start.
+    void pick(const char* name, const QString& entry) const {
+        QComboBox* box = list(name);
+        box->setFocus();
+        // Keys typed within the interval continue the previous search.
+        QTest::qWait(QApplication::keyboardInputInterval() + 50);
+        QTest::keyClicks(box, entry);
+        EXPECT_EQ(box->currentText(), entry);
+    }
+    void click(const char* name) const { QTest::mouseClick(button(name), Qt::LeftButton); }
+};
+
+void expectSettings(const GpsSettings& s, const GpsSettings& expected) {
+    EXPECT_EQ(s.Port, expected.Port);
+    EXPECT_EQ(s.Speed, expected.Speed);
+    EXPECT_EQ(s.Parity, expected.Parity);
+    EXPECT_EQ(s.Dbits, expected.Dbits);
+    EXPECT_EQ(s.Sbits, expected.Sbits);
+    EXPECT_EQ(s.Acc, expected.Acc);
+    EXPECT_EQ(s.Device, expected.Device);
+}
+
+} // namespace
+
+TEST(GpsSetupDialog, ShowsTheSettingsAndOffersNumbersAndDevices) {
+    Desk d;
+    d.settings.Port = 3;
+    d.settings.Parity = "E";
+    d.settings.Sbits = 2;
+    d.settings.Acc = 25;
+    d.open({"/dev/ttyUSB0", "/dev/ttyACM0"});
+    EXPECT_EQ(d.dialog->windowTitle(), "GPS setup");
+    EXPECT_EQ(d.shown("port"), "3");
+    EXPECT_EQ(d.shown("speed"), "4800");
+    EXPECT_EQ(d.shown("parity"), "E");
+    EXPECT_EQ(d.shown("dbits"), "8");
+    EXPECT_EQ(d.shown("sbits"), "2");
+    EXPECT_EQ(d.acc()->text(), "25");
+
+    QComboBox* port = d.list("port");
+    ASSERT_EQ(port->count(), 101);
+    for (int i = 0; i < 99; ++i)
+        EXPECT_EQ(port->itemText(i), QString::number(i + 1));
+    EXPECT_EQ(port->itemText(99), "/dev/ttyUSB0");
+    EXPECT_EQ(port->itemText(100), "/dev/ttyACM0");
+    QStringList speeds;
+    for (int i = 0; i < d.list("speed")->count(); ++i)
+        speeds << d.list("speed")->itemText(i);
+    EXPECT_EQ(speeds, QStringList({"1200", "2400", "4800", "9600", "19200", "38400"}));
+    EXPECT_TRUE(d.list("parity")->isEditable());
+    EXPECT_TRUE(d.list("dbits")->isEditable());
+    EXPECT_TRUE(d.list("sbits")->isEditable());
+    bool labelled = false;
+    for (QLabel* label : d.dialog->findChildren<QLabel*>())
+        labelled |= label->text() == "Accuracy (m)" && label->buddy() == d.acc();
+    EXPECT_TRUE(labelled);
+
+    // A device, when set, is what the port list shows.
+    d.settings.Device = "/dev/ttyACM0";
+    d.open({"/dev/ttyUSB0"});
+    EXPECT_EQ(d.shown("port"), "/dev/ttyACM0");
+    // An unusual stored speed is still shown, not replaced by the first entry.
+    d.settings.Speed = 300;
+    d.open();
+    EXPECT_EQ(d.shown("speed"), "300");
+}
+
+TEST(GpsSetupDialog, OkStoresTheSixSettingsAndTheyComeBack) {
+    Desk d;
+    d.open();
+    d.type("port", "7");
+    d.pick("speed", "9600");
+    d.type("parity", "O");
+    d.type("dbits", "7");
+    d.type("sbits", "2");
+    d.acc()->setFocus();
+    QTest::keyClicks(d.acc(), "12.6");
+    // Enter checks the box and selects it again; it does not press OK.
+    QTest::keyClick(d.acc(), Qt::Key_Return);
+    QTest::qWait(20);
+    EXPECT_EQ(d.acc()->text(), "13");
+    EXPECT_EQ(d.acc()->selectedText(), "13");
+    EXPECT_TRUE(d.dialog->isVisible());
+    expectSettings(d.settings, GpsSettings{});
+
+    d.click("OKButton");
+    EXPECT_FALSE(d.dialog->isVisible());
+    EXPECT_EQ(d.dialog->result(), QDialog::Accepted);
+    EXPECT_TRUE(d.dialogs.messages.empty());
+    GpsSettings expected;
+    expected.Port = 7;
+    expected.Speed = 9600;
+    expected.Parity = "O";
+    expected.Dbits = 7;
+    expected.Sbits = 2;
+    expected.Acc = 13;
+    expectSettings(d.settings, expected);
+
+    // Opened again, it shows what was stored; OK untouched stores the same.
+    d.open();
+    EXPECT_EQ(d.shown("port"), "7");
+    EXPECT_EQ(d.shown("speed"), "9600");
+    EXPECT_EQ(d.shown("parity"), "O");
+    EXPECT_EQ(d.shown("dbits"), "7");
+    EXPECT_EQ(d.shown("sbits"), "2");
+    EXPECT_EQ(d.acc()->text(), "13");
+    d.click("OKButton");
+    expectSettings(d.settings, expected);
+}
+
+TEST(GpsSetupDialog, CancelEscapeAndClosingStoreNothing) {
+    Desk d;
+    d.open();
+    d.type("port", "9");
+    d.pick("speed", "2400");
+    d.type("parity", "M");
+    d.click("CancelButton");
+    EXPECT_FALSE(d.dialog->isVisible());
+    EXPECT_EQ(d.dialog->result(), QDialog::Rejected);
+    expectSettings(d.settings, GpsSettings{});
+
+    d.open();
+    d.type("dbits", "5");
+    QTest::keyClick(d.dialog.get(), Qt::Key_Escape);
+    EXPECT_FALSE(d.dialog->isVisible());
+    expectSettings(d.settings, GpsSettings{});
+
+    d.open();
+    d.type("sbits", "2");
+    d.dialog->close();
+    expectSettings(d.settings, GpsSettings{});
+    EXPECT_FALSE(d.model->Stored());
+}
+
+TEST(GpsSetupDialog, SpeedThatDoesNotFitIsAClearErrorAndNothingIsStored) {
+    Desk d;
+    d.open();
+    d.type("port", "4");
+    d.pick("speed", "38400");
+    d.click("OKButton");
+    ASSERT_EQ(d.dialogs.messages.size(), 1u);
+    EXPECT_EQ(d.dialogs.messages[0].text, "Error: Overflow (Speed \"38400\")");
+    EXPECT_EQ(d.dialogs.messages[0].title, kAppTitle);
+    EXPECT_EQ(d.dialogs.messages[0].icon, MessageIcon::Critical);
+    EXPECT_TRUE(d.dialog->isVisible());
+    expectSettings(d.settings, GpsSettings{});
+
+    d.pick("speed", "19200");
+    d.click("OKButton");
+    EXPECT_FALSE(d.dialog->isVisible());
+    EXPECT_EQ(d.settings.Speed, 19200);
+    EXPECT_EQ(d.settings.Port, 4);
+}
+
+TEST(GpsSetupDialog, DevicePickedOrTypedWinsUntilANumberIsChosen) {
+    Desk d;
+    d.open({"/dev/ttyUSB0"});
+    // The last entry, as the drop-down picks it: the device after the 99 numbers.
+    d.list("port")->setCurrentIndex(99);
+    EXPECT_EQ(d.shown("port"), "/dev/ttyUSB0");
+    d.click("OKButton");
+    EXPECT_EQ(d.settings.Device, "/dev/ttyUSB0");
+    EXPECT_EQ(d.settings.Port, 1);
+
+    d.open();
+    EXPECT_EQ(d.shown("port"), "/dev/ttyUSB0");
+    d.type("port", "/tmp/gps-out");
+    d.click("OKButton");
+    EXPECT_EQ(d.settings.Device, "/tmp/gps-out");
+
+    d.open();
+    d.type("port", "5");
+    d.click("OKButton");
+    EXPECT_EQ(d.settings.Device, "");
+    EXPECT_EQ(d.settings.Port, 5);
+}
+
+TEST(GpsSetupDialog, AccuracyIsSelectedOnEntryAndCheckedOnLeaving) {
+    Desk d;
+    d.settings.Acc = 10;
+    d.open();
+    QTest::mouseClick(d.acc(), Qt::LeftButton);
+    QTest::qWait(20);
+    EXPECT_TRUE(d.acc()->hasFocus());
+    EXPECT_EQ(d.acc()->selectedText(), "10");
+    QTest::keyClicks(d.acc(), "-5");
+    QTest::keyClick(d.acc(), Qt::Key_Tab);
+    EXPECT_EQ(d.acc()->text(), "0");
+
+    // Clicking OK straight from the box checks it first.
+    d.acc()->setFocus();
+    d.acc()->selectAll();
+    QTest::keyClicks(d.acc(), "7.4");
+    d.click("OKButton");
+    EXPECT_EQ(d.acc()->text(), "7");
+    EXPECT_EQ(d.settings.Acc, 7);
+}
+
+TEST(GpsSetupDialog, EditRunsModallyOverTheSettings) {
+    GpsSettings settings;
+    test::FakeDialogs dialogs;
+    auto answer = [](const char* buttonName, const QString& speed) {
+        QTimer::singleShot(0, [buttonName, speed] {
+            QWidget* open = nullptr;
+            (void)QTest::qWaitFor(
+                [&] { return (open = QApplication::activeModalWidget()) != nullptr; });
+            ASSERT_NE(open, nullptr);
+            EXPECT_EQ(open->objectName(), "frmGpsSetup");
+            auto* box = open->findChild<QComboBox*>("speed");
+            box->setCurrentIndex(box->findText(speed));
+            QTest::mouseClick(open->findChild<QPushButton*>(buttonName), Qt::LeftButton);
+        });
+    };
+    answer("CancelButton", "1200");
+    EXPECT_FALSE(frmGpsSetup::Edit(settings, dialogs));
+    EXPECT_EQ(settings.Speed, 4800);
+    answer("OKButton", "1200");
+    EXPECT_TRUE(frmGpsSetup::Edit(settings, dialogs));
+    EXPECT_EQ(settings.Speed, 1200);
+}
