@@ -9,11 +9,11 @@ CMAKE_FLAGS ?=
 PACKAGES := cmake g++ make ninja-build ccache pkg-config \
             qt6-base-dev qt6-multimedia-dev qt6-serialport-dev qt6-charts-dev qt6-svg-dev \
             libgl-dev libgtest-dev libgmock-dev libbenchmark-dev \
-            sox socat pulseaudio pulseaudio-utils gnuplot-nox xvfb xauth
+            sox socat pulseaudio pulseaudio-utils gnuplot-nox xvfb xauth shared-mime-info
 
 SUDO := $(shell [ "$$(id -u)" = 0 ] || echo sudo)
 
-.PHONY: deps build test run demo bench clean format
+.PHONY: deps build test run demo bench fuzz test-sanitize clean format
 
 deps:
 	@missing=""; \
@@ -43,6 +43,27 @@ run: build
 demo: build
 	$(BUILD_DIR)/bin/zavcli measure --profile examples/example.zav \
 	    examples/soundcard.wav examples/receiver.wav examples/external.wav
+
+# Figures, not tests: the detector pass and zavcli analyse against sox (Release build).
+bench: deps
+	@dpkg -s time >/dev/null 2>&1 || $(SUDO) env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq time
+	cmake -S . -B build-bench -G Ninja -DCMAKE_BUILD_TYPE=Release -DZAV_BENCHMARKS=ON -DZAV_TESTS=OFF
+	cmake --build build-bench -j $(JOBS)
+	build-bench/bin/zav_detector_benchmark
+	sh benchmarks/analyse_vs_sox.sh build-bench/bin/zavcli
+
+# Every libFuzzer target for FUZZ_SECONDS seconds each (default 60); fails on any crash.
+FUZZ_SECONDS ?= 60
+fuzz: deps
+	@dpkg -s clang libclang-rt-14-dev >/dev/null 2>&1 || $(SUDO) env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq clang libclang-rt-14-dev
+	FUZZ_SECONDS=$(FUZZ_SECONDS) sh scripts/fuzz.sh
+
+# The whole suite built with the address and undefined-behaviour sanitizers (leaks checked).
+test-sanitize: deps
+	cmake -S . -B build-sanitize -G Ninja -DCMAKE_BUILD_TYPE=Debug -DZAV_SANITIZE=ON
+	cmake --build build-sanitize -j $(JOBS)
+	cd build-sanitize && ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 \
+	    ctest --output-on-failure -j $(JOBS)
 
 clean:
 	rm -rf $(BUILD_DIR)

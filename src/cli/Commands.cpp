@@ -2,10 +2,13 @@
 
 #include "cli/AnalyseCommand.h"
 #include "cli/AntennaCommand.h"
+#include "cli/ExportCommand.h"
 #include "cli/GpsCommand.h"
 #include "cli/MeasureCommand.h"
 #include "cli/NmeaCommand.h"
 #include "cli/ProfileCommand.h"
+#include "cli/RecordCommand.h"
+#include "cli/UpdateCommand.h"
 
 #include <algorithm>
 
@@ -21,13 +24,18 @@ const std::vector<Command> kCommands = {
      AnalyseCommand},
     {"measure",
      "zavcli measure [--profile P.zav] [--limits on|off] [--log FILE.tab] [--report FILE.txt] "
-     "[--post] [--json] SOUNDCARD.wav RECEIVER.wav EXTERNAL.wav",
+     "[--post] [--calibrate carrier:DBM|density:DBMHZ|enr:DB] [--json] SOUNDCARD.wav RECEIVER.wav "
+     "EXTERNAL.wav",
      "The three steps and the field-strength calculation on three recordings; prints the "
      "text report.",
      RunMeasure},
-    {"record", "zavcli record OUT.wav [--profile P.zav] [--interval N] [--device NAME]",
-     "Records one measurement interval through the audio input (--list-devices lists them).",
-     nullptr},
+    {"record",
+     "zavcli record OUT.wav [--profile P.zav] [--interval N] [--device NAME] | "
+     "zavcli record --list-devices",
+     "Records one measurement interval through the audio input as a step does (the template "
+     "ZAV.wav, the settling second, the trimming) and prints the file, rate, samples kept and "
+     "the stream's start-up in ms; --list-devices lists the inputs.",
+     RecordCommand},
     {"profile", "zavcli profile P.zav [--json]",
      "Loads a profile as the desktop program opens it and prints every setting.", ProfileCommand},
     {"antenna", "zavcli antenna FILE.tab --at MHZ [--at MHZ ...]",
@@ -38,9 +46,9 @@ const std::vector<Command> kCommands = {
      "zavcli gps (--device PORT | --file FILE) [--acc METRES] [--speed BAUD] "
      "[--timeout SECONDS]",
      "Captures an averaged position as the \"Get Position\" dialog does.", GpsCommand},
-    {"update", "zavcli update [--base-url URL]", "Runs the update check.", nullptr},
+    {"update", "zavcli update [--base-url URL]", "Runs the update check.", UpdateCommand},
     {"export", "zavcli export gnuplot|table FILE.wav [OUT] [--title TITLE]",
-     "Writes the gnuplot script or the sample table of a recording.", nullptr},
+     "Writes the gnuplot script or the sample table of a recording.", ExportCommand},
 };
 
 const Command* find(const std::string& name) {

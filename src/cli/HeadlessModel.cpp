@@ -8,13 +8,16 @@
 
 namespace zav {
 
-// The devices a headless run has: none that records, sounds or mails.
-struct HeadlessModel::Devices : AudioInput, Beeper, Clipboard, Mailer {
+// The devices a headless run has: none that records, sounds, mails or opens documents.
+struct HeadlessModel::Devices : AudioInput, AudioOutput, Beeper, Clipboard, Mailer, Shell {
     explicit Devices(HeadlessModel& owner) : m_owner(owner) {}
     Recording RecordWave(const RecordingRequest&) override { return {}; }
     void Beep(int, int) override {}
     void SetText(const std::string& text) override { m_owner.clipboard = text; }
     bool Send(const MailMessage&) override { return false; }
+    std::optional<DeviceError> PlayWave(const std::string&) override { return std::nullopt; }
+    int Open(const std::string&) override { return 31; } // nothing opens documents here
+    bool Run(const std::string&, const std::string&) override { return false; }
 
 private:
     HeadlessModel& m_owner;
@@ -29,10 +32,12 @@ HeadlessModel::HeadlessModel(const std::string& profilePath, std::ostream& err)
     startup.profileName = ProfileBaseName(profilePath);
     MainEnvironment environment;
     environment.tempDir = WithTrailingSeparator(std::filesystem::temp_directory_path().string());
-    environment.processId = QString::number(QCoreApplication::applicationPid(), 16).toUpper().toStdString();
-    m_model = std::make_unique<MainModel>(
-        startup, MainPorts{m_dialogs, m_settings, *m_devices, *m_devices, *m_devices, *m_devices},
-        environment);
+    environment.processId =
+        QString::number(QCoreApplication::applicationPid(), 16).toUpper().toStdString();
+    m_model = std::make_unique<MainModel>(startup,
+                                          MainPorts{m_dialogs, m_settings, *m_devices, *m_devices,
+                                                    *m_devices, *m_devices, *m_devices, *m_devices},
+                                          environment);
     m_model->chooseRecording = [this]() -> std::optional<std::string> {
         if (recordings.empty())
             return std::nullopt;

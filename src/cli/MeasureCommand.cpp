@@ -1,12 +1,15 @@
 #include "cli/MeasureCommand.h"
 
+#include "cli/CalibrateOption.h"
 #include "cli/Commands.h"
 #include "cli/HeadlessModel.h"
 #include "cli/Json.h"
+#include "cli/PostCommand.h"
 #include "platform/AtomicFile.h"
 #include "report/TextReport.h"
 
 #include <filesystem>
+#include <optional>
 #include <sstream>
 
 namespace zav {
@@ -18,6 +21,8 @@ struct MeasureArgs {
     std::string log;
     std::string report;
     bool json = false;
+    bool post = false;
+    std::optional<CalibrationRequest> calibrate; // --calibrate KIND:LEVEL
     std::vector<std::string> files;
 };
 
@@ -58,8 +63,7 @@ int RunMeasure(const std::vector<std::string>& args, CliIo& io) {
         const bool hasValue = i + 1 < args.size();
         if (arg == "--json") {
             a.json = true;
-        } else if (arg == "--profile" || arg == "--log" || arg == "--report" ||
-                   arg == "--limits") {
+        } else if (arg == "--profile" || arg == "--log" || arg == "--report" || arg == "--limits") {
             if (!hasValue)
                 return UsageError(io, "measure", arg + " needs a value");
             const std::string& value = args[++i];
@@ -73,8 +77,14 @@ int RunMeasure(const std::vector<std::string>& args, CliIo& io) {
                 a.limits = value == "on";
             else
                 return UsageError(io, "measure", "--limits takes on or off");
+        } else if (arg == "--calibrate") {
+            if (!hasValue)
+                return UsageError(io, "measure", "--calibrate needs a value");
+            a.calibrate = ParseCalibration(args[++i], io);
+            if (!a.calibrate)
+                return kExitUsage;
         } else if (arg == "--post") {
-            return UsageError(io, "measure", "--post is not yet available in this build");
+            a.post = true;
         } else if (arg.size() > 1 && arg[0] == '-') {
             return UsageError(io, "measure", "unknown option " + arg);
         } else {
@@ -82,7 +92,8 @@ int RunMeasure(const std::vector<std::string>& args, CliIo& io) {
         }
     }
     if (a.files.size() != 3)
-        return UsageError(io, "measure", "three recordings are needed: sound card, receiver, external");
+        return UsageError(io, "measure",
+                          "three recordings are needed: sound card, receiver, external");
     for (const std::string& f : a.files) {
         if (!std::filesystem::is_regular_file(f)) {
             io.err << "zavcli measure: no such file: " << f << "\n";
@@ -137,9 +148,23 @@ int RunMeasure(const std::vector<std::string>& args, CliIo& io) {
         }
     }
 
+    std::optional<PostOutcome> posted;
+    if (a.post) {
+        posted = PostObservation(m, io);
+        if (posted->status != kExitOk)
+            status = kExitFailed;
+    }
+
     const std::string report = TextResults(m.reportSource());
     if (!a.json) {
-        io.out << report;
+        // The calibration dialog's figures stand in for the report.
+        if (!a.calibrate)
+            io.out << report;
+        else if (PrintCalibration(m, *a.calibrate, io) != kExitOk)
+            status = kExitFailed;
+        // The transfer dialog's Message text follows the report.
+        if (posted && !posted->Message.empty())
+            io.out << posted->Message << "\n";
         return status;
     }
     const FieldStrength& calc = m.steps.lastCalculation;
@@ -148,19 +173,26 @@ int RunMeasure(const std::vector<std::string>& args, CliIo& io) {
         << ",\"gridCalc\":" << gridJson(m.steps.gridCalc)
         << ",\"yfact\":" << (calc.yfact ? JsonNumber(*calc.yfact) : "null")
         << ",\"Text\":" << (calc.Text ? JsonNumber(*calc.Text) : "null")
-        << ",\"MBW\":" << (calc.MBW ? JsonNumber(*calc.MBW) : "null") << ",\"verdicts\":[";
+        << ",\"MBW\":" << (calc.MBW ? JsonNumber(*calc.MBW) : "null") << P372JsonFields(m);
+    if (a.calibrate)
+        out << CalibrationJsonField(m, *a.calibrate);
+    out << ",\"verdicts\":[";
     for (int step = 0; step < 3; ++step) {
         out << (step ? "," : "") << "{\"ran\":" << (verdicts[step].ran ? "true" : "false")
             << ",\"colours\":[";
         for (int row = 1; row <= 6; ++row)
-            out << (row > 1 ? "," : "") << '"'
-                << colourName(m.steps.gridMeas.Colour(row, step + 1)) << '"';
+            out << (row > 1 ? "," : "") << '"' << colourName(m.steps.gridMeas.Colour(row, step + 1))
+                << '"';
         out << "],\"messages\":[";
         for (std::size_t i = 0; i < verdicts[step].messages.size(); ++i)
             out << (i ? "," : "") << JsonString(verdicts[step].messages[i]);
         out << "]}";
     }
-    out << "],\"report\":" << JsonString(report) << "}\n";
+    out << "],\"report\":" << JsonString(report);
+    if (posted)
+        out << ",\"transfer\":{\"Message\":" << JsonString(posted->Message)
+            << ",\"sent\":" << (posted->status == kExitOk ? "true" : "false") << "}";
+    out << "}\n";
     io.out << out.str();
     return status;
 }

@@ -1,0 +1,152 @@
+// zavcli update and measure --post, run in-process against an HTTP server inside the test.
+#include "../qt/TestHttpServer.h"
+
+#include "cli/Commands.h"
+#include "cli/MeasureCommand.h"
+#include "cli/UpdateCommand.h"
+#include "platform/UrlCoding.h"
+#include "platform/Version.h"
+#include "qt/services/QtHttpClient.h"
+#include "qt/services/QtXmlLookup.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+using namespace zav;
+using namespace zav::test;
+namespace fs = std::filesystem;
+
+namespace {
+
+struct Captured {
+    std::ostringstream out, err;
+    CliIo io{out, err, false};
+};
+
+std::string description(const std::string& version) {
+    return "<update><url>http://www.zav-noise.org/zav/</url><version>" + version +
+           "</version></update>";
+}
+
+// The demo recordings and profile in a scratch folder, the profile's transfer section
+// pointing at `url`.
+struct MeasureFolder {
+    fs::path dir = fs::temp_directory_path() / ("zav-post-" + std::to_string(::getpid()));
+    MeasureFolder(const std::string& url, const std::string& user) {
+        fs::remove_all(dir);
+        fs::create_directories(dir);
+        const fs::path examples = fs::path(ZAV_SOURCE_DIR) / "examples";
+        for (const char* f : {"soundcard.wav", "receiver.wav", "external.wav"})
+            fs::copy_file(examples / f, dir / f);
+        std::ifstream in(examples / "example.zav");
+        std::ofstream out(dir / "post.zav");
+        for (std::string line; std::getline(in, line);) {
+            if (line.rfind("url=", 0) == 0)
+                line = "url=" + url;
+            else if (line.rfind("username=", 0) == 0)
+                line = "username=" + user;
+            out << line << "\n";
+        }
+    }
+    ~MeasureFolder() { fs::remove_all(dir); }
+    std::vector<std::string> args(std::vector<std::string> extra) const {
+        std::vector<std::string> a{"--profile", (dir / "post.zav").string()};
+        a.insert(a.end(), extra.begin(), extra.end());
+        for (const char* f : {"soundcard.wav", "receiver.wav", "external.wav"})
+            a.push_back((dir / f).string());
+        return a;
+    }
+};
+
+std::string formValue(const std::string& body, const std::string& key) {
+    const std::string item = "&" + key + "=";
+    const auto at = ("&" + body).find(item);
+    if (at == std::string::npos)
+        return "<missing>";
+    const std::string rest = body.substr(at + item.size() - 1);
+    return rest.substr(0, rest.find('&'));
+}
+
+} // namespace
+
+TEST(UpdateCommand, PrintsTheMessageAndFailsOnlyWhenTheSiteDoes) {
+    TestHttpServer server;
+    QtHttpClient http(std::chrono::seconds(5));
+    QtXmlLookup xml;
+
+    server.reply(200, description(VersionText()));
+    Captured current;
+    EXPECT_EQ(RunUpdateCheck(server.url("/zavsite"), current.io, http, xml), kExitOk);
+    EXPECT_EQ(current.out.str(), "Version " + VersionText() + " is current\n");
+    EXPECT_EQ(server.requests.back().path, "/zavsite/Update.xml"); // the "/" was added
+
+    server.reply(404, "missing");
+    Captured missing;
+    EXPECT_EQ(RunUpdateCheck(server.url("/"), missing.io, http, xml), kExitFailed);
+    EXPECT_EQ(missing.out.str(), "Update site not responding properly. HTTP status=404\n");
+
+    Captured usage;
+    EXPECT_EQ(UpdateCommand({"--base-url"}, usage.io), kExitUsage);
+    EXPECT_EQ(UpdateCommand({"somewhere"}, usage.io), kExitUsage);
+}
+
+TEST(MeasurePost, AcceptedObservationPrintsReceiptAfterTheReport) {
+    TestHttpServer server;
+    server.reply(200, "<result><cc>0</cc><receipt>ZAV-42</receipt></result>");
+    MeasureFolder folder(server.hostAndPath("/collect"), "*alice");
+    Captured plain;
+    ASSERT_EQ(RunMeasure(folder.args({}), plain.io), kExitOk) << plain.err.str();
+    const std::string report = plain.out.str();
+
+    Captured posted;
+    ASSERT_EQ(RunMeasure(folder.args({"--post"}), posted.io), kExitOk) << posted.err.str();
+    EXPECT_EQ(posted.out.str(), report + "Receipt: ZAV-42\n");
+    ASSERT_EQ(server.requests.size(), 1u);
+    const std::string& body = server.requests[0].body;
+    EXPECT_EQ(body.rfind("Program=ZAV&Version=" + VersionText() + "&ObsTime=", 0), 0u);
+    EXPECT_EQ(UrlDecode(formValue(body, "Location")), "Back garden");
+    EXPECT_EQ(formValue(body, "username"), "alice");
+    EXPECT_EQ(formValue(body, "debug"), "1");
+    EXPECT_EQ(formValue(body, "Latitude"), "<missing>"); // the profile has no position
+    // The cells go as the report shows them.
+    const auto reportValue = [&report](const std::string& label) {
+        const auto at = report.find(label + "\t");
+        return report.substr(at + label.size() + 1, report.find('\r', at) - at - label.size() - 1);
+    };
+    EXPECT_EQ(formValue(body, "FsQp"), reportValue("QP FS (dBuV/m)"));
+    EXPECT_EQ(formValue(body, "RxAvg"), reportValue("Avg Rx power (dBm)"));
+
+    Captured json;
+    ASSERT_EQ(RunMeasure(folder.args({"--post", "--json"}), json.io), kExitOk);
+    EXPECT_NE(json.out.str().find("\"transfer\":{\"Message\":\"Receipt: ZAV-42\",\"sent\":true}"),
+              std::string::npos);
+}
+
+TEST(MeasurePost, RefusalFailureAndMissingAddressExitOne) {
+    TestHttpServer server;
+    server.reply(200, "<result><cc>1</cc><reason>Unknown+station</reason></result>");
+    MeasureFolder folder(server.hostAndPath("/collect"), "alice");
+    Captured refused;
+    EXPECT_EQ(RunMeasure(folder.args({"--post"}), refused.io), kExitFailed);
+    EXPECT_TRUE(refused.out.str().ends_with("\r\nUnknown station\n"));
+
+    server.reply(500, "oops");
+    Captured failed;
+    EXPECT_EQ(RunMeasure(folder.args({"--post"}), failed.io), kExitFailed);
+    EXPECT_TRUE(failed.out.str().ends_with("\r\nError: HTTP status code:500\n"));
+
+    MeasureFolder noAddress("", "alice");
+    Captured none;
+    EXPECT_EQ(RunMeasure(noAddress.args({"--post"}), none.io), kExitFailed);
+    EXPECT_NE(none.err.str().find("no server address"), std::string::npos);
+    EXPECT_EQ(server.requests.size(), 2u);
+
+    // Without results there is nothing to transfer and no request.
+    Captured noResults;
+    EXPECT_EQ(RunMeasure(folder.args({"--post", "--limits", "off"}), noResults.io), kExitFailed);
+    EXPECT_NE(noResults.err.str().find("no results to transfer"), std::string::npos);
+    EXPECT_EQ(server.requests.size(), 2u);
+}

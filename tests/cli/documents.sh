@@ -1,0 +1,36 @@
+#!/bin/sh
+# The licence and the manual beside the programs, the manual tool's refusal of a missing
+# source, and what an install puts where the desktop looks: documents, desktop entry, icon
+# and a MIME type the shared-mime-info tool accepts.
+set -eu
+bin=$1
+build=$2
+source=$3
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+
+cmp "$bin/licence.txt" "$source/resources/licence.txt"
+[ "$(head -c 5 "$bin/ZAV.pdf")" = "%PDF-" ]
+pages=$(grep -ac '/Type /Page$' "$bin/ZAV.pdf" || true)
+[ "$pages" -ge 2 ] || { echo "manual has $pages pages"; exit 1; }
+tail -c 8 "$bin/ZAV.pdf" | grep -q '%%EOF'
+
+rc=0
+"$bin/zav_make_manual" "$work/none.html" "$work/out.pdf" 2> "$work/err" || rc=$?
+[ "$rc" = 1 ] && [ ! -e "$work/out.pdf" ] && grep -q 'cannot read' "$work/err"
+rc=0
+"$bin/zav_make_manual" > /dev/null 2>&1 || rc=$?
+[ "$rc" = 2 ]
+
+cmake --install "$build" --prefix "$work/prefix" > /dev/null
+share=$work/prefix/share
+cmp "$share/zav/licence.txt" "$source/resources/licence.txt"
+cmp "$share/zav/ZAV.pdf" "$bin/ZAV.pdf"
+grep -q '^Exec=zav %f$' "$share/applications/zav.desktop"
+grep -q '^MimeType=application/x-zav-profile;$' "$share/applications/zav.desktop"
+[ -s "$share/icons/hicolor/scalable/apps/zav.svg" ]
+if command -v update-mime-database > /dev/null; then
+    update-mime-database "$share/mime" > /dev/null 2>&1
+    grep -q 'application/x-zav-profile:\*\.zav' "$share/mime/globs2"
+fi
+echo ok
