@@ -22,22 +22,10 @@ std::string trimSpaces(const std::string& text) {
     return text.substr(first, text.find_last_not_of(' ') - first + 1);
 }
 
+// Entering selects the text of the tester's box and of every numeric box but the noise
+// figure.
 bool selectsOnEntry(SetupField field) {
-    switch (field) {
-    case SetupField::Tester:
-    case SetupField::lat:
-    case SetupField::lon:
-    case SetupField::Frequency:
-    case SetupField::Bandwidth:
-    case SetupField::AntGain:
-    case SetupField::Loss:
-    case SetupField::Attenuator:
-    case SetupField::AGC:
-    case SetupField::Interval:
-        return true;
-    default:
-        return false;
-    }
+    return field == SetupField::Tester || (IsNumericField(field) && field != SetupField::RxNF);
 }
 
 // Enter checks every numeric box; the interval box has its own copy of the checks.

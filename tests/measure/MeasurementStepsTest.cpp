@@ -1,5 +1,6 @@
 #include "measure/MeasurementSteps.h"
 #include "testsupport/FakeDialogs.h"
+#include "testsupport/ScratchDir.h"
 #include "testsupport/TestWave.h"
 
 #include <gtest/gtest.h>
@@ -45,9 +46,7 @@ struct Bench {
     QueuedInput input;
     CountingBeeper beeper;
     MeasurementSteps steps{setup, options, commands, {dialogs, input, beeper}};
-    fs::path dir = fs::temp_directory_path() /
-                   ("zav-steps-" +
-                    std::string(::testing::UnitTest::GetInstance()->current_test_info()->name()));
+    fs::path dir = test::ScratchDir();
     int afterStep3Calls = 0;
 
     Bench() {

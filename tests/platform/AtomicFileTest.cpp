@@ -1,5 +1,7 @@
 #include "platform/AtomicFile.h"
 
+#include "testsupport/ScratchDir.h"
+
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -19,13 +21,6 @@ fs::path scratch() {
     return dir;
 }
 
-std::string slurp(const fs::path& p) {
-    std::ifstream in(p, std::ios::binary);
-    std::stringstream ss;
-    ss << in.rdbuf();
-    return ss.str();
-}
-
 std::size_t entries(const fs::path& dir) {
     return static_cast<std::size_t>(std::distance(fs::directory_iterator(dir), {}));
 }
@@ -36,11 +31,11 @@ TEST(AtomicFile, WholeFileReplacedKeepingPermissionsAndLinks) {
     const fs::path dir = scratch();
     const fs::path file = dir / "a.txt";
     ASSERT_TRUE(WriteFileAtomically(file.string(), std::string("one\r\ntwo\0three", 14)));
-    EXPECT_EQ(slurp(file), std::string("one\r\ntwo\0three", 14));
+    EXPECT_EQ(test::ReadFile(file), std::string("one\r\ntwo\0three", 14));
 
     fs::permissions(file, fs::perms::owner_read | fs::perms::owner_write);
     ASSERT_TRUE(WriteFileAtomically(file.string(), "new"));
-    EXPECT_EQ(slurp(file), "new");
+    EXPECT_EQ(test::ReadFile(file), "new");
     EXPECT_EQ(fs::status(file).permissions() & fs::perms::all,
               fs::perms::owner_read | fs::perms::owner_write);
 
@@ -48,7 +43,7 @@ TEST(AtomicFile, WholeFileReplacedKeepingPermissionsAndLinks) {
     fs::create_symlink(file, link);
     ASSERT_TRUE(WriteFileAtomically(link.string(), "through"));
     EXPECT_TRUE(fs::is_symlink(link));
-    EXPECT_EQ(slurp(file), "through");
+    EXPECT_EQ(test::ReadFile(file), "through");
     EXPECT_EQ(entries(dir), 2u); // no temporary left behind
 
     std::string error;
@@ -64,9 +59,9 @@ TEST(AtomicFile, StreamedWriterCommitsOrLeavesTheOldFile) {
         AtomicFileWriter writer(file.string());
         ASSERT_TRUE(writer.IsOpen());
         writer.Stream() << "half of a new file";
-        EXPECT_EQ(slurp(file), "old"); // nothing shows before the commit
-    }                                  // abandoned: as if the export had failed midway
-    EXPECT_EQ(slurp(file), "old");
+        EXPECT_EQ(test::ReadFile(file), "old"); // nothing shows before the commit
+    }                                           // abandoned: as if the export had failed midway
+    EXPECT_EQ(test::ReadFile(file), "old");
     EXPECT_EQ(entries(dir), 1u);
 
     AtomicFileWriter writer(file.string());
@@ -74,7 +69,7 @@ TEST(AtomicFile, StreamedWriterCommitsOrLeavesTheOldFile) {
         writer.Stream() << i << "\r\n";
     ASSERT_TRUE(writer.Commit());
     EXPECT_FALSE(writer.Commit()); // once only
-    EXPECT_EQ(slurp(file).substr(0, 9), "0\r\n1\r\n2\r\n");
+    EXPECT_EQ(test::ReadFile(file).substr(0, 9), "0\r\n1\r\n2\r\n");
     EXPECT_EQ(fs::file_size(file), 688890u); // every line, digits and CR LF
     EXPECT_EQ(entries(dir), 1u);
 

@@ -18,13 +18,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-std::string readFile(const fs::path& path) {
-    std::ifstream in(path, std::ios::binary);
-    std::stringstream ss;
-    ss << in.rdbuf();
-    return ss.str();
-}
-
 // A fresh empty folder under the system's temporary folder, removed at the end.
 // Runs the program and waits for it, as the desktop eventually would; the arguments come
 // quoted as a shell reads them.
@@ -99,12 +92,12 @@ TEST(Associate, WritesMimeTypeAndDesktopEntryInTheDataHomeThenRefreshesTheDeskto
     test::FakeShell shell;
     ASSERT_TRUE(MenuAssociate_Click(exe, shell));
 
-    const std::string mime = readFile(data / "mime" / "packages" / "zav.xml");
+    const std::string mime = test::ReadFile(data / "mime" / "packages" / "zav.xml");
     EXPECT_NE(mime.find("<mime-type type=\"application/x-zav-profile\">"), std::string::npos);
     EXPECT_NE(mime.find("<glob pattern=\"*.zav\"/>"), std::string::npos);
     EXPECT_NE(mime.find("<comment>zav File</comment>"), std::string::npos);
 
-    const std::string entry = readFile(data / "applications" / "zav.desktop");
+    const std::string entry = test::ReadFile(data / "applications" / "zav.desktop");
     EXPECT_EQ(entry.rfind("[Desktop Entry]\n", 0), 0u);
     EXPECT_EQ(desktopValue(entry, "Exec"), "\"/opt/my tools/ZAV app/zav\" %f");
     EXPECT_EQ(programOfExec(desktopValue(entry, "Exec"), home.path), exe);
@@ -130,10 +123,11 @@ TEST(Associate, TheSharedMimeDatabaseAcceptsTheTypeAndMissingToolsAreNoError) {
     if (!fs::exists("/usr/bin/update-mime-database"))
         GTEST_SKIP() << "shared-mime-info is not installed";
     // The database tool compiled our XML: the glob and the type's own file are there.
-    EXPECT_NE(readFile(home.path / "mime" / "globs2").find("application/x-zav-profile:*.zav"),
+    EXPECT_NE(test::ReadFile(home.path / "mime" / "globs2").find("application/x-zav-profile:*.zav"),
               std::string::npos);
-    EXPECT_NE(readFile(home.path / "mime" / "application" / "x-zav-profile.xml").find("zav File"),
-              std::string::npos);
+    EXPECT_NE(
+        test::ReadFile(home.path / "mime" / "application" / "x-zav-profile.xml").find("zav File"),
+        std::string::npos);
 }
 
 TEST(Associate, RefusesAnExtensionWithoutADotAndFailsWithoutAPlaceToWrite) {
@@ -148,7 +142,7 @@ TEST(Associate, RefusesAnExtensionWithoutADotAndFailsWithoutAPlaceToWrite) {
     EXPECT_TRUE(shell.ran.empty());
 
     EXPECT_TRUE(Associate("ZAV", "  .zav ", "/usr/bin/zav", home.path.string(), shell));
-    EXPECT_NE(readFile(home.path / "mime" / "packages" / "zav.xml").find("\"*.zav\""),
+    EXPECT_NE(test::ReadFile(home.path / "mime" / "packages" / "zav.xml").find("\"*.zav\""),
               std::string::npos);
 }
 
@@ -158,7 +152,7 @@ TEST(Associate, ProgramPathsWithShellCharactersComeBackWhole) {
                                   "/opt/100%f/zav", "/opt/it's here/zav", "/opt/tab\there/zav"}) {
         test::FakeShell shell;
         ASSERT_TRUE(Associate("ZAV", ".zav", exe, scratch.path.string(), shell));
-        const std::string entry = readFile(scratch.path / "applications" / "zav.desktop");
+        const std::string entry = test::ReadFile(scratch.path / "applications" / "zav.desktop");
         EXPECT_EQ(programOfExec(desktopValue(entry, "Exec"), scratch.path), exe);
     }
 }
@@ -169,10 +163,11 @@ TEST(Associate, UsesTheIconBesideTheProgramWhenThereIsOne) {
     fs::create_directories(bin);
     test::FakeShell shell;
     ASSERT_TRUE(Associate("ZAV", ".zav", (bin / "zav").string(), scratch.path.string(), shell));
-    EXPECT_EQ(desktopValue(readFile(scratch.path / "applications" / "zav.desktop"), "Icon"), "zav");
+    EXPECT_EQ(desktopValue(test::ReadFile(scratch.path / "applications" / "zav.desktop"), "Icon"),
+              "zav");
     std::ofstream(bin / "zav.svg") << "<svg/>";
     ASSERT_TRUE(Associate("ZAV", ".zav", (bin / "zav").string(), scratch.path.string(), shell));
-    EXPECT_EQ(desktopValue(readFile(scratch.path / "applications" / "zav.desktop"), "Icon"),
+    EXPECT_EQ(desktopValue(test::ReadFile(scratch.path / "applications" / "zav.desktop"), "Icon"),
               (bin / "zav.svg").string());
 }
 

@@ -7,9 +7,9 @@
 #include "qt/services/QtHttpClient.h"
 #include "qt/services/QtXmlLookup.h"
 #include "report/TransferModel.h"
-#include "testsupport/FakePorts.h"
 #include "support/UpdateModel.h"
 #include "testsupport/FakeDialogs.h"
+#include "testsupport/FakePorts.h"
 
 #include <QElapsedTimer>
 #include <QTimer>

@@ -21,6 +21,8 @@
 #include <QThread>
 #include <QTimer>
 
+#include "testsupport/QtWait.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -44,18 +46,6 @@ public:
 };
 [[maybe_unused]] const auto* kEnvironment =
     ::testing::AddGlobalTestEnvironment(new ServerEnvironment);
-
-bool waitFor(const std::function<bool()>& done, int ms = 5000) {
-    QElapsedTimer clock;
-    clock.start();
-    while (!done()) {
-        if (clock.elapsed() > ms)
-            return false;
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
-        QThread::msleep(5);
-    }
-    return true;
-}
 
 std::vector<std::int16_t> waveSamples(const std::string& path, WaveInfo* info = nullptr) {
     test::FakeDialogs dialogs;
@@ -132,7 +122,7 @@ protected:
         ASSERT_TRUE(server->ok()) << "PulseAudio could not be started for the audio tests: "
                                   << server->why();
         ASSERT_TRUE(server->EnsureMicrophone());
-        ASSERT_TRUE(waitFor([] { return FindAudioInput("zavmic").has_value(); }))
+        ASSERT_TRUE(zav::test::WaitFor([] { return FindAudioInput("zavmic").has_value(); }))
             << "Qt does not list the remapped source zavmic";
         ASSERT_TRUE(m_dir.isValid());
     }
@@ -152,7 +142,7 @@ protected:
         const std::string file = path("played.wav");
         test::WriteWave(file, test::Sine(amplitude, frequencyHz, 44100, 44100 * 30), 44100);
         start("paplay", {"-d", "zavsink", QString::fromStdString(file)});
-        ASSERT_TRUE(waitFor([] {
+        ASSERT_TRUE(zav::test::WaitFor([] {
             return !server->Pactl({"list", "short", "sink-inputs"}).empty();
         })) << "paplay did not start playing";
     }
@@ -165,7 +155,7 @@ protected:
         p->start();
         EXPECT_TRUE(p->waitForStarted(5000)) << "parec did not start";
         // The remapped source reads the monitor too; parec is the client that does.
-        EXPECT_TRUE(waitFor([] {
+        EXPECT_TRUE(zav::test::WaitFor([] {
             return server->Pactl({"list", "short", "source-outputs"}).find("protocol-native") !=
                    std::string::npos;
         })) << "parec did not start recording";
@@ -356,7 +346,7 @@ TEST_F(SoundCard, PlayWavePlaysTheWholeRecording) {
     const qint64 tookMs = clock.elapsed();
     EXPECT_FALSE(error) << (error ? PlayingErrorMessage(*error) : "");
     EXPECT_GE(tookMs, 1000); // it waits for the end
-    waitFor([] { return false; }, 300);
+    zav::test::WaitFor([] { return false; }, 300);
     parec->terminate();
     parec->waitForFinished(3000);
 
@@ -393,8 +383,8 @@ TEST_F(SoundCard, TheBeepIsATenthOfASecondAtTwoKilohertz) {
     EXPECT_LT(clock.elapsed(), 500); // the caller goes on at once
     // The stream may take a second or two to start; then let the tone end.
     const std::string monitor = path("monitor.raw");
-    waitFor([&] { return loudPart(rawSamples(monitor), 3277).second > 0; }, 5000);
-    waitFor([] { return false; }, 500);
+    zav::test::WaitFor([&] { return loudPart(rawSamples(monitor), 3277).second > 0; }, 5000);
+    zav::test::WaitFor([] { return false; }, 500);
     parec->terminate();
     parec->waitForFinished(3000);
 

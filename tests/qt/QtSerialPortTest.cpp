@@ -16,6 +16,8 @@
 #include <QThread>
 #include <QTimer>
 
+#include "testsupport/QtWait.h"
+
 #include <gtest/gtest.h>
 
 #include <cerrno>
@@ -37,19 +39,6 @@ QCoreApplication& app() {
     return *QCoreApplication::instance();
 }
 
-// Runs the event loop until `done` holds or `ms` have passed.
-bool waitFor(const std::function<bool()>& done, int ms = 5000) {
-    QElapsedTimer clock;
-    clock.start();
-    while (!done()) {
-        if (clock.elapsed() > ms)
-            return false;
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
-        QThread::msleep(2);
-    }
-    return true;
-}
-
 // A socat pair of pseudo-terminals: whatever is written to in() can be read from out().
 class PtyPair {
 public:
@@ -59,7 +48,7 @@ public:
         m_socat.start("socat", {"pty,raw,echo=0,link=" + QString::fromStdString(m_in),
                                 "pty,raw,echo=0,link=" + QString::fromStdString(m_out)});
         m_socat.waitForStarted(5000);
-        waitFor([&] {
+        zav::test::WaitFor([&] {
             return QFileInfo::exists(QString::fromStdString(m_in)) &&
                    QFileInfo::exists(QString::fromStdString(m_out));
         });
@@ -169,7 +158,8 @@ TEST_F(SerialCapture, AveragesUnevenChunksAndClosesByItself) {
                                      b.substr(0, 1), b.substr(1, 40), b.substr(41)}) {
         pty.write(piece);
         sent += piece.size();
-        ASSERT_TRUE(waitFor([&] { return port.received >= sent; })) << "read " << port.received;
+        ASSERT_TRUE(zav::test::WaitFor([&] { return port.received >= sent; }))
+            << "read " << port.received;
     }
     EXPECT_EQ(port.received, sent);
     EXPECT_EQ(model.Count, 2);
@@ -186,7 +176,8 @@ TEST_F(SerialCapture, AveragesUnevenChunksAndClosesByItself) {
     QTimer timer1;
     QObject::connect(&timer1, &QTimer::timeout, [&] { model.Timer1_Timer(); });
     timer1.start(1000);
-    ASSERT_TRUE(waitFor([&] { return model.result() != GetPositionModel::Result::Open; }, 3000));
+    ASSERT_TRUE(
+        zav::test::WaitFor([&] { return model.result() != GetPositionModel::Result::Open; }, 3000));
     EXPECT_EQ(model.result(), GetPositionModel::Result::Ok);
     EXPECT_EQ(beeper.beeps, 1);
     EXPECT_FALSE(port.PortOpen());
@@ -262,11 +253,11 @@ TEST_F(SerialCapture, PortVanishingMidCaptureIsAnErrorNotACrash) {
     const std::string fix =
         sentence("GPGGA,120824.76,3908.8199,N,00023.0832,W,1,06,2.1,00176,M,,,,");
     pty.write(fix);
-    ASSERT_TRUE(waitFor([&] { return port.received >= fix.size(); }));
+    ASSERT_TRUE(zav::test::WaitFor([&] { return port.received >= fix.size(); }));
     EXPECT_EQ(model.Count, 1);
 
     pty.stop();
-    ASSERT_TRUE(waitFor([&] { return model.ErrorsShown() > 0; }));
+    ASSERT_TRUE(zav::test::WaitFor([&] { return model.ErrorsShown() > 0; }));
     EXPECT_EQ(model.record, "Error: Operation valid only when the port is open");
     EXPECT_FALSE(port.PortOpen());
     // Still a working dialog: OK keeps the one fix.

@@ -14,13 +14,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-std::string slurp(const fs::path& p) {
-    std::ifstream in(p, std::ios::binary);
-    std::stringstream ss;
-    ss << in.rdbuf();
-    return ss.str();
-}
-
 std::vector<std::string> split(const std::string& line, char sep) {
     std::vector<std::string> out(1);
     for (char c : line) {
@@ -39,7 +32,7 @@ TEST(DataLog, NewFileGetsHeaderAndRowByteForByte) {
     test::ReportFixture f;
     const fs::path log = dir.path / "ZavData.tab";
     ASSERT_TRUE(AppendDataLog(log.string(), f.source()));
-    EXPECT_EQ(slurp(log), test::ExpectedFile("datalog-one-row.tab"));
+    EXPECT_EQ(test::ReadFile(log), test::ExpectedFile("datalog-one-row.tab"));
 }
 
 TEST(DataLog, HeaderOnlyForAnEmptyFileAndRowsAppend) {
@@ -49,13 +42,13 @@ TEST(DataLog, HeaderOnlyForAnEmptyFileAndRowsAppend) {
     std::ofstream(log, std::ios::binary).close(); // an existing 0-byte file
     ASSERT_TRUE(AppendDataLog(log.string(), f.source()));
     ASSERT_TRUE(AppendDataLog(log.string(), f.source()));
-    const std::string text = slurp(log);
+    const std::string text = test::ReadFile(log);
     EXPECT_EQ(text, DataLogHeader() + DataLogRow(f.source()) + DataLogRow(f.source()));
 
     const fs::path other = dir.path / "other.tab";
     std::ofstream(other, std::ios::binary) << "anything\r\n";
     ASSERT_TRUE(AppendDataLog(other.string(), f.source()));
-    EXPECT_EQ(slurp(other), "anything\r\n" + DataLogRow(f.source()));
+    EXPECT_EQ(test::ReadFile(other), "anything\r\n" + DataLogRow(f.source()));
 }
 
 TEST(DataLog, RowShapeAndNotesSurviveEncoding) {

@@ -5,8 +5,8 @@
 #include "report/PostVars.h"
 #include "report/TextReport.h"
 #include "report/TransferModel.h"
-#include "testsupport/FakePorts.h"
 #include "testsupport/FakeDialogs.h"
+#include "testsupport/FakePorts.h"
 
 #include <gtest/gtest.h>
 

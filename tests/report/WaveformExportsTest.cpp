@@ -3,6 +3,8 @@
 #include "testsupport/FakeDialogs.h"
 #include "testsupport/TestWave.h"
 
+#include "testsupport/ScratchDir.h"
+
 #include <gtest/gtest.h>
 
 #include <cstdio>
@@ -18,13 +20,6 @@ using namespace zav;
 namespace fs = std::filesystem;
 
 namespace {
-
-std::string slurp(const fs::path& p) {
-    std::ifstream in(p, std::ios::binary);
-    std::stringstream ss;
-    ss << in.rdbuf();
-    return ss.str();
-}
 
 // Lines of a CR LF text; a bare LF fails the test.
 std::vector<std::string> crlfLines(const std::string& text) {
@@ -115,7 +110,7 @@ TEST(WaveformExports, GnuplotScriptRoundTripsEverySample) {
     EXPECT_EQ(request.fileName, "20240501120000");
     EXPECT_EQ(request.initialDir, e.dir.string());
 
-    const auto lines = crlfLines(slurp(script));
+    const auto lines = crlfLines(test::ReadFile(script));
     ASSERT_EQ(lines.size(), samples.size() + 9);
     EXPECT_EQ(lines[0], "$data << EOD");
     const std::vector<std::string> tail(lines.end() - 8, lines.end());
@@ -181,7 +176,7 @@ TEST(WaveformExports, SaveWaveCopiesAndFailuresEndQuietly) {
     EXPECT_EQ(e.dialogs.fileRequests[0].filter, "All Files (*.*)|*.*|Wave files (*.wav)|*.wav");
     EXPECT_EQ(e.dialogs.fileRequests[0].filterIndex, 2);
     EXPECT_EQ(e.dialogs.fileRequests[0].fileName, "20240501120000");
-    EXPECT_EQ(slurp(target), slurp(e.source.wavePath));
+    EXPECT_EQ(test::ReadFile(target), test::ReadFile(e.source.wavePath));
 
     // Cancelled, or into a folder that does not exist: nothing said, nothing left behind.
     const fs::path keep = e.dir / "keep.plt";
@@ -191,14 +186,14 @@ TEST(WaveformExports, SaveWaveCopiesAndFailuresEndQuietly) {
     e.model.MenuSaveWave_Click();
     e.model.MenuExportGnuplot_Click();
     // Without a recording the copy fails and the chosen file stays as it was.
-    const std::string before = slurp(target);
+    const std::string before = test::ReadFile(target);
     fs::remove(e.source.wavePath);
     e.dialogs.files.push_back(target.string());
     e.model.MenuSaveWave_Click();
     e.model.MenuExportGnuplot_Click(); // no recording: not even a dialog
     EXPECT_EQ(e.dialogs.fileRequests.size(), 5u);
-    EXPECT_EQ(slurp(target), before);
-    EXPECT_EQ(slurp(keep), "old");
+    EXPECT_EQ(test::ReadFile(target), before);
+    EXPECT_EQ(test::ReadFile(keep), "old");
     EXPECT_TRUE(e.dialogs.messages.empty());
     for (const auto& entry : fs::directory_iterator(e.dir))
         EXPECT_NE(entry.path().extension(), ".tmp") << entry.path();

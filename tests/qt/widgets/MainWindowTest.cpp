@@ -4,6 +4,7 @@
 #include "qt/widgets/SetupPanel.h"
 #include "testsupport/FakeDialogs.h"
 #include "testsupport/FakePorts.h"
+#include "testsupport/ScratchDir.h"
 
 #include <QAction>
 #include <QApplication>
@@ -38,9 +39,7 @@ struct NoDevices : AudioInput, AudioOutput, Beeper, Clipboard, Mailer {
 
 // The real window over the real model, with the outside world faked.
 struct Desk {
-    fs::path dir = fs::temp_directory_path() /
-                   ("zav-window-" +
-                    std::string(::testing::UnitTest::GetInstance()->current_test_info()->name()));
+    fs::path dir = test::ScratchDir();
     test::FakeDialogs dialogs;
     MemorySettingsStore settings;
     NoDevices devices;
