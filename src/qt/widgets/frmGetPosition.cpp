@@ -1,5 +1,7 @@
 #include "qt/widgets/frmGetPosition.h"
 
+#include "qt/widgets/DialogButtons.h"
+
 #include "config/GpsSettings.h"
 #include "gps/GetPositionModel.h"
 #include "platform/SerialPort.h"
@@ -121,23 +123,14 @@ frmGetPosition::frmGetPosition(const GpsSettings& settings, SerialPort& ComPort,
     averageGrid->addWidget(caption("Longitude", average), 1, 2);
     averageGrid->addWidget(m_lon, 1, 3);
 
-    m_ok = new QPushButton(QStringLiteral("OK"), this);
-    m_ok->setObjectName(QStringLiteral("OKButton"));
-    m_ok->setDefault(true);
-    connect(m_ok, &QPushButton::clicked, this, [this] { accept(); });
-    m_cancel = new QPushButton(QStringLiteral("Cancel"), this);
-    m_cancel->setObjectName(QStringLiteral("CancelButton"));
-    m_cancel->setAutoDefault(false);
-    connect(m_cancel, &QPushButton::clicked, this, [this] { reject(); });
-    auto* buttons = new QHBoxLayout;
-    buttons->addStretch();
-    buttons->addWidget(m_ok);
-    buttons->addWidget(m_cancel);
+    const OkCancelButtons buttons(this, [this] { accept(); });
+    m_ok = buttons.ok;
+    m_cancel = buttons.cancel;
 
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(current);
     layout->addWidget(average);
-    layout->addLayout(buttons);
+    layout->addLayout(buttons.row);
 
     m_port = std::make_unique<WatchedPort>(ComPort, [this] { render(); });
     m_model =

@@ -1,5 +1,7 @@
 #include "qt/widgets/frmGpsSetup.h"
 
+#include "qt/widgets/DialogButtons.h"
+
 #include "gps/GpsSetupModel.h"
 #include "platform/Number.h"
 #include "qt/services/QtSerialPort.h"
@@ -94,22 +96,13 @@ frmGpsSetup::frmGpsSetup(GpsSetupModel& model, QWidget* parent) : QDialog(parent
     form->addRow(QStringLiteral("S&top bits"), m_sbits);
     form->addRow(QStringLiteral("Accuracy (m)"), m_acc);
 
-    m_ok = new QPushButton(QStringLiteral("OK"), this);
-    m_ok->setObjectName(QStringLiteral("OKButton"));
-    m_ok->setDefault(true);
-    connect(m_ok, &QPushButton::clicked, this, [this] { okClicked(); });
-    m_cancel = new QPushButton(QStringLiteral("Cancel"), this);
-    m_cancel->setObjectName(QStringLiteral("CancelButton"));
-    m_cancel->setAutoDefault(false);
-    connect(m_cancel, &QPushButton::clicked, this, [this] { reject(); });
+    const OkCancelButtons buttons(this, [this] { okClicked(); });
+    m_ok = buttons.ok;
+    m_cancel = buttons.cancel;
 
-    auto* buttons = new QHBoxLayout;
-    buttons->addStretch();
-    buttons->addWidget(m_ok);
-    buttons->addWidget(m_cancel);
     auto* layout = new QVBoxLayout(this);
     layout->addLayout(form);
-    layout->addLayout(buttons);
+    layout->addLayout(buttons.row);
 
     render();
 }
