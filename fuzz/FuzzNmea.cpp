@@ -14,7 +14,10 @@ struct NoPort : zav::SerialPort {
     int SetSettings(const std::string&) override { return 0; }
     int SetCommPort(int) override { return 0; }
     int SetDevice(const std::string&) override { return 0; }
-    int SetPortOpen(bool open) override { m_open = open; return 0; }
+    int SetPortOpen(bool open) override {
+        m_open = open;
+        return 0;
+    }
     bool PortOpen() const override { return m_open; }
     void SetReceiveHandler(ReceiveHandler h) override { receive = std::move(h); }
     void SetErrorHandler(ErrorHandler) override {}

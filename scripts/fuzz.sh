@@ -16,6 +16,7 @@ seeds() { # target -> seed files
         fuzz_nmea) ls "$here"/../shared/data/nmea/*.nmea "$here"/tests/data/gps/*.nmea ;;
         fuzz_ini_file) ls "$here"/examples/*.zav "$here"/tests/data/profile/*.zav ;;
         fuzz_antenna_file) ls "$here"/examples/*.tab "$here"/tests/data/measure/*.tab ;;
+        fuzz_replies) ls "$here"/tests/data/network/*.xml ;;
         *) ;;
     esac 2>/dev/null || true
 }
