@@ -9,8 +9,8 @@ enum class MessageIcon { None, Critical, Exclamation, Information, Question };
 enum class MessageButtons { Ok, OkCancel };
 enum class MessageResult { Ok, Cancel };
 
-// A file chooser's set-up. `filter` keeps the designed "Name|pattern|Name|pattern" form;
-// `filterIndex` is 1-based, as the design counts the entries.
+// A file chooser's set-up. `filter` keeps the program's "Name|pattern|Name|pattern" form;
+// `filterIndex` is 1-based, counting the filter entries from the first.
 struct FileDialogRequest {
     std::string title;
     std::string initialDir;

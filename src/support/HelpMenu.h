@@ -8,7 +8,7 @@
 namespace zav {
 
 // The Help menu's links: the manual and the maker's home, FAQ and support pages, each
-// opened with what the desktop associates with it and failures reported as designed.
+// opened with what the desktop associates with it and failures reported by the shell-result rules.
 class HelpMenu {
 public:
     HelpMenu(Shell& shell, Dialogs& dialogs) : m_shell(shell), m_dialogs(dialogs) {}

@@ -1,7 +1,7 @@
 #!/bin/sh
 # zavcli export end to end: sox writes a noise recording and reads its samples back in its own
 # text format, an independent reading that the table and the script must agree with; the
-# real gnuplot runs the script; bad input gives the designed messages and exit codes.
+# real gnuplot runs the script; bad input gives the program's messages and exit codes.
 #   export.sh ZAVCLI
 set -eu
 zavcli=$1

@@ -159,7 +159,7 @@ TEST(WaveRecorder, RecordsFromTheTemplatesRateAndKeepsTheSamplesBehindTheSettlin
     EXPECT_EQ(samplesOf(rig.wav).size(), 4096u);
 }
 
-TEST(WaveRecorder, DeviceFailuresShowTheDesignedMessageAndLeaveThePreviousFile) {
+TEST(WaveRecorder, DeviceFailuresShowTheRecordingErrorAndLeaveThePreviousFile) {
     Rig rig;
     std::ofstream(rig.wav) << "previous";
     rig.capture.failAfter = 3000;
@@ -286,7 +286,7 @@ TEST(SineTone, TheBeepIsTheAskedFrequencyAndLengthWithoutClicks) {
     EXPECT_GE(*std::min_element(loud.begin(), loud.end()), -32767);
 }
 
-TEST(WaveDeviceMessages, TheDesignedTexts) {
+TEST(WaveDeviceMessages, TheRecordingAndPlayingTexts) {
     EXPECT_EQ(RecordingErrorMessage({263, "The device is not ready."}),
               "Error: recording wave file: The device is not ready.(263).");
     EXPECT_EQ(PlayingErrorMessage({kDeviceOpenError, "Cannot open."}),

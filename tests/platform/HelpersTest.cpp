@@ -55,7 +55,7 @@ TEST(CompareVersions, NumericPartsNotText) {
 TEST(CompareVersions, SharedPositionComparesOutOfStepAfterTheFirstDot) {
     // "1.2" against "01.3": the first parts are equal (1 = 01); the position then moves just
     // past the nearer dot, which is "1.2"'s, so "2" is read from "1.2" but "" (0) from the
-    // dot onwards of "01.3". Part by part it would be lower; compared as designed it is higher.
+    // dot onwards of "01.3". Part by part it would be lower; compared with the shared position it is higher.
     EXPECT_EQ(CompareVersions("1.2", "01.3", 2), 1);
     EXPECT_EQ(CompareVersions("1.10", "01.9", 2), 1);
     EXPECT_EQ(CompareVersions("01.9", "1.10", 2), -1);
@@ -111,7 +111,7 @@ TEST(SplitCommandLine, JoinRoundTrips) {
     }
 }
 
-TEST(UrlCoding, DesignedExampleAndSpaceForms) {
+TEST(UrlCoding, KnownExampleAndSpaceForms) {
     EXPECT_EQ(UrlEncode("a b&c", true), "a+b%26c");
     EXPECT_EQ(UrlDecode("a+b%26c"), "a b&c");
     EXPECT_EQ(UrlEncode("a b", false), "a%20b");

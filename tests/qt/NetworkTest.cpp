@@ -171,7 +171,7 @@ TEST(TransferOverHttp, PositionTravelsLastAndUnencoded) {
               expectedBody("&Latitude=51.500000&Longitude=-0.120000", "alice", 0));
 }
 
-TEST(TransferOverHttp, RefusalsAndFailuresShowTheDesignedMessages) {
+TEST(TransferOverHttp, RefusalsAndFailuresShowTheirMessages) {
     struct Case {
         int status;
         std::string reply;

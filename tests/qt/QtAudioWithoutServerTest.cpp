@@ -1,4 +1,4 @@
-// The audio adapters on a machine without any sound system: recording fails with the designed
+// The audio adapters on a machine without any sound system: recording fails with its
 // message, playing and beeping are silent, and nothing waits.
 #include "measure/WaveRecorder.h"
 #include "qt/services/AudioDevices.h"
@@ -30,7 +30,7 @@ const bool kNoSoundSystem = [] {
 
 } // namespace
 
-TEST(NoSoundSystem, RecordingFailsAtOnceWithTheDesignedMessage) {
+TEST(NoSoundSystem, RecordingFailsAtOnceWithTheRecordingError) {
     ASSERT_TRUE(kNoSoundSystem);
     EXPECT_TRUE(AudioInputNames().empty());
     EXPECT_FALSE(FindAudioInput(""));

@@ -81,7 +81,7 @@ struct TransferRig {
 
 } // namespace
 
-TEST(PostVars, DesignedOrderWithFreeTextEncodedAndCellsAsDisplayed) {
+TEST(PostVars, FieldOrderWithFreeTextEncodedAndCellsAsDisplayed) {
     ReportFixture f;
     f.setup.Location = "Hill top = 3 & more";
     const Items items = splitForm(PostVars(f.source()));

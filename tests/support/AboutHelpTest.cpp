@@ -30,7 +30,7 @@ TEST(ShellResultRule, MessageBelow31AndAt32OnlyWith31PassingSilently) {
     }
 }
 
-TEST(HelpMenu, ManualAndWebPagesOpenWhereDesigned) {
+TEST(HelpMenu, ManualAndWebPagesOpenWhereTheyShould) {
     FakeShell shell;
     FakeDialogs dialogs;
     HelpMenu help(shell, dialogs);

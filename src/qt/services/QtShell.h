@@ -10,7 +10,7 @@ namespace zav {
 
 // The shell's "open" and program start over Qt: a document or address goes to what the
 // desktop associates with it (QDesktopServices), a program is started detached (QProcess).
-// Open's result keeps the designed convention: 42 opened, 2 no such file, 31 nothing took it.
+// Open's result keeps the program's convention: 42 opened, 2 no such file, 31 nothing took it.
 class QtShell : public Shell {
 public:
     // What hands a URL to the desktop; QDesktopServices::openUrl unless told otherwise.

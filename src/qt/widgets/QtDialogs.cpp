@@ -30,7 +30,7 @@ QString selectedFilter(const QString& filters, int index) {
 
 } // namespace
 
-QString QtFilterFromDesigned(const std::string& filter) {
+QString QtFilterFromList(const std::string& filter) {
     const QStringList parts = QString::fromStdString(filter).split('|');
     QStringList entries;
     for (qsizetype i = 0; i + 1 < parts.size(); i += 2) {
@@ -57,7 +57,7 @@ MessageResult QtDialogs::ShowMessage(const std::string& text, const std::string&
 }
 
 std::optional<std::string> QtDialogs::OpenFileName(const FileDialogRequest& request) {
-    const QString filters = QtFilterFromDesigned(request.filter);
+    const QString filters = QtFilterFromList(request.filter);
     QString chosenFilter = selectedFilter(filters, request.filterIndex);
     const QString start =
         QString::fromStdString(request.initialDir) + '/' + QString::fromStdString(request.fileName);
@@ -69,7 +69,7 @@ std::optional<std::string> QtDialogs::OpenFileName(const FileDialogRequest& requ
 }
 
 std::optional<std::string> QtDialogs::SaveFileName(const FileDialogRequest& request) {
-    const QString filters = QtFilterFromDesigned(request.filter);
+    const QString filters = QtFilterFromList(request.filter);
     QString chosenFilter = selectedFilter(filters, request.filterIndex);
     QString start = QString::fromStdString(request.fileName);
     if (!start.contains('/') && !request.initialDir.empty())

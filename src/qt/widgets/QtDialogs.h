@@ -24,6 +24,6 @@ private:
 };
 
 // "Name|pattern|Name|pattern" as Qt's "Name (pattern);;Name (pattern)".
-QString QtFilterFromDesigned(const std::string& filter);
+QString QtFilterFromList(const std::string& filter);
 
 } // namespace zav
