@@ -10,6 +10,7 @@
 #include "platform/Beeper.h"
 #include "platform/Format.h"
 #include "qt/services/QtSerialPort.h"
+#include "testsupport/PtyPair.h"
 
 #include <QApplication>
 #include <QFileInfo>
@@ -38,51 +39,7 @@ using namespace zav;
 
 namespace {
 
-// whatever is written to the "in" end can be read from the "out" end.
-class PtyPair {
-public:
-    PtyPair() {
-        m_in = m_dir.filePath("gps-in").toStdString();
-        m_out = m_dir.filePath("gps-out").toStdString();
-        m_socat.start("socat", {"pty,raw,echo=0,link=" + QString::fromStdString(m_in),
-                                "pty,raw,echo=0,link=" + QString::fromStdString(m_out)});
-        if (m_socat.waitForStarted(5000))
-            (void)QTest::qWaitFor([&] { return exists(m_in) && exists(m_out); }, 5000);
-    }
-    ~PtyPair() {
-        if (m_writer >= 0)
-            ::close(m_writer);
-        stop();
-    }
-    bool ready() const { return m_socat.state() == QProcess::Running && exists(m_out); }
-    const std::string& out() const { return m_out; }
-
-    void write(const std::string& bytes) {
-        if (m_writer < 0)
-            m_writer = ::open(m_in.c_str(), O_RDWR | O_NOCTTY);
-        ASSERT_GE(m_writer, 0) << std::strerror(errno);
-        ASSERT_EQ(::write(m_writer, bytes.data(), bytes.size()),
-                  static_cast<ssize_t>(bytes.size()));
-    }
-    // Ends socat by its process id: the line goes as if the receiver were unplugged.
-    void stop() {
-        if (m_socat.state() == QProcess::NotRunning)
-            return;
-        ::kill(static_cast<pid_t>(m_socat.processId()), SIGTERM);
-        m_socat.waitForFinished(5000);
-    }
-
-private:
-    static bool exists(const std::string& path) {
-        return QFileInfo::exists(QString::fromStdString(path));
-    }
-    QTemporaryDir m_dir;
-    QProcess m_socat;
-    std::string m_in;
-    std::string m_out;
-    int m_writer = -1;
-};
-
+using zav::test::PtyPair;
 class CountingBeeper : public Beeper {
 public:
     std::vector<std::pair<int, int>> beeps;
