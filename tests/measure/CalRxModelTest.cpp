@@ -5,6 +5,8 @@
 #include "platform/Number.h"
 #include "testsupport/FakeDialogs.h"
 
+#include "CalibrationOracle.h"
+
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -14,7 +16,7 @@ using namespace zav;
 
 namespace {
 
-constexpr double kBoltzmann = 1.3806504e-23, kT0 = 290.0;
+constexpr double kBoltzmann = test::kBoltzmannJPerK, kT0 = test::kT0Kelvin;
 
 struct NoDevices : AudioInput, Beeper {
     Recording RecordWave(const RecordingRequest&) override { return {}; }
@@ -60,18 +62,6 @@ struct Bench {
     }
 };
 
-double excessTemperature(CalSource source, double level, double bandwidthHz) {
-    switch (source) {
-    case CalSource::Carrier:
-        return std::pow(10.0, level / 10.0) / 1000.0 / (kBoltzmann * bandwidthHz);
-    case CalSource::NoiseDensity:
-        return std::pow(10.0, level / 10.0) / 1000.0 / kBoltzmann;
-    case CalSource::ExcessNoiseRatio:
-        break;
-    }
-    return std::pow(10.0, level / 10.0) * kT0;
-}
-
 } // namespace
 
 TEST(CalRxModel, CalibrateApplyRecalculateRoundTrip) {
@@ -92,7 +82,7 @@ TEST(CalRxModel, CalibrateApplyRecalculateRoundTrip) {
             const double B = Number(b.setup.Bandwidth);
             const double lossDb = Number(b.setup.Attenuator) + Number(b.setup.Loss);
             const double trueNf = nf(rng);
-            const double excess = excessTemperature(source, level, B);
+            const double excess = test::ExcessTemperature(source, level, B);
             b.measure(excess, trueNf, lossDb);
             if (b.steps.yfact < 1.001) // a source lost in the noise: nothing to calibrate
                 continue;

@@ -1,6 +1,8 @@
 #include "measure/RxCalibration.h"
 #include "platform/Conversions.h"
 
+#include "CalibrationOracle.h"
+
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -11,22 +13,7 @@ using namespace zav;
 
 namespace {
 
-constexpr double kBoltzmann = 1.3806504e-23, kT0 = 290.0;
-
-// The Y-factor method from first principles: a source whose excess temperature over T0 is Tc
-// raises the noise power by Y = (T0 + Tsys + Tc) / (T0 + Tsys), so F = (T0 + Tsys) / T0
-// = Tc / (T0·(Y − 1)). Tc from a carrier of P watts in B Hz is P / (k·B).
-double excessTemperature(CalSource source, double level, double bandwidthHz) {
-    switch (source) {
-    case CalSource::Carrier:
-        return std::pow(10.0, level / 10.0) / 1000.0 / (kBoltzmann * bandwidthHz);
-    case CalSource::NoiseDensity:
-        return std::pow(10.0, level / 10.0) / 1000.0 / kBoltzmann;
-    case CalSource::ExcessNoiseRatio:
-        break;
-    }
-    return std::pow(10.0, level / 10.0) * kT0;
-}
+constexpr double kBoltzmann = test::kBoltzmannJPerK, kT0 = test::kT0Kelvin;
 
 } // namespace
 
@@ -61,7 +48,7 @@ TEST(RxCalibration, AgreesWithFirstPrinciplesAndTheFriisCascade) {
             const RxCalibration r = CalibrateReceiver(source, level, in);
             ASSERT_EQ(r.status, CalStatus::Done) << i;
             const double f =
-                excessTemperature(source, level, in.bandwidthHz) / (kT0 * (in.yfact - 1.0));
+                test::ExcessTemperature(source, level, in.bandwidthHz) / (kT0 * (in.yfact - 1.0));
             EXPECT_NEAR(*r.systemNfDb, 10 * std::log10(f), 1e-7) << i;
             // A matched passive loss L at T0 ahead of a receiver of factor Fr gives a cascade
             // of L·Fr: in dB, the loss simply comes off.
