@@ -2,6 +2,11 @@
 
 #include <random>
 
+#if defined(__unix__) || defined(__APPLE__)
+#include <fcntl.h>
+#include <unistd.h>
+#endif
+
 namespace zav {
 namespace {
 
@@ -19,6 +24,21 @@ std::string temporaryName() {
     for (int i = 0; i < 8; ++i)
         name += hex[rng() % 16];
     return name + ".tmp";
+}
+
+// Puts the new content on the disk before the rename makes it the file, so that a power cut
+// right after a save finds either the old file or the new one, never an empty one.
+bool syncToDisk(const fs::path& path) {
+#if defined(__unix__) || defined(__APPLE__)
+    const int fd = ::open(path.c_str(), O_RDONLY);
+    if (fd < 0)
+        return false;
+    const bool synced = ::fsync(fd) == 0;
+    return ::close(fd) == 0 && synced;
+#else
+    (void)path;
+    return true;
+#endif
 }
 
 bool fail(std::string* error, std::string text) {
@@ -62,7 +82,7 @@ bool AtomicFileWriter::Commit(std::string* error) {
     m_done = true;
     std::error_code ec;
     m_out.close();
-    if (!m_out) {
+    if (!m_out || !syncToDisk(m_temporary)) {
         fs::remove(m_temporary, ec);
         return fail(error, "cannot write " + m_temporary.string());
     }

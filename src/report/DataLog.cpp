@@ -5,7 +5,6 @@
 #include "platform/Version.h"
 
 #include <cstdio>
-#include <filesystem>
 #include <vector>
 
 namespace zav {
@@ -78,22 +77,15 @@ bool AppendDataLog(const std::string& path, const ReportSource& source) {
         return false;
     bool ok = std::fseek(file, 0, SEEK_END) == 0;
     const long length = ok ? std::ftell(file) : -1;
-    ok = ok && length >= 0;
-    bool wrote = false;
-    if (ok) {
+    if (length >= 0) {
         const std::string text =
             (length == 0 ? DataLogHeader() : std::string()) + DataLogRow(source);
-        wrote = true;
         ok = std::fwrite(text.data(), 1, text.size(), file) == text.size();
         ok = std::fflush(file) == 0 && ok;
+    } else {
+        ok = false;
     }
-    ok = std::fclose(file) == 0 && ok;
-    if (!ok && wrote) {
-        // A full disk may have taken part of the row: cut the log back to its earlier rows.
-        std::error_code ignored;
-        std::filesystem::resize_file(path, static_cast<std::uintmax_t>(length), ignored);
-    }
-    return ok;
+    return std::fclose(file) == 0 && ok;
 }
 
 } // namespace zav

@@ -14,7 +14,7 @@ std::string DataLogRow(const ReportSource& source);
 
 // Appends the row to the log at `path`, preceded by the header when the file is new or
 // empty, in a single write so that a crash never leaves half a row. False on any failure;
-// earlier rows are never touched.
+// earlier rows are never touched, and the part of a row a full disk let through stays.
 bool AppendDataLog(const std::string& path, const ReportSource& source);
 
 } // namespace zav

@@ -1,5 +1,8 @@
 #include "config/IniFile.h"
 #include "config/TextEncoding.h"
+#include "platform/AtomicFile.h"
+#include "testsupport/FileSizeLimit.h"
+#include "testsupport/ScratchDir.h"
 
 #include <gtest/gtest.h>
 
@@ -7,6 +10,7 @@
 #include <fstream>
 #include <iconv.h>
 #include <random>
+#include <sys/wait.h>
 #include <unistd.h>
 
 using namespace zav;
@@ -14,35 +18,17 @@ namespace fs = std::filesystem;
 
 namespace {
 
-std::string slurp(const fs::path& p) {
-    std::ifstream in(p, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-}
-
 void spit(const fs::path& p, const std::string& bytes) {
     std::ofstream(p, std::ios::binary) << bytes;
 }
 
-// A fresh folder per test, removed afterwards.
-class TempDir {
-public:
-    TempDir() {
-        std::string pattern = (fs::temp_directory_path() / "zav-ini-XXXXXX").string();
-        m_path = mkdtemp(pattern.data());
-    }
-    ~TempDir() { fs::remove_all(m_path); }
-    const fs::path& path() const { return m_path; }
-    std::vector<std::string> names() const {
-        std::vector<std::string> out;
-        for (const auto& e : fs::directory_iterator(m_path))
-            out.push_back(e.path().filename().string());
-        std::sort(out.begin(), out.end());
-        return out;
-    }
-
-private:
-    fs::path m_path;
-};
+std::vector<std::string> names(const fs::path& dir) {
+    std::vector<std::string> out;
+    for (const auto& e : fs::directory_iterator(dir))
+        out.push_back(e.path().filename().string());
+    std::sort(out.begin(), out.end());
+    return out;
+}
 
 // The C library's own converter, as an independent oracle; nothing when it refuses.
 std::optional<std::string> iconvConvert(const char* from, const char* to, std::string in) {
@@ -191,8 +177,8 @@ TEST(TextEncoding, AgreesWithTheCLibrary) {
 }
 
 TEST(IniFile, SaveReplacesTheWholeFileAndLeavesNothingBehind) {
-    TempDir dir;
-    const fs::path file = dir.path() / "site.zav";
+    test::TempDir dir;
+    const fs::path file = dir.path / "site.zav";
     spit(file, "[old]\r\nstale=1\r\n");
     fs::permissions(file, fs::perms::owner_read | fs::perms::owner_write);
     IniFile ini;
@@ -201,9 +187,9 @@ TEST(IniFile, SaveReplacesTheWholeFileAndLeavesNothingBehind) {
             "cepteur");
     std::string error;
     ASSERT_TRUE(ini.Save(file.string(), &error)) << error;
-    EXPECT_EQ(slurp(file), "[conditions]\r\nReceiver=R\xC3\xA9"
-                           "cepteur\r\n");
-    EXPECT_EQ(dir.names(), std::vector<std::string>{"site.zav"}) << "no temporary file remains";
+    EXPECT_EQ(test::ReadFile(file), "[conditions]\r\nReceiver=R\xC3\xA9"
+                                    "cepteur\r\n");
+    EXPECT_EQ(names(dir.path), std::vector<std::string>{"site.zav"}) << "no temporary file remains";
     EXPECT_EQ(fs::status(file).permissions() & fs::perms::all,
               fs::perms::owner_read | fs::perms::owner_write);
 
@@ -213,41 +199,82 @@ TEST(IniFile, SaveReplacesTheWholeFileAndLeavesNothingBehind) {
                                                       "cepteur");
 
     // Through a link, the file it names is replaced and the link stays a link.
-    const fs::path link = dir.path() / "link.zav";
+    const fs::path link = dir.path / "link.zav";
     fs::create_symlink(file, link);
     ini.Set("conditions", "Receiver", "via link");
     ASSERT_TRUE(ini.Save(link.string()));
     EXPECT_TRUE(fs::is_symlink(link));
-    EXPECT_EQ(slurp(file), "[conditions]\r\nReceiver=via link\r\n");
+    EXPECT_EQ(test::ReadFile(file), "[conditions]\r\nReceiver=via link\r\n");
+}
+
+TEST(IniFile, AFullDiskOrADeathBeforeTheRenameLeavesTheOldProfileWhole) {
+    test::TempDir dir;
+    const fs::path file = dir.path / "site.zav";
+    const std::string old = "[conditions]\r\nReceiver=old\r\n";
+    spit(file, old);
+    IniFile ini;
+    ini.Set("conditions", "Receiver", "new");
+    ini.Set("conditions", "Notes", std::string(200, 'n'));
+    const std::string text = ini.Text();
+
+    std::string error;
+    {
+        test::FileSizeLimit full(old.size() + 20);
+        EXPECT_FALSE(ini.Save(file.string(), &error));
+    }
+    EXPECT_FALSE(error.empty());
+    EXPECT_EQ(test::ReadFile(file), old);
+    EXPECT_EQ(names(dir.path), std::vector<std::string>{"site.zav"});
+
+    // The program dies with the new profile written but not yet in place.
+    const pid_t child = fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        AtomicFileWriter writer(file.string());
+        writer.Stream() << text << std::flush;
+        kill(getpid(), SIGKILL);
+    }
+    int status = 0;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    ASSERT_TRUE(WIFSIGNALED(status));
+    IniFile loaded;
+    ASSERT_TRUE(loaded.Load(file.string()));
+    EXPECT_EQ(loaded.Text(), old);
+    const std::vector<std::string> left = names(dir.path);
+    ASSERT_EQ(left.size(), 2u); // the whole new text, beside the profile and never over it
+    EXPECT_EQ(test::ReadFile(dir.path / left[1]), text);
+
+    ASSERT_TRUE(ini.Save(file.string()));
+    EXPECT_EQ(test::ReadFile(file), text);
 }
 
 TEST(IniFile, FailuresAreReportedNotThrown) {
-    TempDir dir;
+    test::TempDir dir;
     IniFile ini;
     ini.Set("a", "b", "c");
     std::string error;
-    EXPECT_FALSE(ini.Save((dir.path() / "missing" / "x.zav").string(), &error));
+    EXPECT_FALSE(ini.Save((dir.path / "missing" / "x.zav").string(), &error));
     EXPECT_FALSE(error.empty());
-    EXPECT_FALSE(ini.Save(dir.path().string(), &error)) << "a folder is not replaced by a file";
-    EXPECT_TRUE(fs::is_directory(dir.path()));
-    EXPECT_TRUE(dir.names().empty());
+    EXPECT_FALSE(ini.Save(dir.path.string(), &error)) << "a folder is not replaced by a file";
+    EXPECT_TRUE(fs::is_directory(dir.path));
+    EXPECT_TRUE(names(dir.path).empty());
 
     if (geteuid() != 0) { // permissions do not hold back root
-        const fs::path locked = dir.path() / "locked";
+        const fs::path locked = dir.path / "locked";
         fs::create_directory(locked);
         spit(locked / "p.zav", "[keep]\r\nme=1\r\n");
         fs::permissions(locked, fs::perms::owner_read | fs::perms::owner_exec);
         EXPECT_FALSE(ini.Save((locked / "p.zav").string(), &error));
-        EXPECT_EQ(slurp(locked / "p.zav"), "[keep]\r\nme=1\r\n");
+        EXPECT_EQ(test::ReadFile(locked / "p.zav"), "[keep]\r\nme=1\r\n");
         fs::permissions(locked, fs::perms::owner_all);
     }
 
     // Reading: a missing file, a folder or something far too large gives an empty profile.
     IniFile loaded = IniFile::Parse("[x]\ny=1\n");
-    EXPECT_FALSE(loaded.Load((dir.path() / "nothing.zav").string(), &error));
+    EXPECT_FALSE(loaded.Load((dir.path / "nothing.zav").string(), &error));
     EXPECT_FALSE(loaded.Value("x", "y"));
-    EXPECT_FALSE(loaded.Load(dir.path().string()));
-    const fs::path big = dir.path() / "big.zav";
+    EXPECT_FALSE(loaded.Load(dir.path.string()));
+    const fs::path big = dir.path / "big.zav";
     spit(big, "[x]\r\ny=1\r\n" + std::string(IniFile::kMaxFileBytes, ';'));
     EXPECT_FALSE(loaded.Load(big.string()));
     EXPECT_EQ(loaded.Text(), "");

@@ -90,6 +90,20 @@ TEST(QtHttpClient, ServerThatNeverAnswersEndsInTheTimeOutAndAbortEndsTheWait) {
     EXPECT_LT(clock.elapsed(), 20000);
 }
 
+TEST(QtHttpClient, ReplyCutOffMidBodyCountsAsNoReply) {
+    TestHttpServer server;
+    QtHttpClient http(5s);
+    const std::string whole = "<result><cc>0</cc><receipt>ZAV-000123</receipt></result>";
+    for (std::size_t cut : {std::size_t{0}, std::size_t{18}, whole.size() - 1}) {
+        server.reply(200, whole);
+        server.stopMidReply(cut);
+        const HttpResponse r = http.Get(server.url("/collect.php"));
+        EXPECT_EQ(r.status, 0) << cut;
+    }
+    server.reply(200, whole); // and the same server answering in full is read whole
+    EXPECT_EQ(http.Get(server.url("/collect.php")).body, whole);
+}
+
 namespace {
 
 // The request body for the fixture's observation, written out by hand from the field list:
@@ -206,6 +220,16 @@ TEST(TransferOverHttp, ServerThatNeverAnswersFailsLikeAnyRequest) {
     EXPECT_TRUE(t.history.lastObsTime.empty());
 }
 
+TEST(TransferOverHttp, ServerStoppingMidReplyKeepsNoReceipt) {
+    ServerTransfer t;
+    const std::string reply = "<result><cc>0</cc><receipt>ZAV-000123</receipt></result>";
+    t.server.reply(200, reply);
+    t.server.stopMidReply(reply.find("</receipt>"));
+    EXPECT_EQ(t.transfer().Message, "Error: HTTP status code:0");
+    EXPECT_TRUE(t.history.lastObsTime.empty());
+    EXPECT_TRUE(t.history.lastReceipt.empty());
+}
+
 namespace {
 
 std::string checkUpdate(TestHttpServer& server, UpdateModel::Outcome* outcome = nullptr) {
@@ -253,6 +277,10 @@ TEST(UpdateOverHttp, CurrentNewerShortVersionMissingFileAndForeignSite) {
         server.reply(200, description(foreign, newer));
         EXPECT_EQ(checkUpdate(server), "Update site not responding properly.") << foreign;
     }
+
+    server.reply(200, description("http://www.zav-noise.org/zav/", newer));
+    server.stopMidReply(60);
+    EXPECT_EQ(checkUpdate(server), "Update site not responding properly. HTTP status=0");
 
     server.reply(200, "this is not XML");
     EXPECT_EQ(checkUpdate(server, &outcome), "Update site not responding properly.");

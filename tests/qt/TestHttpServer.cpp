@@ -45,6 +45,7 @@ void TestHttpServer::reply(int status, std::string body, std::string contentType
     m_body = std::move(body);
     m_contentType = std::move(contentType);
     m_answer = true;
+    m_cutAfter = std::string::npos;
 }
 
 void TestHttpServer::serve(QTcpSocket* socket) {
@@ -79,7 +80,7 @@ void TestHttpServer::serve(QTcpSocket* socket) {
                                  reasonPhrase(m_status) + "\r\nContent-Type: " + m_contentType +
                                  "\r\nContent-Length: " + std::to_string(m_body.size()) +
                                  "\r\nConnection: close\r\n\r\n";
-        socket->write(QByteArray::fromStdString(head + m_body));
+        socket->write(QByteArray::fromStdString(head + m_body.substr(0, m_cutAfter)));
         socket->disconnectFromHost();
     });
 }

@@ -29,6 +29,9 @@ public:
     void reply(int status, std::string body, std::string contentType = "text/xml");
     // Reads requests but never answers: the client's time-out has to end the wait.
     void neverAnswer() { m_answer = false; }
+    // Announces the whole reply's length but closes the connection after `bytes` of its body,
+    // as a server that dies mid-reply does.
+    void stopMidReply(std::size_t bytes) { m_cutAfter = bytes; }
 
     std::vector<Request> requests;
 
@@ -40,6 +43,7 @@ private:
     std::string m_body;
     std::string m_contentType = "text/xml";
     bool m_answer = true;
+    std::size_t m_cutAfter = std::string::npos;
 };
 
 } // namespace zav::test

@@ -1,6 +1,9 @@
 #include "report/DataLog.h"
 #include "ReportFixture.h"
 #include "platform/UrlCoding.h"
+#include "report/ObservationOutputs.h"
+#include "testsupport/FakeDialogs.h"
+#include "testsupport/FakePorts.h"
 #include "testsupport/ScratchDir.h"
 
 #include <gtest/gtest.h>
@@ -8,6 +11,10 @@
 #include <filesystem>
 #include <fstream>
 #include <sstream>
+
+#ifdef __linux__
+#include "testsupport/FileSizeLimit.h"
+#endif
 
 using namespace zav;
 namespace fs = std::filesystem;
@@ -72,15 +79,52 @@ TEST(DataLog, RowShapeAndNotesSurviveEncoding) {
     EXPECT_EQ(v2[12], "2.000");
 }
 
-TEST(DataLog, FailureWritesNothingAndReportsIt) {
+TEST(DataLog, FailedAppendKeepsEarlierRowsSaysNothingAndLeavesTheCommandsEnabled) {
     test::TempDir dir;
     test::ReportFixture f;
-    EXPECT_FALSE(AppendDataLog((dir.path / "missing" / "log.tab").string(), f.source()));
-    EXPECT_FALSE(AppendDataLog(dir.path.string(), f.source())); // a folder, not a file
-#ifdef __linux__
-    // A full device: nothing of the row may stay behind.
-    if (fs::exists("/dev/full")) {
-        EXPECT_FALSE(AppendDataLog("/dev/full", f.source()));
+    CommandStates commands;
+    test::FakeDialogs dialogs;
+    test::FakeClipboard clipboard;
+    test::FakeMailer mailer;
+    ObservationOutputs outputs([&f] { return f.source(); }, commands, {dialogs, clipboard, mailer});
+    const auto enable = [&commands] { commands.MenuSaveTsv = commands.RTSVB = true; };
+    const auto enabled = [&commands] { return commands.MenuSaveTsv && commands.RTSVB; };
+    const fs::path log = dir.path / "log.tab";
+    outputs.TsvFileName = log.string();
+    enable();
+    outputs.MenuSaveTsv_Click();
+    EXPECT_FALSE(commands.MenuSaveTsv || commands.RTSVB); // one observation, one row
+    EXPECT_EQ(outputs.focus, FocusTarget::Step3);
+    enable(); // the next calculation
+    outputs.focus = FocusTarget::Unchanged;
+    const std::string earlier = test::ReadFile(log);
+    const std::string row = DataLogRow(f.source());
+
+    for (const fs::path& unopenable : {dir.path / "missing" / "log.tab", dir.path}) {
+        outputs.TsvFileName = unopenable.string();
+        outputs.MenuSaveTsv_Click();
+        EXPECT_TRUE(enabled()) << unopenable;
     }
+    EXPECT_EQ(outputs.focus, FocusTarget::Unchanged);
+
+#ifdef __linux__
+    // The disk fills up a few bytes into the row: the earlier rows stay as they were and the
+    // operator can try again once there is room. What did reach the disk is left as it is.
+    outputs.TsvFileName = log.string();
+    {
+        test::FileSizeLimit full(earlier.size() + 10);
+        outputs.MenuSaveTsv_Click();
+    }
+    EXPECT_TRUE(enabled());
+    EXPECT_EQ(outputs.focus, FocusTarget::Unchanged);
+    const std::string after = test::ReadFile(log);
+    ASSERT_LE(after.size(), earlier.size() + 10);
+    EXPECT_EQ(after.substr(0, earlier.size()), earlier);
+    EXPECT_EQ(after.substr(earlier.size()), row.substr(0, after.size() - earlier.size()));
+
+    outputs.MenuSaveTsv_Click();
+    EXPECT_FALSE(enabled());
+    EXPECT_EQ(test::ReadFile(log), after + row);
 #endif
+    EXPECT_TRUE(dialogs.messages.empty());
 }

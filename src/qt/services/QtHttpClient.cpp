@@ -16,6 +16,16 @@ QNetworkRequest requestFor(const std::string& url) {
     return request;
 }
 
+// True when the reply arrived whole: either no error, or an error that only reports the server's
+// own HTTP status (404, 500 ...). Connection, proxy and protocol failures, a time-out, an abort,
+// or a server that closes the connection mid-body leave at best part of a reply, and a cut-off
+// body must never be read as an answer.
+bool arrivedWhole(QNetworkReply::NetworkError error) {
+    const int code = error;
+    return error == QNetworkReply::NoError || (code > 200 && code < 300) ||
+           (code > 400 && code < 500);
+}
+
 } // namespace
 
 QtHttpClient::QtHttpClient(std::chrono::milliseconds timeout)
@@ -57,11 +67,11 @@ HttpResponse QtHttpClient::wait(QNetworkReply* reply) {
     }
     m_current = nullptr;
 
-    HttpResponse response;
-    // An aborted or unanswered request has no status; the error texts stay in the adapter.
+    HttpResponse response; // no status: the error texts stay in the adapter
     const QVariant status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute);
-    if (reply->error() != QNetworkReply::OperationCanceledError && status.isValid())
-        response.status = status.toInt();
+    if (!arrivedWhole(reply->error()) || !status.isValid())
+        return response;
+    response.status = status.toInt();
     if (reply->isOpen())
         response.body = reply->readAll().toStdString();
     return response;
