@@ -5,16 +5,14 @@
 #include <gtest/gtest.h>
 
 using namespace zav;
+using Letters = std::vector<std::string>;
 
 namespace {
 
 // Runs GetOpt over a whole command line and records letters and option arguments.
-std::vector<std::string> letters(const std::string& line, test::FakeDialogs& dialogs,
-                                 GetOpt* state = nullptr) {
-    GetOpt local(dialogs);
-    GetOpt& g = state ? *state : local;
+Letters letters(const std::string& line, GetOpt& g) {
     const auto args = SplitCommandLine(line, 5);
-    std::vector<std::string> out;
+    Letters out;
     for (int guard = 0; guard < 20; ++guard) {
         const std::string c = g.Next(args, "dhlt:");
         if (c == "-1")
@@ -28,71 +26,48 @@ std::vector<std::string> letters(const std::string& line, test::FakeDialogs& dia
 
 } // namespace
 
-TEST(GetOpt, FlagsGroupedOrApartAndOptionArguments) {
-    test::FakeDialogs d;
-    EXPECT_EQ(letters("-d -l", d), (std::vector<std::string>{"d", "l"}));
-    EXPECT_EQ(letters("-dl myprof", d), (std::vector<std::string>{"d", "l"}));
-    EXPECT_EQ(letters("-t my.tab", d), (std::vector<std::string>{"t=my.tab"}));
-    EXPECT_EQ(letters("-tmy.tab -d", d), (std::vector<std::string>{"t=my.tab", "d"}));
-    EXPECT_EQ(letters("-dtlog.tab", d), (std::vector<std::string>{"d", "t=log.tab"}));
-    EXPECT_TRUE(d.messages.empty());
+TEST(GetOpt, FlagsArgumentsAndWhereOptionsEnd) {
+    struct Case {
+        const char* line;
+        Letters letters;
+        int optind;
+    };
+    const Case cases[] = {{"-d -l", {"d", "l"}, 3},
+                          {"-dl myprof", {"d", "l"}, 2},
+                          {"-tmy.tab -d", {"t=my.tab", "d"}, 3},
+                          {"-dtlog.tab", {"d", "t=log.tab"}, 2},
+                          {"-t my.tab", {"t=my.tab"}, 3},
+                          {"prof -d", {}, 1},
+                          {"-d -- -h", {"d"}, 3}, // after "--" "-h" is an argument
+                          {"- prof", {""}, 2}};   // a lone dash is passed over
+    for (const Case& c : cases) {
+        test::FakeDialogs d;
+        GetOpt g(d);
+        EXPECT_EQ(letters(c.line, g), c.letters) << c.line;
+        EXPECT_EQ(g.optind, c.optind) << c.line;
+        EXPECT_TRUE(d.messages.empty()) << c.line;
+    }
 }
 
-TEST(GetOpt, StopsAtTheFirstNonOptionAndAfterDoubleDash) {
+TEST(GetOpt, UnknownOptionAndMissingArgumentShowTheirMessagesUnlessSilenced) {
     test::FakeDialogs d;
-    GetOpt g(d);
-    EXPECT_EQ(letters("prof -d", d, &g), std::vector<std::string>{});
-    EXPECT_EQ(g.optind, 1);
-
-    GetOpt g2(d);
-    EXPECT_EQ(letters("-d -- -h", d, &g2), std::vector<std::string>{"d"});
-    EXPECT_EQ(g2.optind, 3); // "-h" after "--" is an argument, not an option
-}
-
-TEST(GetOpt, UnknownOptionAndMissingArgumentShowTheirMessages) {
-    test::FakeDialogs d;
-    EXPECT_EQ(letters("-x", d), std::vector<std::string>{"?"});
-    ASSERT_EQ(d.messages.size(), 1u);
-    EXPECT_EQ(d.messages[0].text, "Error: \"x\" is not a valid option.");
+    GetOpt unknown(d), missing(d), colon(d), quiet(d);
+    EXPECT_EQ(letters("-x", unknown), Letters{"?"});
+    EXPECT_EQ(letters("-d -t", missing), (Letters{"d", "?"}));
+    EXPECT_EQ(letters("-:", colon), Letters{"?"}); // ":" is never an option
+    quiet.opterr = false;
+    EXPECT_EQ(letters("-x", quiet), Letters{"?"});
+    EXPECT_EQ(d.texts(), (std::vector<std::string>{"Error: \"x\" is not a valid option.",
+                                                   "Error: \"t\" option requires an argument.",
+                                                   "Error: \":\" is not a valid option."}));
     EXPECT_EQ(d.messages[0].icon, MessageIcon::Critical);
 
-    EXPECT_EQ(letters("-d -t", d), (std::vector<std::string>{"d", "?"}));
-    ASSERT_EQ(d.messages.size(), 2u);
-    EXPECT_EQ(d.messages[1].text, "Error: \"t\" option requires an argument.");
-
-    EXPECT_EQ(letters("-:", d), std::vector<std::string>{"?"}); // ":" is never an option
-}
-
-TEST(GetOpt, OpterrOffSilencesButStillFails) {
-    test::FakeDialogs d;
-    GetOpt g(d);
-    g.opterr = false;
-    EXPECT_EQ(letters("-x", d, &g), std::vector<std::string>{"?"});
-    EXPECT_TRUE(d.messages.empty());
-}
-
-TEST(GetOpt, StateAfterAnUnknownLetterInsideAGroup) {
     // The position only advances past an unknown letter that ends its argument.
-    test::FakeDialogs d;
-    GetOpt g(d);
-    const auto args = SplitCommandLine("-xd", 5);
-    EXPECT_EQ(g.Next(args, "dhlt:"), "?");
-    EXPECT_EQ(g.optind, 1);
-    EXPECT_EQ(g.optpos, 2);
-    const auto args2 = SplitCommandLine("-dx", 5);
-    GetOpt g2(d);
-    EXPECT_EQ(g2.Next(args2, "dhlt:"), "d");
-    EXPECT_EQ(g2.Next(args2, "dhlt:"), "?");
-    EXPECT_EQ(g2.optind, 2);
-    EXPECT_EQ(g2.optpos, 2);
-}
-
-TEST(GetOpt, LoneDashIsIgnored) {
-    test::FakeDialogs d;
-    GetOpt g(d);
-    const auto args = SplitCommandLine("- prof", 5);
-    EXPECT_EQ(g.Next(args, "dhlt:"), "");
-    EXPECT_EQ(g.Next(args, "dhlt:"), "-1");
-    EXPECT_EQ(g.optind, 2);
-    EXPECT_TRUE(d.messages.empty());
+    const auto first = SplitCommandLine("-xd", 5), last = SplitCommandLine("-dx", 5);
+    GetOpt a(d), b(d);
+    EXPECT_EQ(a.Next(first, "dhlt:"), "?");
+    EXPECT_EQ(std::make_pair(a.optind, a.optpos), std::make_pair(1, 2));
+    EXPECT_EQ(b.Next(last, "dhlt:"), "d");
+    EXPECT_EQ(b.Next(last, "dhlt:"), "?");
+    EXPECT_EQ(std::make_pair(b.optind, b.optpos), std::make_pair(2, 2));
 }

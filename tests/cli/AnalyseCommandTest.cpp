@@ -105,28 +105,22 @@ TEST(AnalyseCommand, PrintsEveryFieldToNineSignificantDigits) {
 }
 
 TEST(AnalyseCommand, UnusableFilesAndBadUsage) {
-    Cli bad;
     const std::string stereo = scratch("stereo.wav");
-    {
-        std::ofstream out(stereo, std::ios::binary);
-        out << std::string("RIFF\0\0\0\0WAVEfmt "
-                           "\x10\0\0\0\x01\0\x02\0\x44\xac\0\0\0\0\0\0\x04\0\x10\0data\0\0\0\0",
-                           44);
-    }
-    EXPECT_EQ(bad.run({"analyse", stereo}), kExitFailed);
-    EXPECT_NE(bad.err.str().find("Unsupported WAVE file format."), std::string::npos);
-    EXPECT_TRUE(bad.out.str().empty());
-
-    Cli empty;
+    std::ofstream(stereo, std::ios::binary)
+        << std::string("RIFF\0\0\0\0WAVEfmt "
+                       "\x10\0\0\0\x01\0\x02\0\x44\xac\0\0\0\0\0\0\x04\0\x10\0data\0\0\0\0",
+                       44);
     const std::string noSamples = scratch("no-samples.wav");
     test::WriteWave(noSamples, {}, 44100);
-    EXPECT_EQ(empty.run({"analyse", noSamples}), kExitFailed);
-    EXPECT_EQ(empty.err.str().find("Unsupported"), std::string::npos);
-    EXPECT_NE(empty.err.str().find("no samples"), std::string::npos);
-
-    Cli missing;
-    EXPECT_EQ(missing.run({"analyse", scratch("absent.wav")}), kExitFailed);
-    EXPECT_NE(missing.err.str().find("cannot open"), std::string::npos);
+    for (auto [file, message] :
+         {std::pair<std::string, const char*>{stereo, "Unsupported WAVE file format."},
+          {noSamples, "no samples"},
+          {scratch("absent.wav"), "cannot open"}}) {
+        Cli bad;
+        EXPECT_EQ(bad.run({"analyse", file}), kExitFailed) << file;
+        EXPECT_NE(bad.err.str().find(message), std::string::npos) << bad.err.str();
+        EXPECT_TRUE(bad.out.str().empty());
+    }
 
     const std::string path = sineFile();
     for (const std::vector<std::string>& args : {std::vector<std::string>{"analyse"},

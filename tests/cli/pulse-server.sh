@@ -1,10 +1,12 @@
-# Sourced by the audio scripts: a private PulseAudio server with a null sink "zavsink" and a
-# mono source "zavmic" that records whatever is played into the sink. No sound card needed.
-# pulse_start exports XDG_RUNTIME_DIR and PULSE_SERVER for everything started afterwards;
-# pulse_stop ends the server by "pactl exit", else by the process id it wrote, never by name.
+# Sourced by the audio scripts (and run by the audio adapters' test, tests/qt/PulseServer): a
+# private PulseAudio server with a null sink "zavsink" and a mono source "zavmic" that records
+# whatever is played into the sink. No sound card needed. pulse_start (in PULSE_DIR if set,
+# else a new folder) exports XDG_RUNTIME_DIR and PULSE_SERVER for everything started
+# afterwards; pulse_stop ends the server by "pactl exit", else by the process id it wrote,
+# never by name.
 
 pulse_start() {
-    PULSE_DIR=$(mktemp -d)
+    PULSE_DIR=${PULSE_DIR:-$(mktemp -d)}
     chmod 700 "$PULSE_DIR"
     export XDG_RUNTIME_DIR="$PULSE_DIR" PULSE_SERVER="unix:$PULSE_DIR/pulse/native"
     # It leaves by itself 20 s after its last client, should the script die before pulse_stop.
@@ -39,6 +41,7 @@ pulse_alive() {
 
 pulse_stop() {
     [ -n "${PULSE_DIR:-}" ] || return 0
+    [ -n "${PULSE_PID:-}" ] || PULSE_PID=$(cat "$PULSE_DIR/pulse/pid" 2> /dev/null) || true
     if [ -n "${PULSE_PID:-}" ]; then
         pactl exit > /dev/null 2>&1 || true
         tries=0

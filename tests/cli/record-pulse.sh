@@ -1,8 +1,9 @@
 #!/bin/sh
 # zavcli record end to end on a private PulseAudio server: what paplay plays into the null
-# sink is recorded through the remapped source. Sample counts and level are checked with sox,
-# an independent reader. Then bad usage, an unknown input, and a server that goes away
-# mid-recording (the error path, not a hang), a missing template, no sound system at all.
+# sink is recorded through the remapped source, its counts and format read back by sox. Then
+# bad usage, an unknown input, a server that goes away mid-recording (the error path, not a
+# hang) and a missing template. (Levels and the messages without any sound system are the
+# audio adapters' tests, in tests/qt.)
 set -eu
 zavcli=$1
 data=$2
@@ -25,15 +26,11 @@ pulse_start || fail "PulseAudio could not be started for the recording test"
 "$zavcli" record --list-devices > "$work/devices.txt"
 grep -q . "$work/devices.txt" || fail "no input listed"
 
-# 30 s of 1000 Hz at 0.3 of full scale: RMS 0.2121, -13.47 dBFS.
+# 30 s of 1000 Hz at 0.3 of full scale.
 sox -n -r 44100 -c 1 -b 16 "$work/played.wav" synth 30 sine 1000 vol 0.3
 paplay -d zavsink "$work/played.wav" &
 player=$!
 pulse_wait_playing || fail "paplay did not start"
-
-rms_db_off() { # dB between the RMS of $1 (by sox) and 0.3/sqrt(2)
-    sox "$1" -n stat 2>&1 | awk '/RMS +amplitude/ { d = 20 * log($3 / 0.21213) / log(10); print (d < 0 ? -d : d) }'
-}
 
 # Milliseconds: 1000 ms at 44100 Hz keeps 44100 samples.
 cd "$work"
@@ -45,8 +42,6 @@ grep -qx "SampleRate	44100" ms.out || fail "rate"
     fail "format"
 [ "$(wc -c < ms.wav)" = 88244 ] || fail "size $(wc -c < ms.wav)"
 [ ! -e ms.tmp ] || fail "the raw recording was left"
-off=$(rms_db_off ms.wav)
-awk "BEGIN { exit !($off < 0.5) }" || fail "level off by $off dB"
 
 # Samples: interval 64 keeps 65536; an interval given on the command line wins.
 "$zavcli" record k.wav --profile "$data/record-64k.zav" > k.out
@@ -59,9 +54,7 @@ rc=0; "$zavcli" record 2> /dev/null || rc=$?; [ $rc = 2 ] || fail "no file: $rc"
 rc=0; "$zavcli" record x.wav --interval soon 2> /dev/null || rc=$?; [ $rc = 2 ] || fail "bad interval: $rc"
 rc=0; "$zavcli" record x.tmp 2> /dev/null || rc=$?; [ $rc = 2 ] || fail ".tmp output: $rc"
 rc=0; "$zavcli" record x.wav --device "No Such Input" 2> x.err || rc=$?
-[ $rc = 1 ] || fail "unknown input: $rc"
-grep -q 'Error: recording wave file: The audio input "No Such Input" is not available.(5).' x.err ||
-    fail "unknown input message: $(cat x.err)"
+[ $rc = 1 ] && grep -q 'No Such Input' x.err || fail "unknown input: $rc $(cat x.err)"
 [ ! -e x.wav ] && [ ! -e x.tmp ] || fail "files left by a failed recording"
 
 # The sound system goes away two seconds into a twenty-second recording.
@@ -85,10 +78,4 @@ rc=0; bare/zavcli record bare.wav 2> bare.err || rc=$?
 grep -q 'ZAV.wav" is missing' bare.err || fail "no template: $(cat bare.err)"
 [ ! -e bare.wav ] || fail "no template: a file was written"
 
-# No sound system at all.
-rc=0
-PULSE_SERVER=unix:/nonexistent/zav "$zavcli" record none.wav 2> none.err || rc=$?
-[ $rc = 1 ] || fail "no sound system: exit $rc"
-grep -q 'Error: recording wave file: No audio input device is available.(5).' none.err ||
-    fail "no sound system: $(cat none.err)"
 echo "record: all checks passed"

@@ -78,33 +78,21 @@ TEST_F(SetupFormTest, LeavingABoxTidiesChecksAndActs) {
     record.IntervalTag = "8";
     const Case cases[] = {
         {F::Bandwidth, "2700.6", "2701", "", calc},
-        {F::Bandwidth, "200000", "200000", "", calc},
         {F::Bandwidth, "0", "0", kBandwidth, none},
-        {F::Bandwidth, "200001", "200001", kBandwidth, none},
-        {F::Bandwidth, "0.4", "0", kBandwidth, none},
         {F::Bandwidth, "abc", "abc", kBandwidth, none},
-        {F::Frequency, "0.1", "0.100", "", calc},
         {F::Frequency, "10000", "10000.000", "", calc},
         {F::Frequency, "0.0996", "0.100", "", calc},
         {F::Frequency, "0.09", "0.090", kFrequency, none},
         {F::Frequency, "10000.001", "10000.001", kFrequency, none},
-        {F::Frequency, "", "", kFrequency, none},
         {F::RxNF, "-3", "0.00", "", calc},
-        {F::RxNF, "abc", "0.00", "", calc},
         {F::RxNF, "3.456", "3.46", "", calc},
-        {F::RxNF, "1e1", "10.00", "", calc},
         {F::Attenuator, "abc", "0.0", "", calc},
         {F::Attenuator, "-6", "-6.0", "", calc},
-        {F::Loss, "", "0.0", "", calc},
         {F::Loss, "12.25", "12.3", "", calc},
-        {F::AntGain, "abc", "0.00", "", calc},
         {F::AntGain, "&h10", "16.00", "", calc},
         {F::lat, "abc", "", "", none},
-        {F::lat, "-35.1", "-35.100000", "", none},
-        {F::lon, "", "", "", none},
         {F::lon, "149.1234567", "149.123457", "", none},
         {F::AGC, "9", "9", kAgc, none},
-        {F::AGC, "ten", "ten", kAgc, none},
         {F::AGC, "30", "30", "", reset3},
         {F::AGC, "30", "30", "", none},
         {F::AGC, "29.6", "30", "", none},
@@ -112,7 +100,6 @@ TEST_F(SetupFormTest, LeavingABoxTidiesChecksAndActs) {
         {F::Interval, "  32  ", "32", "", reset1},
         {F::Interval, "32 ", "32", "", none},
         {F::Interval, "12", "12", kSamples, none},
-        {F::Interval, "", "", kSamples, none},
         {F::Interval, "8 16", "8 16", kSamples, none},
         {F::Interval, "32.0", "32.0", kSamples, none},
         {F::Interval, "256", "256", "", reset1},
@@ -129,7 +116,7 @@ TEST_F(SetupFormTest, LeavingABoxTidiesChecksAndActs) {
     EXPECT_EQ(record.IntervalTag, "256");
 
     options.Samples = false;
-    for (const char* bad : {"499", "10001", "abc", "499.99"}) {
+    for (const char* bad : {"499.99", "10001"}) {
         EXPECT_TRUE(leave(F::Interval, bad));
         EXPECT_EQ(shown(), kMilliseconds);
     }

@@ -71,18 +71,6 @@ TEST(NmeaInterpreter, ChecksumRules) {
     withDollar.insert(10, "$");
     EXPECT_TRUE(nmea.FParse(withDollar));
 
-    // Any one changed character before the "*" breaks the checksum.
-    std::mt19937 rng(3);
-    for (int trial = 0; trial < 300; ++trial) {
-        std::string s = kGga;
-        const std::size_t at = 1 + rng() % (s.size() - 4);
-        const char c = static_cast<char>(' ' + rng() % 95);
-        if (c == s[at] || c == '$' || c == '*')
-            continue;
-        s[at] = c;
-        EXPECT_FALSE(nmea.FParse(s)) << s;
-    }
-
     // Without a "*", every character is summed, the last two included, and compared with
     // those two; now and then a sentence passes that way. Each candidate is judged here by
     // that rule on its own and must get the same answer.

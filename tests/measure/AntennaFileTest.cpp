@@ -147,58 +147,44 @@ TEST(ReadAntennaFile, GoodFilesInEveryLineEnding) {
 }
 
 TEST(ReadAntennaFile, EveryProblemHasItsMessage) {
-    auto expectMessages = [](const Loaded& l, std::vector<std::string> texts,
-                             std::vector<MessageIcon> icons, const std::string& what) {
-        EXPECT_EQ(l.dialogs.texts(), texts) << what;
-        for (std::size_t i = 0; i < icons.size() && i < l.dialogs.messages.size(); ++i)
-            EXPECT_EQ(l.dialogs.messages[i].icon, icons[i]) << what << " " << i;
-    };
     const auto critical = MessageIcon::Critical, none = MessageIcon::None;
-
-    const Loaded three = load(records(3));
-    EXPECT_TRUE(three.file.Ok);
-    EXPECT_TRUE(three.dialogs.messages.empty());
-
-    Loaded l = load(records(2));
-    EXPECT_FALSE(l.file.Ok);
-    expectMessages(l, {kTooFew}, {critical}, "two records");
-
+    struct Case {
+        std::string text;
+        bool ok;
+        std::vector<std::string> messages;
+        std::vector<MessageIcon> icons;
+    };
     // Reading stops at the first problem; too few records is then checked as well.
-    l = load("#* Yagi\n1\t10\n1\t20\n3\t30\n");
-    EXPECT_FALSE(l.file.Ok);
-    EXPECT_EQ(l.file.Antenna, "Yagi"); // already taken when the load failed
-    expectMessages(l, {kUnsorted, kTooFew}, {critical, critical}, "same frequency twice");
-    l = load(records(3) + "2.5\t1\n");
-    EXPECT_FALSE(l.file.Ok);
-    expectMessages(l, {kUnsorted}, {critical}, "falling after three");
-    for (const char* first : {"0\t10\n", "-1\t10\n", "abc\t10\n"}) {
-        l = load(first + records(3));
-        EXPECT_FALSE(l.file.Ok) << first;
-        expectMessages(l, {kUnsorted, kTooFew}, {critical, critical}, first);
+    const Case cases[] = {
+        {records(3), true, {}, {}},
+        {records(100), true, {}, {}},
+        {records(2), false, {kTooFew}, {critical}},
+        {"#* Yagi\n1\t10\n1\t20\n3\t30\n", false, {kUnsorted, kTooFew}, {critical, critical}},
+        {records(3) + "2.5\t1\n", false, {kUnsorted}, {critical}},
+        {"0\t10\n" + records(3), false, {kUnsorted, kTooFew}, {critical, critical}},
+        {"-1\t10\n" + records(3), false, {kUnsorted, kTooFew}, {critical, critical}},
+        {"abc\t10\n" + records(3), false, {kUnsorted, kTooFew}, {critical, critical}},
+        {"1 10\n2\t20\n3\t30\n", false, {kBad, kTooFew}, {none, critical}},
+        {records(3) + " \n", false, {kBad}, {none}}, // a blank is not an empty line
+        {records(150), true, {kTooMany}, {none}},
+    };
+    for (const Case& c : cases) {
+        const Loaded l = load(c.text);
+        const std::string what = c.text.substr(0, 20);
+        EXPECT_EQ(l.file.Ok, c.ok) << what;
+        EXPECT_EQ(l.dialogs.texts(), c.messages) << what;
+        for (std::size_t i = 0; i < c.icons.size() && i < l.dialogs.messages.size(); ++i)
+            EXPECT_EQ(l.dialogs.messages[i].icon, c.icons[i]) << what << " " << i;
     }
-    l = load("1 10\n2\t20\n3\t30\n");
-    EXPECT_FALSE(l.file.Ok);
-    expectMessages(l, {kBad, kTooFew}, {none, critical}, "no tab");
-    l = load(records(3) + " \n");
-    EXPECT_FALSE(l.file.Ok);
-    expectMessages(l, {kBad}, {none}, "a blank is not an empty line");
-
-    // More than 100 records: the first 100 load after a warning.
-    l = load(records(100));
-    EXPECT_TRUE(l.file.Ok);
-    EXPECT_TRUE(l.dialogs.messages.empty());
-    l = load(records(150));
-    EXPECT_TRUE(l.file.Ok);
-    expectMessages(l, {kTooMany}, {none}, "150 records");
-    ASSERT_EQ(l.file.IntTable.size(), 100u);
-    EXPECT_EQ(l.file.IntTable.back()[0], 100);
-    EXPECT_EQ(csinterpolate(l.file.IntTable, 50), 100);
+    EXPECT_EQ(load("#* Yagi\n1\t10\n1\t20\n").file.Antenna, "Yagi"); // taken before failing
+    // More than 100 records: the first 100 load after the warning.
+    const Loaded many = load(records(150));
+    ASSERT_EQ(many.file.IntTable.size(), 100u);
+    EXPECT_EQ(csinterpolate(many.file.IntTable, 50), 100);
 
     test::FakeDialogs dialogs;
-    const AntennaFile missing =
-        ReadAntennaFile((test::ScratchDir() / "none.tab").string(), dialogs);
-    EXPECT_FALSE(missing.Ok);
+    EXPECT_FALSE(ReadAntennaFile((test::ScratchDir() / "none.tab").string(), dialogs).Ok);
     ASSERT_EQ(dialogs.messages.size(), 1u);
     EXPECT_EQ(dialogs.messages[0].title, kTitle);
-    EXPECT_EQ(dialogs.messages[0].icon, critical);
+    EXPECT_EQ(dialogs.messages[0].icon, MessageIcon::Critical);
 }

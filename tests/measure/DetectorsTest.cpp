@@ -41,15 +41,8 @@ void expectAgrees(const Measurement& got, const Measurement& want, const std::st
 }
 
 void expectSame(const Measurement& a, const Measurement& b) {
-    EXPECT_EQ(a.Avg, b.Avg);
-    EXPECT_EQ(a.Ms, b.Ms);
-    EXPECT_EQ(a.QP, b.QP);
-    EXPECT_EQ(a.Pk, b.Pk);
-    EXPECT_EQ(a.ClipFlag, b.ClipFlag);
-}
-
-std::vector<std::int16_t> constant(std::int16_t v, std::size_t n) {
-    return std::vector<std::int16_t>(n, v);
+    EXPECT_EQ(std::vector<double>({a.Avg, a.Ms, a.Rms, a.QP, a.Pk, a.ClipFlag}),
+              std::vector<double>({b.Avg, b.Ms, b.Rms, b.QP, b.Pk, b.ClipFlag}));
 }
 
 } // namespace
@@ -57,13 +50,10 @@ std::vector<std::int16_t> constant(std::int16_t v, std::size_t n) {
 TEST(Detectors, FullScaleSineGivesTheKnownReadings) {
     const auto sine = Sine(32767, 1000, 44100, 44100);
     const Measurement m = analyse(sine, 44100, 7);
-    EXPECT_EQ(Format(m.Avg, "0.000"), "0.708");
-    EXPECT_EQ(Format(m.Rms, "0.000"), "0.708");
-    EXPECT_EQ(Format(m.QP, "0.000"), "0.707");
-    EXPECT_EQ(Format(m.Pk, "0.000"), "0.708");
-    EXPECT_EQ(Format(m.PkRms, "0.00"), "0.00");
+    EXPECT_EQ(Format(m.Avg, "0.000") + Format(m.Rms, "0.000") + Format(m.QP, "0.000") +
+                  Format(m.Pk, "0.000") + Format(m.PkRms, "0.00"),
+              "0.7080.7080.7070.7080.00");
     EXPECT_EQ(m.ClipFlag, -1); // Pk above 0.7
-    EXPECT_FALSE(m.OverThreshold);
 
     // 30 MHz still discharges with 0.16 s; just above, the slower 0.55 s reads higher.
     EXPECT_EQ(analyse(sine, 44100, 30).QP, m.QP);
@@ -102,13 +92,9 @@ TEST(Detectors, SineAndGaussianNoiseReadTheirTextbookValues) {
 }
 
 TEST(Detectors, SilenceAndDirectCurrentFollowTheStartUpEstimate) {
-    const Measurement silence = analyse(constant(0, 44100), 44100);
-    EXPECT_EQ(silence.Avg, 0);
-    EXPECT_EQ(silence.Rms, 0);
-    EXPECT_EQ(silence.QP, 0);
-    EXPECT_EQ(silence.Pk, 0);
+    const Measurement silence = analyse(std::vector<std::int16_t>(44100, 0), 44100);
+    expectSame(silence, Measurement{});
     EXPECT_EQ(silence.QpRms, 0); // ratios untouched while Rms is 0
-    EXPECT_EQ(silence.ClipFlag, 0);
 
     // Pure DC c: the first estimate sums the first 10 ms plus one sample (the 10 ms rounded
     // half to even) over the unrounded 10 ms, so it starts off by e0 = c·(1 − (m+1)/(fs/100))
@@ -121,13 +107,11 @@ TEST(Detectors, SilenceAndDirectCurrentFollowTheStartUpEstimate) {
             const double e0 = c / 32768.0 * (1 - (m + 1) / (rate * 0.01));
             const double sumE = e0 * (1 - std::pow(a, n)) / (1 - a);
             const double sumE2 = e0 * e0 * (1 - std::pow(a, 2.0 * n)) / (1 - a * a);
-            const Measurement d = analyse(constant(c, n), rate);
+            const Measurement d = analyse(std::vector<std::int16_t>(n, c), rate);
             const std::string what = std::to_string(rate) + " Hz, DC " + std::to_string(c);
             expectClose(d.Ms, sumE2 / n, 1e-9, what + " Ms");
             if (c > 0) { // starts above: never a positive half-wave
-                EXPECT_EQ(d.Avg, 0) << what;
-                EXPECT_EQ(d.Pk, 0) << what;
-                EXPECT_EQ(d.QP, 0) << what;
+                EXPECT_EQ(d.Avg + d.Pk + d.QP, 0) << what;
                 EXPECT_EQ(d.PkRms, -999) << what;
             } else {
                 expectClose(d.Avg, sumE / n * kPi / std::sqrt(2.0), 1e-9, what + " Avg");
@@ -138,26 +122,6 @@ TEST(Detectors, SilenceAndDirectCurrentFollowTheStartUpEstimate) {
     // A DC offset under a tone is gone within tens of milliseconds.
     const Measurement offset = analyse(Sine(8000, 1000, 48000, 48000, 12000), 48000);
     expectClose(offset.Rms, 8000 / std::sqrt(2.0) / 32768, 0.005, "tone on DC");
-}
-
-TEST(Detectors, NegativeHalfWavesCountForRmsOnly) {
-    // Zero mean, asymmetric: +1000 for 15 samples, −3000 for 5; and the same upside down.
-    // Everything before the rectifier is linear, so the second's DC-free signal is exactly
-    // the first's negated: the same RMS, while the peak and average detectors see only what
-    // rises above zero.
-    std::vector<std::int16_t> up, down;
-    for (int i = 0; i < 48000; ++i) {
-        const std::int16_t v = i % 20 < 15 ? 1000 : -3000;
-        up.push_back(v);
-        down.push_back(static_cast<std::int16_t>(-v));
-    }
-    const Measurement u = analyse(up, 48000), d = analyse(down, 48000);
-    EXPECT_EQ(u.Ms, d.Ms);
-    expectClose(u.Rms, std::sqrt(3e6) / 32768, 0.01, "Rms");
-    expectClose(d.Pk / u.Pk, 3, 0.05, "peak ratio");
-    expectClose(u.Pk, 1000 / 32768.0 / std::sqrt(2.0), 0.05, "up Pk");
-    expectClose(d.Avg, u.Avg, 0.01, "Avg: equal areas above zero"); // zero mean
-    EXPECT_GT(d.QP, 2 * u.QP);
 }
 
 TEST(Detectors, FastKernelAgreesWithThePlainLoop) {
@@ -212,12 +176,10 @@ TEST(AnalyseWave, FileRunEqualsTheInMemoryRun) {
         markedDuring = markedDuring && fromFile.OverThreshold;
     }));
     expectSame(fromFile, analyse(samples, 44100));
-    EXPECT_FALSE(fromFile.OverThreshold);
+    EXPECT_FALSE(fromFile.OverThreshold); // set while the run is under way only
     EXPECT_TRUE(markedDuring);
-    ASSERT_GT(seen.size(), 1u);
-    EXPECT_TRUE(std::is_sorted(seen.begin(), seen.end()));
-    EXPECT_EQ(seen.back(), 1.0);
-    EXPECT_TRUE(dialogs.messages.empty());
+    EXPECT_GT(seen.size(), 1u);
+    EXPECT_TRUE(std::is_sorted(seen.begin(), seen.end()) && seen.back() == 1.0);
 
     // The same samples behind an 18-byte format chunk.
     test::WaveHeader extended;
@@ -247,30 +209,24 @@ TEST(AnalyseWave, FileRunEqualsTheInMemoryRun) {
 TEST(AnalyseWave, UnusableFilesLeaveTheMeasurementAlone) {
     const auto dir = test::ScratchDir();
     Measurement before;
-    before.Avg = 1.5;
-    before.Ms = 2.5;
-    before.QP = 3.5;
-    before.Pk = 4.5;
-    before.Rms = 5.5;
+    before.Avg = 1.5, before.Ms = 2.5, before.QP = 3.5, before.Pk = 4.5, before.Rms = 5.5;
     auto run = [&](const std::string& path, std::size_t messages) {
         test::FakeDialogs dialogs;
         Measurement m = before;
         EXPECT_FALSE(AnalyseWave(path, 7, m, dialogs)) << path;
         expectSame(m, before);
-        EXPECT_EQ(m.Rms, before.Rms);
         EXPECT_FALSE(m.OverThreshold);
         EXPECT_EQ(dialogs.messages.size(), messages) << path;
     };
-    test::WaveHeader stereo;
-    stereo.align = 4;
-    run(test::WriteBytes(dir / "stereo.wav", stereo.Bytes({1, 2, 3, 4})), 1);
+    auto header = [](std::uint16_t align, std::int32_t rate) {
+        test::WaveHeader h;
+        h.align = align, h.rate = rate;
+        return h;
+    };
+    run(test::WriteBytes(dir / "stereo.wav", header(4, 44100).Bytes({1, 2, 3, 4})), 1);
     run(test::WriteBytes(dir / "empty-data.wav", test::WaveHeader{}.Bytes()), 0);
-    test::WaveHeader noRate;
-    noRate.rate = 0;
-    run(test::WriteBytes(dir / "no-rate.wav", noRate.Bytes({1, 2})), 0);
-    test::WaveHeader negative;
-    negative.rate = -44100;
-    run(test::WriteBytes(dir / "negative-rate.wav", negative.Bytes({1, 2})), 0);
+    run(test::WriteBytes(dir / "no-rate.wav", header(2, 0).Bytes({1, 2})), 0);
+    run(test::WriteBytes(dir / "negative-rate.wav", header(2, -44100).Bytes({1, 2})), 0);
     const auto missing = dir / "missing.wav";
     run(missing.string(), 1);
     EXPECT_FALSE(std::filesystem::exists(missing)); // reading never creates the file

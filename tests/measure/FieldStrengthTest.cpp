@@ -41,6 +41,8 @@ TEST(FieldStrength, WorkedFigureAndReceiverNoiseCancels) {
     EXPECT_NEAR(*r.Text, 290.0, 1e-9);
     EXPECT_EQ(Format(r.rows[1]->rxDbm, "0.0"), "-139.7"); // −174.0 + 34.3
     EXPECT_EQ(Format(*r.MBW, "0.00"), "34.31");
+    EXPECT_NEAR(*r.Fa, 0.0, 1e-12); // T0 is 0 dB above k·T0·b
+    EXPECT_NEAR(MicrovoltRef(), -106.9897, 5e-5);
 
     // Y = 1 with any noise figure and any loss still means Text = T0.
     for (double nf : {0.5, 6.0, 20.0})
@@ -73,6 +75,7 @@ TEST(FieldStrength, AgreesWithTheFluxDensityDerivation) {
         const double text = yf * (290 + te) - te;
         EXPECT_NEAR(*r.Text / text, 1.0, 1e-9);
         const double fa = 10 * std::log10(text / 290);
+        EXPECT_NEAR(*r.Fa, fa, 1e-9);
         EXPECT_NEAR(r.rows[1]->fsDbuvPerM,
                     independentFieldDbuvPerM(fa, in.frequencyMHz, in.bandwidthHz, in.antGain),
                     1e-3);
@@ -118,40 +121,26 @@ TEST(FieldStrength, DetectorRowsCarryTheExternalRatios) {
 }
 
 TEST(FieldStrength, SilentRefusalsAndTheArithmeticErrorPath) {
-    FieldStrengthInputs in = baseInputs();
-    in.ms3 = 0;
-    EXPECT_EQ(ComputeFieldStrength(in).outcome, CalcOutcome::NoExternal);
-    in = baseInputs();
-    in.externalOverThreshold = true;
-    EXPECT_EQ(ComputeFieldStrength(in).outcome, CalcOutcome::NoExternal);
-
-    in = baseInputs();
-    in.ms2 = in.ms1; // receiver not above the sound card
-    EXPECT_EQ(ComputeFieldStrength(in).outcome, CalcOutcome::NotComputable);
-    in = baseInputs();
-    in.ms3 = in.ms1 / 2;
-    EXPECT_EQ(ComputeFieldStrength(in).outcome, CalcOutcome::NotComputable);
-    in = baseInputs();
-    in.bandwidthHz = 0;
-    EXPECT_EQ(ComputeFieldStrength(in).outcome, CalcOutcome::NotComputable);
-    in = baseInputs();
-    in.frequencyMHz = -1;
-    EXPECT_EQ(ComputeFieldStrength(in).outcome, CalcOutcome::NotComputable);
-
+    const std::pair<void (*)(FieldStrengthInputs&), CalcOutcome> cases[] = {
+        {[](FieldStrengthInputs& in) { in.ms3 = 0; }, CalcOutcome::NoExternal},
+        {[](FieldStrengthInputs& in) { in.externalOverThreshold = true; }, CalcOutcome::NoExternal},
+        {[](FieldStrengthInputs& in) { in.ms2 = in.ms1; }, CalcOutcome::NotComputable},
+        {[](FieldStrengthInputs& in) { in.ms3 = in.ms1 / 2; }, CalcOutcome::NotComputable},
+        {[](FieldStrengthInputs& in) { in.bandwidthHz = 0; }, CalcOutcome::NotComputable},
+        {[](FieldStrengthInputs& in) { in.frequencyMHz = -1; }, CalcOutcome::NotComputable},
+        {[](FieldStrengthInputs& in) { in.rxNfDb = 4000; }, CalcOutcome::ArithmeticError}};
+    for (std::size_t i = 0; i < std::size(cases); ++i) {
+        FieldStrengthInputs in = baseInputs();
+        cases[i].first(in);
+        EXPECT_EQ(ComputeFieldStrength(in).outcome, cases[i].second) << i;
+    }
     // Y below 1 with a noisy receiver: Text falls below zero, the grid stays empty.
-    in = baseInputs();
+    FieldStrengthInputs in = baseInputs();
     in.ms3 = in.ms1 + 0.5 * (in.ms2 - in.ms1);
     in.rxNfDb = 10;
     auto r = ComputeFieldStrength(in);
     EXPECT_EQ(r.outcome, CalcOutcome::NotComputable);
     EXPECT_LT(*r.Text, 0);
+    EXPECT_FALSE(r.Fa);
     EXPECT_DOUBLE_EQ(*r.yfact, 0.5); // kept although nothing is shown
-
-    in = baseInputs();
-    in.rxNfDb = 4000; // 10^400 overflows
-    EXPECT_EQ(ComputeFieldStrength(in).outcome, CalcOutcome::ArithmeticError);
-}
-
-TEST(FieldStrength, MicrovoltReference) {
-    EXPECT_NEAR(MicrovoltRef(), -106.9897, 5e-5);
 }

@@ -7,10 +7,8 @@
 
 #include <cmath>
 #include <deque>
-#include <filesystem>
 
 using namespace zav;
-namespace fs = std::filesystem;
 
 namespace {
 
@@ -46,12 +44,11 @@ struct Bench {
     QueuedInput input;
     CountingBeeper beeper;
     MeasurementSteps steps{setup, options, commands, {dialogs, input, beeper}};
-    fs::path dir = test::ScratchDir();
+    test::TempDir dir;
     int afterStep3Calls = 0;
 
     Bench() {
-        fs::create_directories(dir);
-        steps.TempWave = (dir / "~0000ABCD").string();
+        steps.TempWave = (dir.path / "~0000ABCD").string();
         steps.afterStep3 = [this] { ++afterStep3Calls; };
         setup.Frequency = "7.000";
         setup.Bandwidth = "2700";
@@ -62,15 +59,15 @@ struct Bench {
         setup.AGC = "30";
         setup.Interval = "8";
     }
-    ~Bench() { fs::remove_all(dir); }
 
     void queue(double rmsCounts, unsigned seed) {
         input.signals.push_back(test::Noise(rmsCounts, kCount, seed));
     }
-    // A quiet sound card, a receiver well above it and an external reading 10 dB higher.
-    void runAllSteps(double externalRms = 1000) {
+    // By default a quiet sound card, a receiver well above it and an external reading 20 dB
+    // higher.
+    void runAllSteps(double externalRms = 1000, double receiverRms = 100) {
         queue(3, 1);
-        queue(100, 2);
+        queue(receiverRms, 2);
         queue(externalRms, 3);
         steps.Step1();
         steps.Step2();
@@ -90,26 +87,15 @@ bool gridCalcEmpty(const MeasurementSteps& s) {
 TEST(MeasurementSteps, GoodObservationFillsBothGridsAndEnablesOutputs) {
     Bench b;
     b.options.Verbose = false;
-    b.queue(3, 1);
-    b.queue(100, 2);
-    b.queue(1000, 3);
-    b.steps.Step1();
-    EXPECT_TRUE(b.commands.Step2);
-    EXPECT_EQ(b.steps.focus, FocusTarget::Step2);
-    b.steps.Step2();
-    EXPECT_TRUE(b.commands.Step3);
-    EXPECT_EQ(b.steps.focus, FocusTarget::Step3);
-    b.steps.Step3();
+    b.runAllSteps();
+    EXPECT_TRUE(b.commands.Step2 && b.commands.Step3);
     EXPECT_TRUE(b.dialogs.messages.empty());
     EXPECT_EQ(b.afterStep3Calls, 1);
     EXPECT_EQ(b.beeper.beeps, 3);
     EXPECT_EQ(b.steps.shownTitle, "External Noise");
 
-    // Columns show the detectors with five decimals, ratios with two.
-    EXPECT_EQ(b.steps.gridMeas.Text(2, 3).size(), 7u); // 0.0xxxx
-    EXPECT_FALSE(b.steps.gridMeas.Text(23).empty());
-    for (int row = 1; row <= 6; ++row)
-        EXPECT_EQ(b.steps.gridMeas.Colour(row, 3), CellColour::WindowText);
+    EXPECT_EQ(b.steps.gridMeas.Text(2, 3).size(), 7u); // five decimals: 0.0xxxx
+    EXPECT_EQ(b.steps.gridMeas.Colour(2, 3), CellColour::WindowText);
 
     // With NF 0 dB and no loss, Text = Y·T0: check the RMS power against Y directly.
     const double y = (b.steps.S3.Ms - b.steps.S1.Ms) / (b.steps.S2.Ms - b.steps.S1.Ms);
@@ -130,6 +116,17 @@ TEST(MeasurementSteps, GoodObservationFillsBothGridsAndEnablesOutputs) {
     EXPECT_EQ(b.steps.observation.durationSeconds, 1.0);
     EXPECT_EQ(b.input.requests.back().wavefile, b.steps.TempWave + ".wav");
     EXPECT_EQ(b.input.requests.back().interval, 8);
+
+    // Repeating step 1 clears everything after it.
+    b.queue(3, 9);
+    b.steps.Step1();
+    EXPECT_EQ(b.steps.focus, FocusTarget::Step2);
+    for (int row = 1; row <= 6; ++row)
+        EXPECT_EQ(b.steps.gridMeas.Text(row, 2) + b.steps.gridMeas.Text(row, 3), "");
+    EXPECT_TRUE(gridCalcEmpty(b.steps));
+    EXPECT_TRUE(b.commands.Step2);
+    EXPECT_FALSE(b.commands.Step3 || b.commands.MenuCopyTextClip);
+    EXPECT_EQ(b.steps.S3.Ms, 0.0);
 }
 
 TEST(MeasurementSteps, ClippingHoldsTheNextStepUnlessLimitsAreOff) {
@@ -195,38 +192,16 @@ TEST(MeasurementSteps, AgcThresholdExceededMarksTheReadingAndLeavesNoResults) {
     EXPECT_EQ(b.steps.gridMeas.Colour(2, 3), CellColour::Red);
     EXPECT_TRUE(b.steps.S3.OverThreshold);
     EXPECT_TRUE(gridCalcEmpty(b.steps));
-    EXPECT_FALSE(b.commands.RTSVB);
-    EXPECT_FALSE(b.commands.MenuSaveTsv);
+    EXPECT_FALSE(b.commands.RTSVB || b.commands.MenuSaveTsv);
 
     // The receiver reading far above the external one marks the receiver's instead.
     Bench c;
     c.setup.AGC = "10";
     c.options.Verbose = false;
-    c.queue(3, 1);
-    c.queue(2000, 2);
-    c.queue(300, 3);
-    c.steps.Step1();
-    c.steps.Step2();
-    c.steps.Step3();
+    c.runAllSteps(300, 2000);
     EXPECT_TRUE(c.steps.S2.OverThreshold);
     EXPECT_FALSE(c.steps.S3.OverThreshold);
     EXPECT_EQ(c.steps.gridMeas.Colour(2, 3), CellColour::Red);
-}
-
-TEST(MeasurementSteps, NegativeNoiseTemperatureLeavesTheGridEmptyWithoutAWord) {
-    Bench b;
-    b.setup.RxNF = "10.00";
-    b.options.Verbose = false;
-    b.queue(3, 1);
-    b.queue(1000, 2);
-    b.queue(500, 3); // Y well below 1
-    b.steps.Step1();
-    b.steps.Step2();
-    b.steps.Step3();
-    EXPECT_TRUE(gridCalcEmpty(b.steps));
-    EXPECT_TRUE(b.dialogs.messages.empty());
-    EXPECT_LT(*b.steps.lastCalculation.Text, 0);
-    EXPECT_FALSE(b.commands.MenuSaveText);
 }
 
 TEST(MeasurementSteps, VerbosePromptsCancelAndVerdictsWithoutMessages) {
@@ -243,24 +218,6 @@ TEST(MeasurementSteps, VerbosePromptsCancelAndVerdictsWithoutMessages) {
     quiet.steps.Step1();
     EXPECT_TRUE(quiet.dialogs.messages.empty());
     EXPECT_EQ(quiet.steps.gridMeas.Colour(4, 1), CellColour::Red);
-}
-
-TEST(MeasurementSteps, RepeatingStepOneClearsEverythingAfterIt) {
-    Bench b;
-    b.options.Verbose = false;
-    b.runAllSteps();
-    ASSERT_FALSE(gridCalcEmpty(b.steps));
-    b.queue(3, 9);
-    b.steps.Step1();
-    for (int row = 1; row <= 6; ++row) {
-        EXPECT_EQ(b.steps.gridMeas.Text(row, 2), "");
-        EXPECT_EQ(b.steps.gridMeas.Text(row, 3), "");
-    }
-    EXPECT_TRUE(gridCalcEmpty(b.steps));
-    EXPECT_TRUE(b.commands.Step2);
-    EXPECT_FALSE(b.commands.Step3);
-    EXPECT_FALSE(b.commands.MenuCopyTextClip);
-    EXPECT_EQ(b.steps.S3.Ms, 0.0);
 }
 
 TEST(MeasurementSteps, LimitsOffShowsResultsInRedAndKeepsOutputsDisabled) {

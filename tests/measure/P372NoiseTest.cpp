@@ -1,5 +1,4 @@
 #include "measure/P372Noise.h"
-#include "measure/FieldStrength.h"
 #include "measure/P372Comparison.h"
 
 #include <gtest/gtest.h>
@@ -11,10 +10,7 @@ using namespace zav;
 TEST(P372Noise, CurvesMatchTheRecommendation) {
     // Values worked out separately (Python, math.log10) from the recommendation's c and d.
     EXPECT_NEAR(P372Median(P372Curve::Residential, 3.6), 57.0904, 1e-4);
-    EXPECT_NEAR(P372Median(P372Curve::QuietRural, 14.0), 20.8207, 1e-4);
     EXPECT_NEAR(P372Median(P372Curve::Galactic, 28.0), 18.7154, 1e-4);
-    EXPECT_NEAR(P372Median(P372Curve::Business, 0.3), 91.2837, 1e-4);
-    EXPECT_NEAR(P372Median(P372Curve::Rural, 7.1), 43.6201, 1e-4);
 
     // The recommendation's table: c, d and the decile deviations (upper, lower).
     struct Row {
@@ -78,25 +74,4 @@ TEST(P372Noise, ComparisonPlacesTheObservation) {
     EXPECT_FALSE(c.FamDb || c.deltaDb || c.placement || c.curve);
     EXPECT_FALSE(c.inRange);
     EXPECT_TRUE(c.galacticInRange);
-}
-
-TEST(P372Noise, FaOfTheWorkedCase) {
-    // The worked case: Y = 1 means Text = T0, which is 0 dB above k·T0·b.
-    FieldStrengthInputs in;
-    in.ms1 = 1e-8;
-    in.ms2 = in.ms3 = 1e-6;
-    in.rms3 = std::sqrt(in.ms3);
-    in.bandwidthHz = 2700;
-    in.frequencyMHz = 7;
-    in.rxNfDb = 8;
-    FieldStrength r = ComputeFieldStrength(in);
-    ASSERT_TRUE(r.Fa);
-    EXPECT_NEAR(*r.Fa, 0.0, 1e-12);
-    in.ms3 = 1e-8 + 10 * (1e-6 - 1e-8); // Y = 10, noiseless receiver: Text = 10·T0
-    in.rxNfDb = 0;
-    r = ComputeFieldStrength(in);
-    EXPECT_NEAR(*r.Fa, 10.0, 1e-9);
-    in.ms3 = 1e-8 + 0.1 * (1e-6 - 1e-8); // below the receiver's own noise: Text < 0
-    in.rxNfDb = 10;
-    EXPECT_FALSE(ComputeFieldStrength(in).Fa);
 }

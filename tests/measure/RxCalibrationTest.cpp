@@ -17,20 +17,6 @@ constexpr double kBoltzmann = test::kBoltzmannJPerK, kT0 = test::kT0Kelvin;
 
 } // namespace
 
-TEST(RxCalibration, TextbookYFactorExample) {
-    // ENR 15 dB and a 10 dB rise: F = 31.62 / (10 − 1) = 3.514, NF = 5.46 dB.
-    CalibrationInputs in;
-    in.yfact = 10.0;
-    in.bandwidthHz = 2700;
-    const RxCalibration r = CalibrateReceiver(CalSource::ExcessNoiseRatio, 15.0, in);
-    ASSERT_EQ(r.status, CalStatus::Done);
-    EXPECT_NEAR(*r.yFactorDb, 10.0, 1e-12);
-    EXPECT_NEAR(*r.systemNfDb, 5.4576, 1e-4);
-    EXPECT_NEAR(*r.receiverNfDb, 5.4576, 1e-4); // no loss ahead of the receiver
-    // kTB in 2700 Hz is −139.66 dBm; the receiver adds its noise figure on top.
-    EXPECT_NEAR(*r.noiseFloorDbm, 5.4576 - 139.6616, 2e-4);
-}
-
 TEST(RxCalibration, AgreesWithFirstPrinciplesAndTheFriisCascade) {
     std::mt19937 rng(372);
     std::uniform_real_distribution<double> y(1.02, 3000), b(100, 200000), att(0, 20), loss(0, 10),

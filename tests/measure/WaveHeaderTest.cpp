@@ -42,12 +42,6 @@ void expectRefused(const Read& r, const std::string& what) {
 
 TEST(ReadWaveHeader, AcceptsTheLayoutsItCanReadAndStopsAtTheFirstSample) {
     const std::vector<std::int16_t> samples(10, 7);
-    Read canonical = readHeader(WaveHeader{}.Bytes(samples));
-    EXPECT_EQ(canonical.info.SampleRate, 44100);
-    EXPECT_EQ(canonical.info.Samples, 10);
-    EXPECT_EQ(canonical.position, 44);
-    EXPECT_TRUE(canonical.dialogs.messages.empty());
-
     WaveHeader extended; // the 18-byte format chunk with its extension size
     extended.formatSize = 18;
     extended.formatExtra = std::string(2, '\0');
@@ -64,11 +58,7 @@ TEST(ReadWaveHeader, AcceptsTheLayoutsItCanReadAndStopsAtTheFirstSample) {
     eightBitStereo.rate = 3;
     EXPECT_EQ(readHeader(eightBitStereo.Bytes(samples)).info.SampleRate, 3);
 
-    WaveHeader empty; // no samples: no message, the callers stop on the zero
-    Read e = readHeader(empty.Bytes());
-    EXPECT_EQ(e.info.SampleRate, 44100);
-    EXPECT_EQ(e.info.Samples, 0);
-    EXPECT_TRUE(e.dialogs.messages.empty());
+    // (The canonical layout, and one without samples: every cut of it, below.)
 }
 
 TEST(ReadWaveHeader, RefusesEveryOtherLayoutWithOneMessage) {
@@ -77,13 +67,10 @@ TEST(ReadWaveHeader, RefusesEveryOtherLayoutWithOneMessage) {
         change(h);
         return readHeader(h.Bytes({1, 2, 3}));
     };
-    expectRefused(spoilt([](WaveHeader& h) { h.riff = "RIFX"; }), "big-endian RIFX");
     expectRefused(spoilt([](WaveHeader& h) { h.riff = "riff"; }), "identifiers are case-sensitive");
     expectRefused(spoilt([](WaveHeader& h) { h.wave = "AVI "; }), "not WAVE");
     expectRefused(spoilt([](WaveHeader& h) { h.fmt = "LIST"; }), "format chunk not first");
     expectRefused(spoilt([](WaveHeader& h) { h.tag = 3; }), "floating point");
-    expectRefused(spoilt([](WaveHeader& h) { h.tag = 0xFFFE; }), "extensible");
-    expectRefused(spoilt([](WaveHeader& h) { h.align = 4; }), "16-bit stereo");
     expectRefused(spoilt([](WaveHeader& h) { h.align = 1; }), "8-bit mono");
     expectRefused(spoilt([](WaveHeader& h) { h.data = "DATA"; }), "data id");
     expectRefused(
@@ -114,6 +101,7 @@ TEST(ReadWaveHeader, ShortFilesReadAsFarAsTheyGo) {
             EXPECT_TRUE(r.dialogs.messages.empty()) << length;
         }
     }
+    EXPECT_EQ(readHeader(whole).position, 44); // at the first sample
     // A file that does not exist reads as an empty one.
     test::FakeDialogs dialogs;
     BinaryFile missing((test::ScratchDir() / "absent.wav").string());
@@ -123,18 +111,11 @@ TEST(ReadWaveHeader, ShortFilesReadAsFarAsTheyGo) {
 }
 
 TEST(SamplesFromDataSize, HalvesWithTiesToEven) {
-    EXPECT_EQ(SamplesFromDataSize(7), 4);
-    EXPECT_EQ(SamplesFromDataSize(5), 2);
-    EXPECT_EQ(SamplesFromDataSize(0), 0);
-    // Against the floating-point unit's own round-half-even, over the whole range's edges
-    // and a sweep through the middle.
+    // Against the floating-point unit's own round-half-even, at the range's ends and through
+    // the middle.
     ASSERT_EQ(std::fegetround(), FE_TONEAREST);
     std::vector<std::int32_t> sizes = {std::numeric_limits<std::int32_t>::min(),
-                                       std::numeric_limits<std::int32_t>::max(),
-                                       -1,
-                                       -3,
-                                       1,
-                                       3};
+                                       std::numeric_limits<std::int32_t>::max()};
     for (std::int32_t d = -1000; d <= 1000; ++d)
         sizes.push_back(d);
     for (std::int32_t d : sizes)

@@ -7,17 +7,12 @@
 #include <gtest/gtest.h>
 
 #include <fstream>
-#include <iterator>
+#include <tuple>
 
 using namespace zav;
 using zav::test::WaveHeader;
 
 namespace {
-
-std::string readAll(const std::filesystem::path& path) {
-    std::ifstream in(path, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(in), {});
-}
 
 // Samples that say where they came from: sample i of the raw recording holds i - 30000.
 std::vector<std::int16_t> numbered(std::size_t from, std::size_t count) {
@@ -34,21 +29,19 @@ void putRiffSize(std::string& bytes, std::uint32_t size) {
 } // namespace
 
 TEST(RecordingCounts, IntervalsInMillisecondsAndInSamples) {
-    // One second at 44100 Hz keeps 44100 samples out of 92610 recorded.
-    EXPECT_EQ(SamplesToKeep(1000, false, 44100), 44100);
-    EXPECT_EQ(SamplesToRecord(44100, 44100), 92610);
-    EXPECT_EQ(SamplesToKeep(64, true, 44100), 65536);
-    EXPECT_EQ(SamplesToKeep(64, true, 8000), 65536); // the rate does not enter
-    // Milliseconds round to the nearest sample, a half to the even neighbour.
-    EXPECT_EQ(SamplesToKeep(1, false, 44100), 44);   // 44.1
-    EXPECT_EQ(SamplesToKeep(5, false, 44100), 220);  // 220.5
-    EXPECT_EQ(SamplesToKeep(15, false, 44100), 662); // 661.5
-    EXPECT_EQ(SamplesToKeep(3, false, 48000), 144);
-    EXPECT_EQ(SamplesToRecord(8000, 0), 8800);
-    EXPECT_EQ(SamplesToRecord(48000, 65536), 118336);
-    // 1.1 x 5 = 5.5 is a tie: to even.
-    EXPECT_EQ(SamplesToRecord(5, 0), 6);
-    EXPECT_EQ(SamplesToRecord(15, 0), 16); // 16.5 -> 16
+    // One second at 44100 Hz keeps 44100 samples out of 92610 recorded; the samples option
+    // counts 1024 each, whatever the rate. Milliseconds round to the nearest sample and the
+    // settling 1.1 s to the nearest too, a half to the even neighbour.
+    const std::tuple<std::int32_t, bool, std::int32_t, std::int64_t> keep[] = {
+        {1000, false, 44100, 44100}, {64, true, 44100, 65536}, {64, true, 8000, 65536},
+        {1, false, 44100, 44},       {5, false, 44100, 220},   {15, false, 44100, 662},
+        {3, false, 48000, 144}};
+    for (const auto& [interval, inSamples, rate, samples] : keep)
+        EXPECT_EQ(SamplesToKeep(interval, inSamples, rate), samples) << interval << " " << rate;
+    const std::tuple<std::int32_t, std::int64_t, std::int64_t> record[] = {
+        {44100, 44100, 92610}, {8000, 0, 8800}, {48000, 65536, 118336}, {5, 0, 6}, {15, 0, 16}};
+    for (const auto& [rate, kept, samples] : record)
+        EXPECT_EQ(SamplesToRecord(rate, kept), samples) << rate << " " << kept;
 
     EXPECT_EQ(RawRecordingPath("/tmp/~0000ABCD.wav"), "/tmp/~0000ABCD.tmp");
     EXPECT_EQ(RawRecordingPath("out.d/take.1.wav"), "out.d/take.1.tmp");
@@ -69,13 +62,13 @@ TEST(TrimRecording, KeepsExactlyTheSamplesBehindTheSettlingSecond) {
 
     std::string expected = h.Bytes(numbered(rate, keep)); // samples R to R + S - 1
     putRiffSize(expected, 2 * keep + 36);
-    EXPECT_EQ(readAll(out), expected);
+    EXPECT_EQ(test::ReadFile(out), expected);
 
     // Zero samples kept: a header only, still a valid file.
     ASSERT_TRUE(TrimRecording(raw, out, 41, rate, 0, &error)) << error;
     std::string empty = h.Bytes();
     putRiffSize(empty, 36);
-    EXPECT_EQ(readAll(out), empty);
+    EXPECT_EQ(test::ReadFile(out), empty);
 }
 
 TEST(TrimRecording, NonCanonicalHeaderIsCopiedButTheRiffSizeStaysCanonical) {
@@ -99,7 +92,7 @@ TEST(TrimRecording, NonCanonicalHeaderIsCopiedButTheRiffSizeStaysCanonical) {
     ASSERT_TRUE(TrimRecording(raw, out, templ->HeaderLength, 200, keep));
     std::string expected = h.Bytes(numbered(200, keep));
     putRiffSize(expected, 2 * keep + 36); // not + 38: the result is canonical only in name
-    EXPECT_EQ(readAll(out), expected);
+    EXPECT_EQ(test::ReadFile(out), expected);
 }
 
 TEST(TrimRecording, AShortOrMissingRawRecordingLeavesTheOldFile) {
@@ -114,7 +107,7 @@ TEST(TrimRecording, AShortOrMissingRawRecordingLeavesTheOldFile) {
     EXPECT_NE(error.find("fewer samples"), std::string::npos) << error;
     EXPECT_FALSE(TrimRecording((dir / "absent.tmp").string(), out, 41, 100, 50, &error));
     EXPECT_NE(error.find("cannot read"), std::string::npos) << error;
-    EXPECT_EQ(readAll(out), "previous");
+    EXPECT_EQ(test::ReadFile(out), "previous");
 }
 
 TEST(ReadWaveTemplate, RefusesWhatCannotBeRecordedInto) {

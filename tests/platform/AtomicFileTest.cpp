@@ -6,20 +6,11 @@
 
 #include <filesystem>
 #include <fstream>
-#include <sstream>
 
 using namespace zav;
 namespace fs = std::filesystem;
 
 namespace {
-
-fs::path scratch() {
-    const auto* info = ::testing::UnitTest::GetInstance()->current_test_info();
-    const auto dir = fs::path(ZAV_BINARY_DIR) / "test-scratch" / "platform" / info->name();
-    fs::remove_all(dir);
-    fs::create_directories(dir);
-    return dir;
-}
 
 std::size_t entries(const fs::path& dir) {
     return static_cast<std::size_t>(std::distance(fs::directory_iterator(dir), {}));
@@ -28,32 +19,29 @@ std::size_t entries(const fs::path& dir) {
 } // namespace
 
 TEST(AtomicFile, WholeFileReplacedKeepingPermissionsAndLinks) {
-    const fs::path dir = scratch();
-    const fs::path file = dir / "a.txt";
+    test::TempDir dir;
+    const fs::path file = dir.path / "a.txt";
     ASSERT_TRUE(WriteFileAtomically(file.string(), std::string("one\r\ntwo\0three", 14)));
     EXPECT_EQ(test::ReadFile(file), std::string("one\r\ntwo\0three", 14));
 
     fs::permissions(file, fs::perms::owner_read | fs::perms::owner_write);
-    ASSERT_TRUE(WriteFileAtomically(file.string(), "new"));
-    EXPECT_EQ(test::ReadFile(file), "new");
-    EXPECT_EQ(fs::status(file).permissions() & fs::perms::all,
-              fs::perms::owner_read | fs::perms::owner_write);
-
-    const fs::path link = dir / "link.txt";
+    const fs::path link = dir.path / "link.txt";
     fs::create_symlink(file, link);
     ASSERT_TRUE(WriteFileAtomically(link.string(), "through"));
     EXPECT_TRUE(fs::is_symlink(link));
     EXPECT_EQ(test::ReadFile(file), "through");
-    EXPECT_EQ(entries(dir), 2u); // no temporary left behind
+    EXPECT_EQ(fs::status(file).permissions() & fs::perms::all,
+              fs::perms::owner_read | fs::perms::owner_write);
+    EXPECT_EQ(entries(dir.path), 2u); // no temporary left behind
 
     std::string error;
-    EXPECT_FALSE(WriteFileAtomically((dir / "none" / "b.txt").string(), "x", &error));
+    EXPECT_FALSE(WriteFileAtomically((dir.path / "none" / "b.txt").string(), "x", &error));
     EXPECT_FALSE(error.empty());
 }
 
-TEST(AtomicFile, StreamedWriterCommitsOrLeavesTheOldFile) {
-    const fs::path dir = scratch();
-    const fs::path file = dir / "big.txt";
+TEST(AtomicFile, StreamedWriterCommitsOnceOrLeavesTheOldFile) {
+    test::TempDir dir;
+    const fs::path file = dir.path / "big.txt";
     std::ofstream(file) << "old";
     {
         AtomicFileWriter writer(file.string());
@@ -62,18 +50,18 @@ TEST(AtomicFile, StreamedWriterCommitsOrLeavesTheOldFile) {
         EXPECT_EQ(test::ReadFile(file), "old"); // nothing shows before the commit
     }                                           // abandoned: as if the export had failed midway
     EXPECT_EQ(test::ReadFile(file), "old");
-    EXPECT_EQ(entries(dir), 1u);
+    EXPECT_EQ(entries(dir.path), 1u);
 
     AtomicFileWriter writer(file.string());
     for (int i = 0; i < 100000; ++i)
         writer.Stream() << i << "\r\n";
     ASSERT_TRUE(writer.Commit());
-    EXPECT_FALSE(writer.Commit()); // once only
+    EXPECT_FALSE(writer.Commit());
     EXPECT_EQ(test::ReadFile(file).substr(0, 9), "0\r\n1\r\n2\r\n");
     EXPECT_EQ(fs::file_size(file), 688890u); // every line, digits and CR LF
-    EXPECT_EQ(entries(dir), 1u);
+    EXPECT_EQ(entries(dir.path), 1u);
 
-    AtomicFileWriter nowhere((dir / "none" / "c.txt").string());
+    AtomicFileWriter nowhere((dir.path / "none" / "c.txt").string());
     EXPECT_FALSE(nowhere.IsOpen());
     nowhere.Stream() << "lost";
     std::string error;

@@ -1,29 +1,25 @@
 #include "PulseServer.h"
 
-#include <QDir>
-#include <QElapsedTimer>
-#include <QFile>
 #include <QProcess>
-#include <QThread>
-
-#include <cerrno>
-#include <csignal>
-#include <cstdlib>
 
 namespace zav::test {
 namespace {
 
-// A daemon that has exited but is not yet reaped (no init to do it in some containers)
-// counts as gone.
-bool alive(qint64 pid) {
-    if (pid <= 0 || (::kill(static_cast<pid_t>(pid), 0) != 0 && errno != EPERM))
-        return false;
-    QFile stat(QString("/proc/%1/stat").arg(pid));
-    if (!stat.open(QIODevice::ReadOnly))
-        return true;
-    const QByteArray text = stat.readAll();
-    const qsizetype close = text.lastIndexOf(')');
-    return close < 0 || text.mid(close + 2, 1) != "Z";
+// Runs `command` in a shell that has the harness shared with the audio scripts sourced, with
+// PULSE_DIR set to `dir`; its error output, or nothing when it succeeded.
+std::optional<std::string> harness(const QString& dir, const QString& command) {
+    QProcess sh;
+    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    env.insert("PULSE_DIR", dir);
+    sh.setProcessEnvironment(env);
+    sh.setStandardOutputFile(QProcess::nullDevice());
+    sh.start("sh", {"-c", ". \"$0\" && " + command,
+                    QString::fromUtf8(ZAV_SOURCE_DIR "/tests/cli/pulse-server.sh")});
+    if (!sh.waitForStarted(5000) || !sh.waitForFinished(30000))
+        return "the shell did not run";
+    if (sh.exitStatus() != QProcess::NormalExit || sh.exitCode() != 0)
+        return sh.readAllStandardError().toStdString();
+    return std::nullopt;
 }
 
 } // namespace
@@ -34,51 +30,17 @@ PulseServer::PulseServer() {
         return;
     }
     const QString runtime = m_dir.path();
-    QFile::setPermissions(runtime, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-    const QString socket = runtime + "/pulse/native";
     qputenv("XDG_RUNTIME_DIR", runtime.toUtf8());
-    qputenv("PULSE_SERVER", ("unix:" + socket).toUtf8());
+    qputenv("PULSE_SERVER", ("unix:" + runtime + "/pulse/native").toUtf8());
     m_env = QProcessEnvironment::systemEnvironment();
-    QProcessEnvironment daemonEnv = m_env;
-    daemonEnv.insert("HOME", runtime); // its cookie and state stay in the temporary folder
-
-    QProcess daemon;
-    daemon.setProcessEnvironment(daemonEnv);
-    // It leaves by itself 20 s after its last client, should this program die before Stop.
-    daemon.start("pulseaudio", {"-D", "-n", "--exit-idle-time=20", "--use-pid-file=yes",
-                                "--load=module-native-protocol-unix auth-anonymous=1",
-                                "--load=module-null-sink sink_name=zavsink"});
-    if (!daemon.waitForStarted(5000)) {
-        m_why = "pulseaudio could not be started (is the Debian package pulseaudio installed?)";
-        return;
-    }
-    daemon.waitForFinished(15000);
-    const QByteArray daemonErr = daemon.readAllStandardError();
-    QElapsedTimer clock;
-    clock.start();
-    bool reachable = false;
-    while (!(reachable = [this] {
-        bool ok = false;
-        Pactl({"info"}, &ok);
-        return ok;
-    }())) {
-        if (clock.elapsed() > 10000)
-            break;
-        QThread::msleep(100);
-    }
-    QFile pidFile(runtime + "/pulse/pid");
-    if (pidFile.open(QIODevice::ReadOnly))
-        m_pid = pidFile.readAll().trimmed().toLongLong();
-    if (!reachable) {
-        m_why = "pulseaudio started but its socket " + socket.toStdString() +
-                " does not answer; it said: " + daemonErr.toStdString();
+    m_started = true; // whatever happens next, Stop ends what did start
+    if (const auto failed = harness(runtime, "pulse_start")) {
+        m_why = "PulseAudio could not be started: " + *failed;
         return;
     }
     m_ok = EnsureMicrophone();
     if (!m_ok)
-        m_why = "the remapped source zavmic could not be loaded into PulseAudio";
-    bool ok = false;
-    Pactl({"set-default-sink", "zavsink"}, &ok);
+        m_why = "the remapped source zavmic is not there";
 }
 
 PulseServer::~PulseServer() {
@@ -122,17 +84,9 @@ bool PulseServer::RemoveMicrophone() {
 }
 
 void PulseServer::Stop() {
-    if (m_pid <= 0)
-        return;
-    bool ok = false;
-    Pactl({"exit"}, &ok);
-    QElapsedTimer clock;
-    clock.start();
-    while (alive(m_pid) && clock.elapsed() < 5000)
-        QThread::msleep(50);
-    if (alive(m_pid))
-        ::kill(static_cast<pid_t>(m_pid), SIGTERM);
-    m_pid = 0;
+    if (m_started)
+        harness(m_dir.path(), "pulse_stop");
+    m_started = false;
 }
 
 } // namespace zav::test

@@ -4,15 +4,16 @@
 #include <QStringList>
 #include <QTemporaryDir>
 
+#include <optional>
 #include <string>
 
 namespace zav::test {
 
 // A private PulseAudio server for one test program, so that the audio adapters meet a real
 // sound system without a sound card: a null sink "zavsink" and a mono source "zavmic" that
-// records whatever is played into the sink. The program's own environment points at it
-// (XDG_RUNTIME_DIR, PULSE_SERVER), so Qt and the command-line tools all find it. Stopped by
-// "pactl exit" or by the process id it wrote, never by name.
+// records whatever is played into the sink. Started and stopped by the harness the audio
+// scripts use (tests/cli/pulse-server.sh); the program's own environment points at it
+// (XDG_RUNTIME_DIR, PULSE_SERVER), so Qt and the command-line tools all find it.
 class PulseServer {
 public:
     PulseServer();
@@ -34,7 +35,7 @@ public:
 private:
     QTemporaryDir m_dir;
     QProcessEnvironment m_env;
-    qint64 m_pid = 0;
+    bool m_started = false;
     bool m_ok = false;
     std::string m_why;
 };

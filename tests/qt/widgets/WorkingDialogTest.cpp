@@ -20,7 +20,6 @@ using namespace zav;
 
 TEST(WorkingDialog, ShowsProgressAndLevelWhileShownAndModal) {
     WorkingDialog dialog;
-    EXPECT_EQ(dialog.objectName(), "frmWorking");
     EXPECT_FALSE(dialog.isVisible());
     dialog.Begin(92610);
     EXPECT_TRUE(dialog.isVisible());
@@ -38,8 +37,6 @@ TEST(WorkingDialog, ShowsProgressAndLevelWhileShownAndModal) {
     EXPECT_EQ(dialog.progressBar()->value(), dialog.progressBar()->maximum());
     EXPECT_EQ(dialog.levelMeter()->value(), dialog.levelMeter()->minimum()); // below the floor
     EXPECT_EQ(dialog.levelLabel()->text(), "-80.0 dBFS");
-    QApplication::processEvents(); // and it paints
-    EXPECT_FALSE(dialog.grab().isNull());
     dialog.End();
     EXPECT_FALSE(dialog.isVisible());
 
