@@ -108,9 +108,12 @@ void TransferModel::post(const std::string& body) {
         m_history.lastObsTime = m_source.observation.ObsTime;
         return;
     }
-    // A refusal without a reason says no more than the reply itself.
-    const auto reason = m_ports.xml.FirstElementText(reply.body, "reason");
-    Message = reason ? UrlDecode(*reason) : "Error:" + reply.body;
+    // A refusal without a reason, or with an empty or blank one, shows the reply itself rather
+    // than leave the operator with an empty message.
+    const std::string reason =
+        UrlDecode(m_ports.xml.FirstElementText(reply.body, "reason").value_or(""));
+    const bool blank = reason.find_first_not_of(" \t\r\n") == std::string::npos;
+    Message = blank ? "Error:" + reply.body : reason;
 }
 
 void TransferModel::mail(const std::string& user) {
