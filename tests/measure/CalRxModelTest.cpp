@@ -4,6 +4,7 @@
 #include "platform/Format.h"
 #include "platform/Number.h"
 #include "testsupport/FakeDialogs.h"
+#include "testsupport/FakePorts.h"
 
 #include "CalibrationOracle.h"
 
@@ -18,11 +19,6 @@ namespace {
 
 constexpr double kBoltzmann = test::kBoltzmannJPerK, kT0 = test::kT0Kelvin;
 
-struct NoDevices : AudioInput, Beeper {
-    Recording RecordWave(const RecordingRequest&) override { return {}; }
-    void Beep(int, int) override {}
-};
-
 // The real steps and calculation, fed with mean squares that a receiver of known noise figure
 // behind a known loss would give with the calibration source on its input.
 struct Bench {
@@ -30,7 +26,7 @@ struct Bench {
     Options options;
     CommandStates commands;
     test::FakeDialogs dialogs;
-    NoDevices devices;
+    test::NoDevices devices;
     MeasurementSteps steps{setup, options, commands, {dialogs, devices, devices}};
 
     Bench() {

@@ -1,5 +1,8 @@
 #pragma once
 
+#include "platform/AudioInput.h"
+#include "platform/AudioOutput.h"
+#include "platform/Beeper.h"
 #include "platform/Clipboard.h"
 #include "platform/HttpClient.h"
 #include "platform/Mailer.h"
@@ -91,6 +94,17 @@ struct FakeUpdater : Updater {
 struct FakeSystemInfo : SystemInfo {
     std::string ToolPath() override { return path; }
     std::string path;
+};
+
+// A desk without a sound card or a mail client: nothing is recorded or played, beeps are
+// silent, mail is refused and the clipboard keeps the last text.
+struct NoDevices : AudioInput, AudioOutput, Beeper, Clipboard, Mailer {
+    Recording RecordWave(const RecordingRequest&) override { return {}; }
+    std::optional<DeviceError> PlayWave(const std::string&) override { return std::nullopt; }
+    void Beep(int, int) override {}
+    void SetText(const std::string& text) override { clipboard = text; }
+    bool Send(const MailMessage&) override { return false; }
+    std::string clipboard;
 };
 
 } // namespace zav::test

@@ -16,18 +16,6 @@
 
 using namespace zav;
 
-namespace {
-
-struct Quiet : AudioInput, AudioOutput, Beeper, Clipboard, Mailer {
-    Recording RecordWave(const RecordingRequest&) override { return {}; }
-    void Beep(int, int) override {}
-    void SetText(const std::string&) override {}
-    bool Send(const MailMessage&) override { return false; }
-    std::optional<DeviceError> PlayWave(const std::string&) override { return std::nullopt; }
-};
-
-} // namespace
-
 int main(int argc, char** argv) {
     QApplication app(argc, argv);
     if (argc < 2) {
@@ -37,7 +25,7 @@ int main(int argc, char** argv) {
     const std::string examples = std::string(ZAV_SOURCE_DIR) + "/examples/";
     test::FakeDialogs dialogs;
     MemorySettingsStore settings;
-    Quiet devices;
+    test::NoDevices devices;
     StartupState startup;
     startup.currentDir = std::filesystem::temp_directory_path().string() + "/";
     // A copy: closing the window saves the profile it has open.
@@ -49,8 +37,8 @@ int main(int argc, char** argv) {
     env.tempDir = startup.currentDir;
     env.processId = "5C2EE4";
     test::FakeShell shell;
-    MainModel model(startup, {dialogs, settings, devices, devices, devices, devices, devices, shell},
-                    env);
+    MainModel model(startup,
+                    {dialogs, settings, devices, devices, devices, devices, devices, shell}, env);
     std::deque<std::string> files = {examples + "soundcard.wav", examples + "receiver.wav",
                                      examples + "external.wav"};
     model.chooseRecording = [&files]() -> std::optional<std::string> {
@@ -70,8 +58,7 @@ int main(int argc, char** argv) {
     test::FakeSystemInfo systemInfo;
     test::FakeUpdater updater;
     MainWindow window(model, dialogs, settings,
-                      {http, xml, shell, systemInfo, updater, devices, devices, devices},
-                      nullptr);
+                      {http, xml, shell, systemInfo, updater, devices, devices, devices}, nullptr);
     window.resize(window.sizeHint());
     window.show();
     int status = 1;

@@ -1,6 +1,6 @@
+#include "qt/widgets/MainWindow.h"
 #include "app/MainModel.h"
 #include "platform/MemorySettingsStore.h"
-#include "qt/widgets/MainWindow.h"
 #include "qt/widgets/SetupPanel.h"
 #include "testsupport/FakeDialogs.h"
 #include "testsupport/FakePorts.h"
@@ -28,21 +28,12 @@ namespace {
 
 const std::string kExamples = std::string(ZAV_SOURCE_DIR) + "/examples/";
 
-struct NoDevices : AudioInput, AudioOutput, Beeper, Clipboard, Mailer {
-    Recording RecordWave(const RecordingRequest&) override { return {}; }
-    void Beep(int, int) override {}
-    void SetText(const std::string& text) override { clipboard = text; }
-    bool Send(const MailMessage&) override { return false; }
-    std::optional<DeviceError> PlayWave(const std::string&) override { return std::nullopt; }
-    std::string clipboard;
-};
-
 // The real window over the real model, with the outside world faked.
 struct Desk {
     fs::path dir = test::ScratchDir();
     test::FakeDialogs dialogs;
     MemorySettingsStore settings;
-    NoDevices devices;
+    test::NoDevices devices;
     test::FakeShell shell;
     test::FakeHttp http;
     test::FakeXml xml;

@@ -1,6 +1,7 @@
 #include "qt/widgets/P372Panel.h"
 #include "measure/MeasurementSteps.h"
 #include "testsupport/FakeDialogs.h"
+#include "testsupport/FakePorts.h"
 
 #include <QAreaSeries>
 #include <QChart>
@@ -16,18 +17,13 @@ using namespace zav;
 
 namespace {
 
-struct NoDevices : AudioInput, Beeper {
-    Recording RecordWave(const RecordingRequest&) override { return {}; }
-    void Beep(int, int) override {}
-};
-
 // The panel beside the real calculation, which is given mean squares for a chosen Fa.
 struct Desk {
     SetupRecord setup;
     Options options;
     CommandStates commands;
     test::FakeDialogs dialogs;
-    NoDevices devices;
+    test::NoDevices devices;
     MeasurementSteps steps{setup, options, commands, {dialogs, devices, devices}};
     P372Panel panel;
 
