@@ -89,7 +89,7 @@ TEST(QtHttpClient, ServerThatNeverAnswersEndsInTheTimeOutAndAbortEndsTheWait) {
     EXPECT_LT(clock.elapsed(), 20000);
 }
 
-TEST(QtHttpClient, ReplyCutOffMidBodyCountsAsNoReply) {
+TEST(QtHttpClient, ReplyCutOffOrTooLongCountsAsNoReply) {
     TestHttpServer server;
     QtHttpClient http(5s);
     const std::string whole = "<result><cc>0</cc><receipt>ZAV-000123</receipt></result>";
@@ -101,6 +101,12 @@ TEST(QtHttpClient, ReplyCutOffMidBodyCountsAsNoReply) {
     }
     server.reply(200, whole); // and the same server answering in full is read whole
     EXPECT_EQ(http.Get(server.url("/collect.php")).body, whole);
+
+    // A reply that will not end is given up, not held in memory.
+    server.reply(200, std::string(QtHttpClient::kMaxReplyBytes + 1, 'x'));
+    EXPECT_EQ(http.Get(server.url("/Update.xml")).status, 0);
+    server.reply(200, std::string(QtHttpClient::kMaxReplyBytes, 'x'));
+    EXPECT_EQ(http.Get(server.url("/Update.xml")).body.size(), QtHttpClient::kMaxReplyBytes);
 }
 
 namespace {

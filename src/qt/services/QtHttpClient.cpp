@@ -57,6 +57,10 @@ HttpResponse QtHttpClient::wait(QNetworkReply* reply) {
     timer.setSingleShot(true);
     QObject::connect(&timer, &QTimer::timeout, reply, &QNetworkReply::abort);
     QObject::connect(reply, &QNetworkReply::finished, &loop, &QEventLoop::quit);
+    QObject::connect(reply, &QNetworkReply::downloadProgress, reply, [reply](qint64 received) {
+        if (received > kMaxReplyBytes)
+            reply->abort();
+    });
     if (!reply->isFinished()) {
         if (waitStarted)
             waitStarted();
@@ -69,7 +73,9 @@ HttpResponse QtHttpClient::wait(QNetworkReply* reply) {
 
     HttpResponse response; // no status: the error texts stay in the adapter
     const QVariant status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute);
-    if (!arrivedWhole(reply->error()) || !status.isValid())
+    // The check during the download may come too late for a reply that arrived in one piece.
+    if (!arrivedWhole(reply->error()) || !status.isValid() ||
+        reply->bytesAvailable() > kMaxReplyBytes)
         return response;
     response.status = status.toInt();
     if (reply->isOpen())

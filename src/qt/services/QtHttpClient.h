@@ -2,6 +2,8 @@
 
 #include "platform/HttpClient.h"
 
+#include <QtGlobal>
+
 #include <chrono>
 #include <functional>
 #include <memory>
@@ -17,6 +19,10 @@ namespace zav {
 // called. A time-out or an abort is reported like any request without a reply (status 0).
 class QtHttpClient : public HttpClient {
 public:
+    // The server's replies are a few hundred bytes; a reply growing past this is abandoned as
+    // no reply rather than held in memory.
+    static constexpr qint64 kMaxReplyBytes = 1024 * 1024;
+
     explicit QtHttpClient(std::chrono::milliseconds timeout = std::chrono::seconds(30));
     ~QtHttpClient() override;
 
