@@ -122,7 +122,8 @@ int fromFile(const Request& request, CliIo& io) {
     GetPositionModel model(request.settings, port, beeper, false);
     model.Form_Load();
     std::size_t errors = 0;
-    for (const std::string& line : ReadNmeaLines(in)) {
+    std::string line;
+    while (ReadNmeaLine(in, line)) {
         model.ComPort_OnComm(GetPositionModel::kCommEventReceive, line + "\r\n");
         reportNewError(model, errors, io);
         model.Timer1_Timer();

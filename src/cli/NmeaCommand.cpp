@@ -7,48 +7,58 @@
 
 #include <fstream>
 #include <iostream>
+#include <iterator>
 
 namespace zav {
 
-std::vector<std::string> ReadNmeaLines(std::istream& in) {
-    std::vector<std::string> lines;
-    std::string text;
-    while (std::getline(in, text)) {
-        if (!text.empty() && text.back() == '\r')
-            text.pop_back();
-        lines.push_back(std::move(text));
-        text.clear();
+bool ReadNmeaLine(std::istream& in, std::string& line) {
+    line.clear();
+    std::istreambuf_iterator<char> it(in);
+    const std::istreambuf_iterator<char> end;
+    if (it == end)
+        return false;
+    for (; it != end; ++it) {
+        const char c = *it;
+        if (c == '\n') {
+            ++it;
+            break;
+        }
+        if (line.size() < kMaxNmeaLineBytes)
+            line += c;
     }
-    return lines;
+    if (!line.empty() && line.back() == '\r')
+        line.pop_back();
+    return true;
 }
 
 int NmeaCommand(const std::vector<std::string>& args, CliIo& io) {
     if (args.size() > 1 || (args.size() == 1 && args[0].size() > 1 && args[0][0] == '-')) {
         return UsageError(io, "nmea", "");
     }
-    std::vector<std::string> lines;
-    if (args.empty() || args[0] == "-") {
-        lines = ReadNmeaLines(std::cin);
-    } else {
-        std::ifstream file(args[0], std::ios::binary);
+    std::ifstream file;
+    std::istream* in = &std::cin;
+    if (!args.empty() && args[0] != "-") {
+        file.open(args[0], std::ios::binary);
         if (!file) {
             io.err << "zavcli: cannot read " << args[0] << "\n";
             return kExitFailed;
         }
-        lines = ReadNmeaLines(file);
+        in = &file;
     }
 
     NmeaEventText text(io.out);
     NmeaInterpreter interpreter(text);
-    for (const std::string& sentence : lines) {
+    std::string sentence;
+    // Each line's events go out at once, so a receiver piped in is followed live.
+    while (ReadNmeaLine(*in, sentence)) {
         try {
             if (!interpreter.FParse(sentence))
                 io.out << "rejected\t" << sentence << '\n';
         } catch (const RuntimeError& e) {
             io.out << "error\t" << e.what() << '\n';
         }
+        io.out.flush();
     }
-    io.out.flush();
     return kExitOk;
 }
 

@@ -12,6 +12,10 @@ namespace {
 
 constexpr const char* kTitle = "ZAV Antenna File error:";
 
+// A record is a few dozen characters; a longer line keeps only its start, so that a file
+// without line ends cannot fill the memory.
+constexpr std::size_t kMaxLineBytes = 4096;
+
 // Reads lines ended by CR LF, LF or a lone CR; false at the end of the file.
 bool nextLine(std::istreambuf_iterator<char>& it, std::string& line) {
     const std::istreambuf_iterator<char> end;
@@ -27,7 +31,8 @@ bool nextLine(std::istreambuf_iterator<char>& it, std::string& line) {
                 ++it;
             return true;
         }
-        line += c;
+        if (line.size() < kMaxLineBytes)
+            line += c;
     }
     return true;
 }

@@ -1,6 +1,7 @@
 // zavcli gps --file on the real receiver captures, checked against a capture worked out here
 // on its own from the dialog's rules (line assembly, GGA only, HDOP as shown, the timer rule).
 #include "cli/Commands.h"
+#include "cli/NmeaCommand.h"
 
 #include <gtest/gtest.h>
 
@@ -179,4 +180,18 @@ TEST(GpsCommand, ExampleFixesAndUsage) {
     Cli noDevice;
     EXPECT_EQ(noDevice.run({"gps", "--device", "/nonexistent/ttyQ9", "--timeout", "1"}),
               kExitFailed);
+}
+
+TEST(ReadNmeaLine, LinesAsSentWithAnEndlessLineCut) {
+    std::istringstream in(std::string(100000, 'A') + "\r\n$GPGGA,1\r\nglued\rtwo\n\nlast");
+    std::string line;
+    std::vector<std::string> lines;
+    while (ReadNmeaLine(in, line))
+        lines.push_back(line);
+    ASSERT_EQ(lines.size(), 5u);
+    EXPECT_EQ(lines[0], std::string(kMaxNmeaLineBytes, 'A'));
+    EXPECT_EQ(lines[1], "$GPGGA,1");
+    EXPECT_EQ(lines[2], "glued\rtwo"); // only LF ends a line
+    EXPECT_EQ(lines[3], "");
+    EXPECT_EQ(lines[4], "last");
 }

@@ -177,6 +177,10 @@ TEST(ReadAntennaFile, EveryProblemHasItsMessage) {
             EXPECT_EQ(l.dialogs.messages[i].icon, c.icons[i]) << what << " " << i;
     }
     EXPECT_EQ(load("#* Yagi\n1\t10\n1\t20\n").file.Antenna, "Yagi"); // taken before failing
+    // A line without an end in sight keeps only its start.
+    const Loaded endless = load("#* " + std::string(1 << 20, 'Y') + "\n" + records(3));
+    EXPECT_TRUE(endless.file.Ok);
+    EXPECT_EQ(endless.file.Antenna->size(), 4093u);
     // More than 100 records: the first 100 load after the warning.
     const Loaded many = load(records(150));
     ASSERT_EQ(many.file.IntTable.size(), 100u);
