@@ -1,4 +1,5 @@
 // zavcli analyse in-process: its fields against the detector run itself, exit codes, messages.
+#include "CliRun.h"
 #include "cli/Commands.h"
 #include "measure/WaveAnalysis.h"
 #include "platform/Format.h"
@@ -14,14 +15,9 @@
 #include <sstream>
 
 using namespace zav;
+using zav::test::Cli;
 
 namespace {
-
-struct Cli {
-    std::ostringstream out, err;
-    CliIo io{out, err, false};
-    int run(std::vector<std::string> args) { return RunCli(args, io); }
-};
 
 std::string scratch(const std::string& name) {
     const auto dir = std::filesystem::path(ZAV_BINARY_DIR) / "test-scratch" / "cli-analyse";

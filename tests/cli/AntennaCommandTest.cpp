@@ -1,5 +1,6 @@
 // zavcli antenna in-process: the loader's messages and the exit codes (the readings are
 // checked end to end against tests/data/measure).
+#include "CliRun.h"
 #include "cli/Commands.h"
 
 #include <gtest/gtest.h>
@@ -9,14 +10,9 @@
 #include <sstream>
 
 using namespace zav;
+using zav::test::Cli;
 
 namespace {
-
-struct Cli {
-    std::ostringstream out, err;
-    CliIo io{out, err, false};
-    int run(std::vector<std::string> args) { return RunCli(args, io); }
-};
 
 std::string antennaFile(const std::string& name, const std::string& text) {
     const auto dir = std::filesystem::path(ZAV_BINARY_DIR) / "test-scratch" / "cli-antenna";

@@ -1,4 +1,5 @@
 #include "cli/Commands.h"
+#include "CliRun.h"
 #include "cli/CliDialogs.h"
 
 #include <gtest/gtest.h>
@@ -6,16 +7,7 @@
 #include <sstream>
 
 using namespace zav;
-
-namespace {
-
-struct Cli {
-    std::ostringstream out, err;
-    CliIo io{out, err, false};
-    int run(std::vector<std::string> args) { return RunCli(args, io); }
-};
-
-} // namespace
+using zav::test::Cli;
 
 TEST(Cli, HelpListsEveryCommandOfTheTool) {
     Cli c;

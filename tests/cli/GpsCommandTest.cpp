@@ -1,5 +1,6 @@
 // zavcli gps --file on the real receiver captures, checked against a capture worked out here
 // on its own from the dialog's rules (line assembly, GGA only, HDOP as shown, the timer rule).
+#include "CliRun.h"
 #include "cli/Commands.h"
 #include "cli/NmeaCommand.h"
 
@@ -11,16 +12,11 @@
 #include <sstream>
 
 using namespace zav;
+using zav::test::Cli;
 
 namespace {
 
 const std::string kCaptures = std::string(ZAV_SHARED_DATA_DIR) + "/nmea/";
-
-struct Cli {
-    std::ostringstream out, err;
-    CliIo io{out, err, false};
-    int run(std::vector<std::string> args) { return RunCli(args, io); }
-};
 
 struct Expected {
     int count = 0;

@@ -1,4 +1,5 @@
 // zavcli measure --calibrate and the P.372 keys of --json, in-process on generated recordings.
+#include "CliRun.h"
 #include "cli/Commands.h"
 #include "platform/Conversions.h"
 #include "platform/Format.h"
@@ -14,15 +15,10 @@
 #include <sstream>
 
 using namespace zav;
+using zav::test::Cli;
 namespace fs = std::filesystem;
 
 namespace {
-
-struct Cli {
-    std::ostringstream out, err;
-    CliIo io{out, err, false};
-    int run(std::vector<std::string> args) { return RunCli(args, io); }
-};
 
 struct Recordings {
     fs::path dir = fs::path(ZAV_BINARY_DIR) / "test-scratch" / "cli-calibrate";

@@ -1,5 +1,6 @@
 // zavcli update and measure --post, run in-process against an HTTP server inside the test.
 #include "../qt/TestHttpServer.h"
+#include "CliRun.h"
 
 #include "cli/Commands.h"
 #include "cli/MeasureCommand.h"
@@ -20,11 +21,6 @@ using namespace zav::test;
 namespace fs = std::filesystem;
 
 namespace {
-
-struct Captured {
-    std::ostringstream out, err;
-    CliIo io{out, err, false};
-};
 
 // An update description as the site serves it.
 std::string description(const std::string& url, const std::string& version) {
@@ -80,7 +76,7 @@ TEST(UpdateCommand, PrintsTheMessageAndFailsOnlyWhenTheSiteDoes) {
     QtXmlLookup xml;
     const std::string home = "http://www.zav-noise.org/zav/";
     auto check = [&](const std::string& base, int expectedExit) {
-        Captured c;
+        Cli c;
         EXPECT_EQ(RunUpdateCheck(base, c.io, http, xml), expectedExit) << c.out.str();
         return c.out.str();
     };
@@ -110,11 +106,11 @@ TEST(MeasurePost, AcceptedObservationPrintsReceiptAfterTheReport) {
     TestHttpServer server;
     server.reply(200, "<result><cc>0</cc><receipt>ZAV-42</receipt></result>");
     MeasureFolder folder(server.hostAndPath("/collect"), "*alice");
-    Captured plain;
+    Cli plain;
     ASSERT_EQ(RunMeasure(folder.args({}), plain.io), kExitOk) << plain.err.str();
     const std::string report = plain.out.str();
 
-    Captured posted;
+    Cli posted;
     ASSERT_EQ(RunMeasure(folder.args({"--post"}), posted.io), kExitOk) << posted.err.str();
     EXPECT_EQ(posted.out.str(), report + "Receipt: ZAV-42\n");
     ASSERT_EQ(server.requests.size(), 1u);
@@ -124,7 +120,7 @@ TEST(MeasurePost, AcceptedObservationPrintsReceiptAfterTheReport) {
     EXPECT_EQ(UrlDecode(formValue(body, "Location")), "Back garden");
     EXPECT_EQ(formValue(body, "username"), "alice");
 
-    Captured json;
+    Cli json;
     ASSERT_EQ(RunMeasure(folder.args({"--post", "--json"}), json.io), kExitOk);
     EXPECT_NE(json.out.str().find("\"transfer\":{\"Message\":\"Receipt: ZAV-42\",\"sent\":true}"),
               std::string::npos);
@@ -134,18 +130,18 @@ TEST(MeasurePost, RefusalMissingAddressAndNoResultsExitOne) {
     TestHttpServer server;
     server.reply(200, "<result><cc>1</cc><reason>Unknown+station</reason></result>");
     MeasureFolder folder(server.hostAndPath("/collect"), "alice");
-    Captured refused;
+    Cli refused;
     EXPECT_EQ(RunMeasure(folder.args({"--post"}), refused.io), kExitFailed);
     EXPECT_TRUE(refused.out.str().ends_with("\r\nUnknown station\n"));
 
     MeasureFolder noAddress("", "alice");
-    Captured none;
+    Cli none;
     EXPECT_EQ(RunMeasure(noAddress.args({"--post"}), none.io), kExitFailed);
     EXPECT_NE(none.err.str().find("no server address"), std::string::npos);
     EXPECT_EQ(server.requests.size(), 1u);
 
     // Without results there is nothing to transfer and no request.
-    Captured noResults;
+    Cli noResults;
     EXPECT_EQ(RunMeasure(folder.args({"--post", "--limits", "off"}), noResults.io), kExitFailed);
     EXPECT_NE(noResults.err.str().find("no results to transfer"), std::string::npos);
     EXPECT_EQ(server.requests.size(), 1u);
