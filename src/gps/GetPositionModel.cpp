@@ -62,6 +62,15 @@ std::string midChars(const std::string& s, std::size_t start,
     return from < to ? s.substr(from, to - from) : std::string();
 }
 
+// "S dd° mm.mmmm'" or "W ddd° mm.mmmm'" as signed decimal degrees: `degreeDigits` digits
+// from the third character, the minutes after the degree sign and a blank, negative for the
+// hemisphere letter `negative`.
+double signedDegrees(const std::string& text, std::size_t degreeDigits, const char* negative) {
+    const double degrees = LeadingNumber(midChars(text, 3, degreeDigits)) +
+                           LeadingNumber(midChars(text, 5 + degreeDigits)) / 60;
+    return midChars(text, 1, 1) == negative ? -degrees : degrees;
+}
+
 } // namespace
 
 GetPositionModel::GetPositionModel(const GpsSettings& settings, SerialPort& ComPort, Beeper& beeper,
@@ -188,19 +197,12 @@ void GetPositionModel::PositionReceived(const std::string& latitude, const std::
     SumHdop2 += h * h;
     acc = Format(4 * std::sqrt(SumHdop2 / Count), "0.00", m_separator);
 
-    // "S dd° mm.mmmm'" and "W ddd° mm.mmmm'" to signed decimal degrees.
-    double latitudeDeg =
-        LeadingNumber(midChars(latitude, 3, 2)) + LeadingNumber(midChars(latitude, 7)) / 60;
-    if (midChars(latitude, 1, 1) == "S")
-        latitudeDeg = -latitudeDeg;
+    const double latitudeDeg = signedDegrees(latitude, 2, "S");
     latl = Format(latitudeDeg, "00.000000", m_separator);
     SumLat += latitudeDeg;
     lat = Format(SumLat / Count, "00.000000", m_separator);
 
-    double longitudeDeg =
-        LeadingNumber(midChars(longitude, 3, 3)) + LeadingNumber(midChars(longitude, 8)) / 60;
-    if (midChars(longitude, 1, 1) == "W")
-        longitudeDeg = -longitudeDeg;
+    const double longitudeDeg = signedDegrees(longitude, 3, "W");
     lonl = Format(longitudeDeg, "000.000000", m_separator);
     SumLon += longitudeDeg;
     lon = Format(SumLon / Count, "000.000000", m_separator);
