@@ -7,7 +7,7 @@
 #include "cli/MeasureCommand.h"
 #include "cli/NmeaCommand.h"
 #include "cli/ProfileCommand.h"
-#include "cli/RecordCommand.h"
+#include "cli/SoundCardHelper.h"
 #include "cli/UpdateCommand.h"
 
 #include <algorithm>
@@ -35,7 +35,9 @@ const std::vector<Command> kCommands = {
      "Records one measurement interval through the audio input as a step does (the template "
      "ZAV.wav, the settling second, the trimming) and prints the file, rate, samples kept and "
      "the stream's start-up in ms; --list-devices lists the inputs.",
-     RecordCommand},
+     [](const std::vector<std::string>& args, CliIo& io) {
+         return RunInSoundCardHelper("record", args, io);
+     }},
     {"profile", "zavcli profile P.zav [--json]",
      "Loads a profile as the desktop program opens it and prints every setting.", ProfileCommand},
     {"antenna", "zavcli antenna FILE.tab --at MHZ [--at MHZ ...]",

@@ -72,7 +72,7 @@ grep -q 'Error: recording wave file: ' gone.err || fail "server gone: $(cat gone
 [ ! -e gone.wav ] && [ ! -e gone.tmp ] || fail "files left after the server went"
 
 # A program without its template beside it records nothing and says why.
-mkdir bare && cp "$zavcli" bare/zavcli
+mkdir bare && cp "$zavcli" "$(dirname "$zavcli")/zavcli-audio" bare/
 rc=0; bare/zavcli record bare.wav 2> bare.err || rc=$?
 [ $rc = 1 ] || fail "no template: exit $rc"
 grep -q 'ZAV.wav" is missing' bare.err || fail "no template: $(cat bare.err)"

@@ -188,4 +188,8 @@ TEST(ResourceFolder, ProgramFolderFirstThenTheInstalledDataFolder) {
     EXPECT_EQ(ResourceFolder(bin.string(), "ZAV.pdf"), bin.string() + "/");
     std::ofstream(bin / "licence.txt") << "x";
     EXPECT_EQ(ResourceFolder(bin.string() + "/", "licence.txt"), bin.string() + "/");
+    // A helper program installed under libexec/zav finds the same data folder.
+    const fs::path helper = root.path / "libexec" / "zav";
+    fs::create_directories(helper);
+    EXPECT_EQ(ResourceFolder(helper.string(), "licence.txt"), share.string() + "/");
 }
