@@ -9,7 +9,7 @@ CMAKE_FLAGS ?=
 # Everything configure, build, packaging and tests need on a bare Debian 12. Debian's
 # qt6-charts-dev needs libqt6opengl6-dev without depending on it. tests/deps-guard.sh
 # fails the suite when CMake finds, or a test runs, something this list does not bring.
-PACKAGES := cmake g++ make ninja-build ccache pkg-config file dpkg-dev fakeroot time \
+PACKAGES := cmake g++ make ninja-build ccache pkg-config file dpkg-dev time \
             qt6-base-dev qt6-multimedia-dev qt6-serialport-dev qt6-charts-dev qt6-svg-dev \
             libqt6opengl6-dev libgl-dev libgtest-dev libgmock-dev libbenchmark-dev \
             libhamlib-dev libhamlib-utils \
@@ -18,7 +18,7 @@ PACKAGES := cmake g++ make ninja-build ccache pkg-config file dpkg-dev fakeroot 
 
 SUDO := $(shell [ "$$(id -u)" = 0 ] || echo sudo)
 
-.PHONY: deps build test run demo bench fuzz test-sanitize clean format
+.PHONY: deps print-packages build test run demo package bench fuzz test-sanitize clean format
 
 deps:
 	@missing=""; \
@@ -32,6 +32,9 @@ deps:
 	$(SUDO) env DEBIAN_FRONTEND=noninteractive apt-get update -qq && \
 	$(SUDO) env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends $$missing
 
+print-packages:
+	@echo $(PACKAGES)
+
 $(BUILD_DIR)/build.ninja:
 	cmake -S . -B $(BUILD_DIR) -G Ninja -DCMAKE_BUILD_TYPE=$(BUILD_TYPE) $(CMAKE_FLAGS)
 
@@ -41,8 +44,16 @@ build: deps $(BUILD_DIR)/build.ninja
 test: build
 	cd $(BUILD_DIR) && ctest --output-on-failure -j $(JOBS)
 
+# ZAV keeps its default profile ZAV.zav and the data log in the folder it starts in: a
+# working folder of the operator's, never the source tree.
+RUN_DIR ?= $(HOME)/ZAV
 run: build
-	$(BUILD_DIR)/bin/zav
+	mkdir -p "$(RUN_DIR)"
+	cd "$(RUN_DIR)" && "$(abspath $(BUILD_DIR))/bin/zav"
+
+# A Debian package of both programs (build/zav_VERSION_ARCH.deb).
+package: build
+	cd $(BUILD_DIR) && cpack
 
 # The three steps on the demo recordings with the example profile: prints the report.
 demo: build
@@ -51,7 +62,6 @@ demo: build
 
 # Figures, not tests: the detector pass and zavcli analyse against sox (Release build).
 bench: deps
-	@dpkg -s time >/dev/null 2>&1 || $(SUDO) env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq time
 	cmake -S . -B build-bench -G Ninja -DCMAKE_BUILD_TYPE=Release -DZAV_BENCHMARKS=ON -DZAV_TESTS=OFF
 	cmake --build build-bench -j $(JOBS)
 	build-bench/bin/zav_detector_benchmark

@@ -4,6 +4,8 @@
 #include "cli/Commands.h"
 #include "cli/NmeaCommand.h"
 
+#include "testsupport/SharedData.h"
+
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -118,6 +120,7 @@ Expected capture(const std::string& file, int acc) {
 } // namespace
 
 TEST(GpsCommand, RealCapturesAgreeWithAnIndependentCapture) {
+    ZAV_NEED_SHARED_DATA();
     int averaged = 0;
     for (const char* name : {"haicom-305N.nmea", "garmin48.nmea", "magellan315.nmea",
                              "nmea-fuzzy-cases.nmea", "gp-320fw-2019-04-07-coldboot.nmea",

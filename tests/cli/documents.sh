@@ -1,7 +1,8 @@
 #!/bin/sh
 # The licence and the manual beside the programs, the manual tool's refusal of a missing
-# source, and what an install puts where the desktop looks: documents, desktop entry, icon
-# and a MIME type the shared-mime-info tool accepts.
+# source, and what an install puts where: both programs and the sound-card helper, the
+# documents and template they find there, a valid desktop entry, the icon and a MIME type
+# the shared-mime-info tool accepts.
 set -eu
 bin=$1
 build=$2
@@ -24,6 +25,15 @@ rc=0
 
 cmake --install "$build" --prefix "$work/prefix" > /dev/null
 share=$work/prefix/share
+[ -x "$work/prefix/bin/zav" ] && [ -x "$work/prefix/bin/zavcli" ]
+[ -x "$work/prefix/libexec/zav/zavcli-audio" ]
+cmp "$share/zav/ZAV.wav" "$source/resources/ZAV.wav"
+desktop-file-validate "$share/applications/zav.desktop"
+# The installed zavcli hands recording to its helper, which finds the installed template and
+# only then misses the input asked for.
+rc=0
+"$work/prefix/bin/zavcli" record "$work/x.wav" --device "No Such Input" 2> "$work/rec.err" || rc=$?
+[ "$rc" = 1 ] && grep -q 'No Such Input' "$work/rec.err" || { cat "$work/rec.err"; exit 1; }
 cmp "$share/zav/licence.txt" "$source/resources/licence.txt"
 cmp "$share/zav/ZAV.pdf" "$bin/ZAV.pdf"
 grep -q '^Exec=zav %f$' "$share/applications/zav.desktop"

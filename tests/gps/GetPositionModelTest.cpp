@@ -7,6 +7,8 @@
 #include "platform/Beeper.h"
 #include "platform/SerialPort.h"
 
+#include "testsupport/SharedData.h"
+
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -293,6 +295,7 @@ TEST(GetPosition, SerialErrorMessages) {
 }
 
 TEST(GetPosition, HostileChunksNeverEscapeTheDialog) {
+    ZAV_NEED_SHARED_DATA();
     // A real capture cut into random chunks, with random bytes dropped in: whatever happens
     // shows in `record`; nothing is thrown out of the receive path.
     std::ifstream capture(std::string(ZAV_SHARED_DATA_DIR) +

@@ -6,6 +6,8 @@
 #include "gps/NmeaEventText.h"
 #include "gps/RuntimeError.h"
 
+#include "testsupport/SharedData.h"
+
 #include <gtest/gtest.h>
 
 #include <fstream>
@@ -147,6 +149,7 @@ TEST(NmeaInterpreter, FieldRoutinesOwnGuardsAndShortTexts) {
 }
 
 TEST(NmeaInterpreter, HostileInputOnlyEverEndsInItsOwnErrors) {
+    ZAV_NEED_SHARED_DATA();
     // Real sentences cut, glued and sprinkled with bytes of every value, each given a good
     // checksum so that the parsers, not the checksum, meet them.
     std::vector<std::string> seeds;

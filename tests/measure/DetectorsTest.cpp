@@ -5,6 +5,8 @@
 #include "testsupport/FakeDialogs.h"
 #include "testsupport/TestWave.h"
 
+#include "testsupport/SharedData.h"
+
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -191,6 +193,7 @@ TEST(AnalyseWave, FileRunEqualsTheInMemoryRun) {
     expectSame(m, fromFile);
 
     // A real recording from another writer, against the plain loop over its samples.
+    ZAV_NEED_SHARED_DATA();
     const std::string real = std::string(ZAV_SHARED_DATA_DIR) + "/wav/goaudio_listinfo.wav";
     std::ifstream in(real, std::ios::binary);
     in.seekg(44);

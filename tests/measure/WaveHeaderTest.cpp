@@ -2,6 +2,8 @@
 #include "WaveBytes.h"
 #include "testsupport/FakeDialogs.h"
 
+#include "testsupport/SharedData.h"
+
 #include <gtest/gtest.h>
 
 #include <cfenv>
@@ -123,6 +125,7 @@ TEST(SamplesFromDataSize, HalvesWithTiesToEven) {
 }
 
 TEST(ReadWaveHeader, RealFilesFromOtherWritersAreJudgedByTheSameRules) {
+    ZAV_NEED_SHARED_DATA();
     const std::string dir = std::string(ZAV_SHARED_DATA_DIR) + "/wav/";
     auto open = [&](const std::string& name) {
         Read r;
