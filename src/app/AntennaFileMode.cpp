@@ -26,6 +26,7 @@ void AntennaFileMode::LoadAntennaFile() {
         m_controls.AntGainEnabled = true;
         m_controls.MenuOptionsAntFactEnabled = true;
         MenuAntUnlEnabled = false;
+        m_events.CalcCalc();
         return;
     }
     m_table = std::move(file.IntTable);
@@ -37,6 +38,7 @@ void AntennaFileMode::LoadAntennaFile() {
     MenuAntUnlEnabled = true;
     m_record.AntGain =
         Format(*ValueAt(Number(m_record.Frequency, decimalSeparator)), "0.00", decimalSeparator);
+    m_events.CalcCalc();
 }
 
 void AntennaFileMode::MenuAntUnl_Click() {
@@ -45,6 +47,7 @@ void AntennaFileMode::MenuAntUnl_Click() {
     MenuAntUnlEnabled = false;
     m_record.AntFileName.clear();
     m_table.clear();
+    m_events.CalcCalc();
 }
 
 std::optional<double> AntennaFileMode::ValueAt(double frequencyMHz) const {

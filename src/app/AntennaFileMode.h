@@ -2,6 +2,7 @@
 
 #include "config/OptionsMenu.h"
 #include "config/SetupControls.h"
+#include "config/SetupEvents.h"
 #include "config/SetupRecord.h"
 #include "measure/AntennaFile.h"
 #include "platform/Dialogs.h"
@@ -16,14 +17,15 @@ namespace zav {
 class AntennaFileMode {
 public:
     AntennaFileMode(SetupRecord& record, Options& options, SetupControls& controls,
-                    OptionsMenu& optionsMenu, Dialogs& dialogs)
+                    OptionsMenu& optionsMenu, Dialogs& dialogs, SetupEvents& events)
         : m_record(record), m_options(options), m_controls(controls), m_optionsMenu(optionsMenu),
-          m_dialogs(dialogs) {}
+          m_dialogs(dialogs), m_events(events) {}
 
     // "&Import antenna file": choose a file, then load it.
     void MenuImportAntenna_Click(const std::string& startDir);
     // Loads the file that AntFileName names; a failed load clears the name and gives the box
-    // back to the operator.
+    // back to the operator. Loading and unloading recompute the results at once, so that
+    // they never stand on another antenna than the one shown.
     void LoadAntennaFile();
     // "&Unload antenna file": the box and the option are the operator's again; the value and
     // the factor mode stay as they are.
@@ -42,6 +44,7 @@ private:
     SetupControls& m_controls;
     OptionsMenu& m_optionsMenu;
     Dialogs& m_dialogs;
+    SetupEvents& m_events;
     std::vector<AntennaRow> m_table;
 };
 

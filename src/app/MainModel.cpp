@@ -1,6 +1,7 @@
 #include "app/MainModel.h"
 
 #include "app/Caption.h"
+#include "app/GetPosition.h"
 #include "platform/CompareVersions.h"
 #include "platform/TextHelpers.h"
 
@@ -12,7 +13,7 @@ namespace zav {
 MainModel::MainModel(const StartupState& startup, MainPorts ports, MainEnvironment environment)
     : form(setup, options, ports.dialogs, *this, environment.decimalSeparator),
       optionsMenu(options, setup, controls, commands, *this, environment.decimalSeparator),
-      antenna(setup, options, controls, optionsMenu, ports.dialogs),
+      antenna(setup, options, controls, optionsMenu, ports.dialogs, *this),
       profiles(setup, options, controls, state, ports.settings, ports.dialogs, *this,
                environment.decimalSeparator),
       steps(setup, options, commands, {ports.dialogs, *this, ports.beeper}),
@@ -39,12 +40,20 @@ MainModel::MainModel(const StartupState& startup, MainPorts ports, MainEnvironme
     steps.decimalSeparator = sep;
     waveExports.decimalSeparator = sep;
     steps.afterStep3 = [this] { afterStep3(); };
+    steps.valuesShown = [this] {
+        if (showState)
+            showState();
+    };
+    outputs.observationOutput = [this] { steps.observation.positionFrozen = true; };
     state.CurrentDir = startup.currentDir;
     state.ProfilePath = startup.profilePath;
     state.ProfileName = startup.profileName;
     outputs.TsvFileName = startup.tsvFileName;
     outputs.CurrentDir = startup.currentDir;
     DebugFlag = startup.debugFlag;
+    // "-d" asks the server for its debugging answer, as a user name starting with "*" does.
+    if (DebugFlag != 0)
+        transferHistory.serverDebug = 1;
     Caption = WindowCaption(state.ProfileName);
 }
 
@@ -111,7 +120,24 @@ Recording MainModel::RecordWave(const RecordingRequest& request) {
     return rec;
 }
 
+void MainModel::GetPosition(const std::function<void(SetupRecord&)>& capture) {
+    focus = btnGetPos_Click(setup, commands, capture);
+    Observation& o = steps.observation;
+    // Taken after the steps but before anything was output, the position belongs to the
+    // observation just measured; once output, the observation stays as it went out.
+    if (!o.ObsTime.empty() && !o.positionFrozen && !setup.lat.empty() && !setup.lon.empty()) {
+        o.ObsLat = FormatObsCoordinate(setup.lat, m_environment.decimalSeparator);
+        o.ObsLon = FormatObsCoordinate(setup.lon, m_environment.decimalSeparator);
+    }
+}
+
 void MainModel::runStep(void (MeasurementSteps::*step)()) {
+    // Every way to start a step checks the boxes as a click on its button does.
+    if (const auto refused = form.ValidateAll()) {
+        focus = FocusTarget::SetupBox;
+        focusField = *refused;
+        return;
+    }
     steps.focus = FocusTarget::Unchanged;
     (steps.*step)();
     if (steps.focus != FocusTarget::Unchanged)

@@ -50,6 +50,14 @@ public:
     void RTSVB_Click() { MenuSaveTsv_Click(); }
     void MenuSaveTsv_Click();
 
+    // "Get position": `capture` runs the capture dialog, which writes the averaged position
+    // into the set-up on OK. An observation not yet output takes the new position.
+    void GetPosition(const std::function<void(SetupRecord&)>& capture);
+
+    // Shows the model's state in the window while a handler still runs (a step's values
+    // before the verdict's message box). Unset without a window.
+    std::function<void()> showState;
+
     // The file the next step of the "recordings from files" input takes, or nothing to ask
     // the operator with a file chooser.
     std::function<std::optional<std::string>()> chooseRecording;
@@ -63,6 +71,7 @@ public:
     std::string Caption;
     std::string lblTime;
     FocusTarget focus = FocusTarget::Unchanged;
+    SetupField focusField = SetupField::Tester; // the box meant by FocusTarget::SetupBox
     bool MenuSCCPEnabled = true; // the two sound-mixer entries, for older systems only
     bool MenuSCCREnabled = true;
     int DebugFlag = 0;

@@ -1,5 +1,7 @@
 #include "cli/Commands.h"
 
+#include <filesystem>
+
 #include "cli/AnalyseCommand.h"
 #include "cli/AntennaCommand.h"
 #include "cli/ExportCommand.h"
@@ -97,6 +99,16 @@ int UsageError(CliIo& io, const std::string& command, const std::string& why) {
         io.err << "zavcli " << command << ": " << why << "\n";
     if (const Command* c = find(command))
         io.err << "usage: " << c->synopsis << "\n";
+    return kExitUsage;
+}
+
+std::optional<int> CheckProfileExists(CliIo& io, const std::string& command,
+                                      const std::string& path) {
+    std::error_code ec;
+    if (path.empty() || std::filesystem::is_regular_file(
+                            std::filesystem::path(std::u8string(path.begin(), path.end())), ec))
+        return std::nullopt;
+    io.err << "zavcli " << command << ": no such profile: " << path << "\n";
     return kExitUsage;
 }
 

@@ -2,6 +2,7 @@
 
 #include "cli/CliIo.h"
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -27,6 +28,12 @@ const std::vector<Command>& Commands();
 // Reports a bad command line: "zavcli COMMAND: why" (when there is a why), then the
 // command's synopsis; returns kExitUsage.
 int UsageError(CliIo& io, const std::string& command, const std::string& why);
+
+// A profile named on the command line that is not a readable file is a mistyped name, not a
+// request for the defaults: "zavcli COMMAND: no such profile: PATH", kExitUsage. Nothing for
+// an empty path (no profile given) or an existing file.
+std::optional<int> CheckProfileExists(CliIo& io, const std::string& command,
+                                      const std::string& path);
 
 // Runs zavcli with its arguments (program name excluded).
 int RunCli(const std::vector<std::string>& args, CliIo& io);

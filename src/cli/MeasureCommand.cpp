@@ -94,6 +94,12 @@ int RunMeasure(const std::vector<std::string>& args, CliIo& io) {
     if (a.files.size() != 3)
         return UsageError(io, "measure",
                           "three recordings are needed: sound card, receiver, external");
+    if (!a.limits && (!a.log.empty() || !a.report.empty() || a.post))
+        return UsageError(io, "measure",
+                          "results without limits are never logged, reported or posted: "
+                          "--limits off cannot go with --log, --report or --post");
+    if (const auto status = CheckProfileExists(io, "measure", a.profile))
+        return *status;
     for (const std::string& f : a.files) {
         if (!std::filesystem::is_regular_file(f)) {
             io.err << "zavcli measure: no such file: " << f << "\n";
@@ -113,6 +119,7 @@ int RunMeasure(const std::vector<std::string>& args, CliIo& io) {
     // Each step runs only when the desktop program would let the operator press it.
     StepVerdict verdicts[3];
     const std::vector<std::string>& shown = headless.dialogs().messages();
+    bool unusable = false;
     for (int step = 0; step < 3; ++step) {
         if ((step == 1 && !m.commands.Step2) || (step == 2 && !m.commands.Step3))
             break;
@@ -123,10 +130,23 @@ int RunMeasure(const std::vector<std::string>& args, CliIo& io) {
             m.Step2();
         else
             m.Step3();
-        verdicts[step].ran = true;
         verdicts[step].messages.assign(shown.begin() + static_cast<long>(before), shown.end());
+        // A step that measured nothing leaves its column empty: no report stands on it.
+        if (m.steps.gridMeas.Text(2, step + 1).empty()) {
+            if (m.focus == FocusTarget::SetupBox)
+                io.err << "zavcli measure: a set-up value of the profile was refused; nothing "
+                          "measured\n";
+            else
+                io.err << "zavcli measure: " << a.files[static_cast<std::size_t>(step)]
+                       << " gave no measurement\n";
+            unusable = true;
+            break;
+        }
+        verdicts[step].ran = true;
     }
     const bool calculated = !m.steps.gridCalc.Text(9).empty();
+    if (unusable)
+        return kExitFailed;
 
     int status = calculated ? kExitOk : kExitFailed;
     if (!a.log.empty()) {

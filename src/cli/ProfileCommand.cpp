@@ -24,11 +24,8 @@ int ProfileCommand(const std::vector<std::string>& args, CliIo& io) {
     if (path.empty())
         return UsageError(io, "profile", "no profile given");
 
-    std::error_code ec;
-    if (!std::filesystem::is_regular_file(
-            std::filesystem::path(std::u8string(path.begin(), path.end())), ec))
-        io.err << "zavcli profile: " << path
-               << " cannot be read; every setting shows its default\n";
+    if (const auto status = CheckProfileExists(io, "profile", path))
+        return *status;
 
     // The profile opens as the desktop opens it, antenna file included.
     HeadlessModel headless(path, io.err);

@@ -127,6 +127,8 @@ int RecordCommand(const std::vector<std::string>& args, CliIo& io) {
     if (raw == a.out)
         return UsageError(io, "record", "the output file cannot end in .tmp");
 
+    if (const auto status = CheckProfileExists(io, "record", a.profile))
+        return *status;
     // The interval and its unit as the profile gives them, as a step reads them.
     HeadlessModel headless(a.profile, io.err);
     const MainModel& model = headless.model();

@@ -3,6 +3,7 @@
 namespace zav {
 
 // Where the core asks the main window to put the keyboard focus next.
-enum class FocusTarget { Unchanged, Step1, Step2, Step3, RTSVB };
+// SetupBox: the set-up box that refused its value (the model names which).
+enum class FocusTarget { Unchanged, Step1, Step2, Step3, RTSVB, SetupBox };
 
 } // namespace zav

@@ -41,10 +41,11 @@ bool isFile(const std::string& path) {
 
 // A stored 16-bit setting, rounded to the nearest integer (halves to even); a text that is
 // not a number, or a number that does not fit, gives the default.
-std::int16_t toInt16(const std::string& text, std::int16_t defaultValue, char sep) {
-    if (!IsNumber(text, sep))
+std::int16_t toInt16(const std::string& text, std::int16_t defaultValue) {
+    const auto stored = StoredNumber(text);
+    if (!stored)
         return defaultValue;
-    const double value = std::nearbyint(Number(text, sep));
+    const double value = std::nearbyint(*stored);
     if (value < std::numeric_limits<std::int16_t>::min() ||
         value > std::numeric_limits<std::int16_t>::max())
         return defaultValue;
@@ -72,10 +73,20 @@ bool Profiles::readBoolean(const IniFile& ini, const char* defaultValue, const c
     return value.value_or(*TextToBoolean(defaultValue));
 }
 
-std::string Profiles::readNumber(const IniFile& ini, const char* defaultValue,
-                                 const char* key) const {
-    std::string value = read(ini, defaultValue, key, kConditions);
-    return IsNumber(value, decimalSeparator) ? value : defaultValue;
+std::string Profiles::readNumber(const IniFile& ini, const char* defaultValue, const char* key,
+                                 const char* section, bool optional) const {
+    const auto value = ini.Value(section, key);
+    const std::string text = value ? cutToBuffer(*value) : "";
+    if (text.empty())
+        return optional ? text : defaultValue; // nothing there to keep
+    if (auto shown = ShownNumber(text, decimalSeparator))
+        return *shown;
+    // Shown as it stands, so that saving the profile gives the operator's text back rather
+    // than a default over it; the check on the box refuses it before any step runs.
+    m_dialogs.ShowMessage("Error: profile " + m_state.ProfilePath + ": " + key + "=" + text +
+                              " is not a number.",
+                          kAppTitle, MessageIcon::Exclamation);
+    return text;
 }
 
 std::string Profiles::GetProfileSetting(const std::string& defaultValue, const std::string& key,
@@ -97,18 +108,17 @@ void Profiles::GetProfileSettings() {
     r.Feedline = read(ini, "", "Feedline", kConditions);
     r.Tester = read(ini, "", "Tester", kConditions);
     r.Location = read(ini, "", "Location", kConditions);
-    r.lat = read(ini, "", "Lat", kConditions);
-    r.lon = read(ini, "", "Lon", kConditions);
+    r.lat = readNumber(ini, "", "Lat", kConditions, true);
+    r.lon = readNumber(ini, "", "Lon", kConditions, true);
     r.RxNF = readNumber(ini, "6", "RxNF");
-    r.Bandwidth = read(ini, "2700", "Bandwidth", kConditions); // checked when next validated
+    r.Bandwidth = readNumber(ini, "2700", "Bandwidth"); // its range is checked when validated
 
     // Earlier profiles held the receiver's noise floor in dBm over the bandwidth; the noise
     // figure is that floor above the thermal floor: NF = floor + 174 - 10·log10(B).
-    const std::string noiseFloor = read(ini, "", "RxNoiseFloor", kConditions);
+    const auto noiseFloor = StoredNumber(read(ini, "", "RxNoiseFloor", kConditions));
     const double bandwidthHz = Number(r.Bandwidth, sep);
-    if (!noiseFloor.empty() && bandwidthHz > 0)
-        r.RxNF = Format(Number(noiseFloor, sep) + 174 - 10 * std::log(bandwidthHz) / LogTen, "0.00",
-                        sep);
+    if (noiseFloor && bandwidthHz > 0)
+        r.RxNF = Format(*noiseFloor + 174 - 10 * std::log(bandwidthHz) / LogTen, "0.00", sep);
 
     r.Frequency = readNumber(ini, "7", "Frequency");
     r.AntGain = readNumber(ini, "0", "AntGain");
@@ -121,15 +131,17 @@ void Profiles::GetProfileSettings() {
         if (environment == entry)
             r.Environment = environment;
 
+    m_options.Verbose = readBoolean(ini, "True", "Verbose", kOptions);
+    m_options.Samples = readBoolean(ini, "True", "Samples", kOptions);
+    r.Interval = r.IntervalTag = readNumber(ini, "8", "Interval", kOptions);
+    m_options.AntFact = readBoolean(ini, "False", "AntFact", kOptions);
+    m_options.AutoTsv = readBoolean(ini, "False", "AutoTsv", kOptions);
+
+    // Loaded after the options: an antenna file holds factors whatever "AntFact" says, and
+    // the option it sets must not be read over again.
     r.AntFileName = read(ini, "", "AntFilename", kConditions);
     if (!r.AntFileName.empty())
         m_events.LoadAntennaFile();
-
-    m_options.Verbose = readBoolean(ini, "True", "Verbose", kOptions);
-    m_options.Samples = readBoolean(ini, "True", "Samples", kOptions);
-    r.Interval = r.IntervalTag = read(ini, "8", "Interval", kOptions);
-    m_options.AntFact = readBoolean(ini, "False", "AntFact", kOptions);
-    m_options.AutoTsv = readBoolean(ini, "False", "AutoTsv", kOptions);
 
     TransferSettings& t = m_state.transfer;
     t.username = read(ini, "", "username", kTransfer);
@@ -158,21 +170,24 @@ IniFile Profiles::profileContents() const {
     ini.Set(kConditions, "Feedline", r.Feedline);
     ini.Set(kConditions, "Tester", r.Tester);
     ini.Set(kConditions, "Location", r.Location);
-    ini.Set(kConditions, "Lat", r.lat);
-    ini.Set(kConditions, "Lon", r.lon);
-    ini.Set(kConditions, "RxNF", r.RxNF);
-    ini.Set(kConditions, "Bandwidth", r.Bandwidth);
-    ini.Set(kConditions, "Frequency", r.Frequency);
-    ini.Set(kConditions, "AntGain", r.AntGain);
-    ini.Set(kConditions, "Attenuator", r.Attenuator);
-    ini.Set(kConditions, "AGC", r.AGC);
-    ini.Set(kConditions, "Loss", r.Loss);
+    const auto number = [this](const std::string& shown) {
+        return LocaleFreeNumber(shown, decimalSeparator);
+    };
+    ini.Set(kConditions, "Lat", number(r.lat));
+    ini.Set(kConditions, "Lon", number(r.lon));
+    ini.Set(kConditions, "RxNF", number(r.RxNF));
+    ini.Set(kConditions, "Bandwidth", number(r.Bandwidth));
+    ini.Set(kConditions, "Frequency", number(r.Frequency));
+    ini.Set(kConditions, "AntGain", number(r.AntGain));
+    ini.Set(kConditions, "Attenuator", number(r.Attenuator));
+    ini.Set(kConditions, "AGC", number(r.AGC));
+    ini.Set(kConditions, "Loss", number(r.Loss));
     ini.Set(kConditions, "Environment", r.Environment);
     ini.Set(kConditions, "AntFilename", r.AntFileName);
 
     ini.Set(kOptions, "Verbose", BooleanText(m_options.Verbose));
     ini.Set(kOptions, "Samples", BooleanText(m_options.Samples));
-    ini.Set(kOptions, "Interval", r.Interval);
+    ini.Set(kOptions, "Interval", number(r.Interval));
     ini.Set(kOptions, "AntFact", BooleanText(m_options.AntFact));
     ini.Set(kOptions, "AutoTsv", BooleanText(m_options.AutoTsv));
 
@@ -287,13 +302,12 @@ void Profiles::LoadWindowSettings() {
 
     GpsSettings& g = m_state.gps;
     const GpsSettings defaults;
-    const char sep = decimalSeparator;
-    g.Port = toInt16(m_settings.GetSetting("gps", "Port", "1"), defaults.Port, sep);
-    g.Speed = toInt16(m_settings.GetSetting("gps", "Speed", "4800"), defaults.Speed, sep);
+    g.Port = toInt16(m_settings.GetSetting("gps", "Port", "1"), defaults.Port);
+    g.Speed = toInt16(m_settings.GetSetting("gps", "Speed", "4800"), defaults.Speed);
     g.Parity = m_settings.GetSetting("gps", "Parity", "N");
-    g.Dbits = toInt16(m_settings.GetSetting("gps", "Dbits", "8"), defaults.Dbits, sep);
-    g.Sbits = toInt16(m_settings.GetSetting("gps", "Sbits", "1"), defaults.Sbits, sep);
-    g.Acc = toInt16(m_settings.GetSetting("gps", "Acc", "10"), defaults.Acc, sep);
+    g.Dbits = toInt16(m_settings.GetSetting("gps", "Dbits", "8"), defaults.Dbits);
+    g.Sbits = toInt16(m_settings.GetSetting("gps", "Sbits", "1"), defaults.Sbits);
+    g.Acc = toInt16(m_settings.GetSetting("gps", "Acc", "10"), defaults.Acc);
     g.Device = m_settings.GetSetting("gps", "Device", "");
 }
 

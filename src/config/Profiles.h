@@ -50,8 +50,11 @@ private:
                      const char* section) const;
     bool readBoolean(const IniFile& ini, const char* defaultValue, const char* key,
                      const char* section) const;
-    // Reads a numeric key; a text that is not a number gives the key's default.
-    std::string readNumber(const IniFile& ini, const char* defaultValue, const char* key) const;
+    // Reads a numeric key as the window shows it; a missing key gives `defaultValue`, a
+    // text that is not a number is reported and kept as it stands. An `optional` key may
+    // also be empty.
+    std::string readNumber(const IniFile& ini, const char* defaultValue, const char* key,
+                           const char* section = "conditions", bool optional = false) const;
     IniFile profileContents() const;
     void saveRecentList();
     void saveGpsSettings();

@@ -122,6 +122,32 @@ void SetupForm::validateInterval(bool& Cancel) {
     }
 }
 
+void SetupForm::recalculate() {
+    if (m_deferCalc)
+        m_calcDeferred = true;
+    else
+        m_events.CalcCalc();
+}
+
+std::optional<SetupField> SetupForm::ValidateAll() {
+    m_deferCalc = true;
+    m_calcDeferred = false;
+    std::optional<SetupField> refused;
+    for (int i = 0; i < kSetupFieldCount && !refused; ++i) {
+        const auto field = static_cast<SetupField>(i);
+        if (!IsNumericField(field))
+            continue;
+        bool cancel = false;
+        Validate(field, cancel);
+        if (cancel)
+            refused = field;
+    }
+    m_deferCalc = false;
+    if (m_calcDeferred)
+        m_events.CalcCalc();
+    return refused;
+}
+
 void SetupForm::Validate(SetupField field, bool& Cancel) {
     std::string& text = FieldText(m_record, field);
     const char sep = decimalSeparator;
@@ -130,7 +156,7 @@ void SetupForm::Validate(SetupField field, bool& Cancel) {
         if (!IsNumber(text, sep) || Number(text, sep) < 0)
             text = "0";
         text = Format(Number(text, sep), "0.00", sep);
-        m_events.CalcCalc();
+        recalculate();
         break;
     case SetupField::Bandwidth:
         if (!checkRange(text, "0", 0, 200000, false)) {
@@ -138,7 +164,7 @@ void SetupForm::Validate(SetupField field, bool& Cancel) {
             Cancel = true;
             break;
         }
-        m_events.CalcCalc();
+        recalculate();
         break;
     case SetupField::Frequency:
         if (!checkRange(text, "0.000", 0.1, 10000, true)) {
@@ -149,16 +175,16 @@ void SetupForm::Validate(SetupField field, bool& Cancel) {
         // While an antenna file is loaded, the frequency decides the antenna factor.
         if (auto factor = m_events.AntennaValueAt(Number(text, sep)))
             m_record.AntGain = Format(*factor, "0.00", sep);
-        m_events.CalcCalc();
+        recalculate();
         break;
     case SetupField::Attenuator:
     case SetupField::Loss:
         tidyNumber(text, "0", "0.0");
-        m_events.CalcCalc();
+        recalculate();
         break;
     case SetupField::AntGain:
         tidyNumber(text, "0", "0.00");
-        m_events.CalcCalc();
+        recalculate();
         break;
     case SetupField::lat:
     case SetupField::lon:

@@ -7,6 +7,7 @@
 #include "platform/Dialogs.h"
 
 #include <array>
+#include <optional>
 
 namespace zav {
 
@@ -34,6 +35,10 @@ public:
     // Leaving the box: tidy, check, and on success recompute or reset what depends on it.
     // A refused value sets Cancel, which keeps the focus in the box.
     void Validate(SetupField field, bool& Cancel);
+    // Checks every box as leaving it would, in the window's order, before a step runs by any
+    // way (button, access key, menu, zavcli). Stops at the first refused value, whose message
+    // has been shown, and returns it; the results are recomputed once if any box asked.
+    std::optional<SetupField> ValidateAll();
 
     TextSelection Selection(SetupField field) const;
     // Selects `length` characters from `start`, cut to the text as it stands.
@@ -84,12 +89,16 @@ private:
     // The Interval checks, with the message set of the Enter key or of leaving the box.
     bool intervalAccepted(bool enterKey);
     void validateInterval(bool& Cancel);
+    void recalculate();
 
     SetupRecord& m_record;
     const Options& m_options;
     Dialogs& m_dialogs;
     SetupEvents& m_events;
     std::array<TextSelection, kSetupFieldCount> m_selection{};
+    // Set while ValidateAll runs: the boxes' recalculations wait for its end.
+    bool m_deferCalc = false;
+    bool m_calcDeferred = false;
 };
 
 } // namespace zav

@@ -7,6 +7,7 @@
 #include "platform/ResourceFolder.h"
 #include "platform/Version.h"
 #include "qt/services/AudioDevices.h"
+#include "qt/services/LocaleSeparator.h"
 #include "qt/services/QtAudioCapture.h"
 #include "qt/services/QtAudioOutput.h"
 #include "qt/services/QtBeeper.h"
@@ -25,7 +26,6 @@
 
 #include <QApplication>
 #include <QDir>
-#include <QLocale>
 #include <QLockFile>
 #include <QRegularExpression>
 #include <QStandardPaths>
@@ -47,8 +47,7 @@ std::string osVersion() {
 }
 
 char decimalSeparator() {
-    const QString point = QLocale().decimalPoint();
-    return point.size() == 1 && point[0].unicode() < 128 ? point[0].toLatin1() : '.';
+    return zav::LocaleDecimalSeparator();
 }
 
 } // namespace

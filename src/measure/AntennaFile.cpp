@@ -82,7 +82,8 @@ AntennaFile ReadAntennaFile(const std::string& path, Dialogs& dialogs, char deci
         firstLine = false;
         if (line.compare(0, 3, "#* ") == 0)
             result.Antenna = line.substr(3);
-        if (line.empty() || line[0] == '#')
+        // Editors leave lines of blanks or a lone tab where they mean an empty line.
+        if (line.find_first_not_of(" \t") == std::string::npos || line[0] == '#')
             continue;
         const std::vector<std::string> fields = splitTabs(line, 3);
         if (fields.size() < 2) {

@@ -35,28 +35,45 @@ void MeasurementSteps::say(const char* text, MessageIcon icon) {
         m_ports.dialogs.ShowMessage(text, kAppTitle, icon);
 }
 
-void MeasurementSteps::measureWave(Measurement& m) {
+bool MeasurementSteps::measureWave(Measurement& measured) {
     // The interval box is read as a whole number, rounded half to even.
     const double interval = std::nearbyint(Number(m_setup.Interval, decimalSeparator));
     const RecordingRequest request{TempWave + ".wav", static_cast<std::int32_t>(interval),
                                    m_options.Samples};
     const Recording rec = m_ports.input.RecordWave(request);
-    if (rec.status == RecordingStatus::Failed)
-        observation.ObsTime.clear();
     if (rec.status != RecordingStatus::Recorded)
-        return;
+        return false;
+    const double frequencyMHz = Number(m_setup.Frequency, decimalSeparator);
+    WaveInfo info;
+    if (!AnalyseWave(request.wavefile, frequencyMHz, measured, m_ports.dialogs, info))
+        return false;
     observation.ObsTime = FormatObsTime(rec.time);
     observation.ObsLat = FormatObsCoordinate(m_setup.lat, decimalSeparator);
     observation.ObsLon = FormatObsCoordinate(m_setup.lon, decimalSeparator);
+    observation.positionFrozen = false;
+    // The samples analysed, which a file cut short makes fewer than its header claims.
     observation.durationSeconds =
-        rec.sampleRate > 0 ? static_cast<double>(rec.samples) / rec.sampleRate : 0.0;
-
-    const double frequencyMHz = Number(m_setup.Frequency, decimalSeparator);
-    if (!AnalyseWave(request.wavefile, frequencyMHz, m, m_ports.dialogs))
-        return;
-    shownTitle = m.Title;
+        info.SampleRate > 0 ? static_cast<double>(info.Samples) / info.SampleRate : 0.0;
+    shownTitle = measured.Title;
     if (m_options.Beep)
         m_ports.beeper.Beep(2000, 100);
+    return true;
+}
+
+bool MeasurementSteps::takeStep(int column, Measurement& m, void (MeasurementSteps::*reset)()) {
+    // Measured aside: a step that records nothing leaves every column, the results and the
+    // enabled steps exactly as they were.
+    Measurement measured;
+    measured.Title = m.Title;
+    if (!measureWave(measured))
+        return false;
+    (this->*reset)();
+    m = measured;
+    writeColumn(column, m);
+    // The operator sees the values before any verdict about them.
+    if (valuesShown)
+        valuesShown();
+    return true;
 }
 
 void MeasurementSteps::writeColumn(int column, const Measurement& m) {
@@ -78,9 +95,8 @@ void MeasurementSteps::judgeClipping(int column, const Measurement&) {
 void MeasurementSteps::Step1() {
     if (!prompt("Power off receiver, connect to sound card and hit OK.."))
         return;
-    Reset1();
-    measureWave(S1);
-    writeColumn(1, S1);
+    if (!takeStep(1, S1, &MeasurementSteps::Reset1))
+        return;
     if (S1.ClipFlag != 0) {
         judgeClipping(1, S1);
     } else if (S1.Pk > 10 * S1.Rms) { // crest factor above 20 dB
@@ -102,9 +118,8 @@ void MeasurementSteps::Step1() {
 void MeasurementSteps::Step2() {
     if (!prompt("Power on receiver, terminate input and hit OK."))
         return;
-    Reset2();
-    measureWave(S2);
-    writeColumn(2, S2);
+    if (!takeStep(2, S2, &MeasurementSteps::Reset2))
+        return;
     const double r1 = S1.Rms, r2 = S2.Rms;
     if (S2.ClipFlag != 0) {
         judgeClipping(2, S2);
@@ -126,9 +141,8 @@ void MeasurementSteps::Step2() {
 void MeasurementSteps::Step3() {
     if (!prompt("Connect receiver to source and hit OK."))
         return;
-    Reset3();
-    measureWave(S3);
-    writeColumn(3, S3);
+    if (!takeStep(3, S3, &MeasurementSteps::Reset3))
+        return;
     if (S3.ClipFlag != 0) {
         judgeClipping(3, S3);
         return;
@@ -193,6 +207,7 @@ void MeasurementSteps::ResetCalc() {
         }
     }
     m_commands.SetOutputCommands(false);
+    m_commands.RTSVB = false;
 }
 
 void MeasurementSteps::CalcCalc() {

@@ -45,6 +45,8 @@ public:
     char decimalSeparator = '.';
     // Runs after step 3's calculation: the data log's automatic row or the focus move.
     std::function<void()> afterStep3;
+    // Runs once a step's values are in its column, before any verdict on them is shown.
+    std::function<void()> valuesShown;
 
     Measurement S1, S2, S3;
     ResultGrid gridMeas = ResultGrid::MakeMeasGrid();
@@ -62,7 +64,10 @@ public:
 
 private:
     bool prompt(const char* text);
-    void measureWave(Measurement& m);
+    // Records and analyses one step into `measured`; false when nothing usable was recorded.
+    bool measureWave(Measurement& measured);
+    // Runs `reset` and fills the column only once the recording was analysed.
+    bool takeStep(int column, Measurement& m, void (MeasurementSteps::*reset)());
     void writeColumn(int column, const Measurement& m);
     void resetColumn(int column, Measurement& m);
     void say(const char* text, MessageIcon icon);

@@ -11,6 +11,7 @@ struct Observation {
     std::string ObsLat;           // latitude at recording time, "00.000000", or empty
     std::string ObsLon;           // longitude likewise
     double durationSeconds = 0.0; // samples / sample rate of the recording
+    bool positionFrozen = false;  // set by the first output; a new recording clears it
 };
 
 // The observation time stamp: local date and time as yyyymmddhhmmss, 24-hour clock.

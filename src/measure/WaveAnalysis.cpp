@@ -3,8 +3,11 @@
 #include "measure/BinaryFile.h"
 #include "measure/Detectors.h"
 
+#include "platform/Version.h"
+
 #include <algorithm>
 #include <bit>
+#include <string>
 #include <vector>
 
 namespace zav {
@@ -13,15 +16,17 @@ namespace {
 
 constexpr std::size_t kReadSamples = 32768; // 64 KiB per read
 
-// Reads `count` samples at the file's position into `out` (host order, zeros past the end).
-void readSamples(BinaryFile& file, std::int16_t* out, std::size_t count) {
-    file.Read(out, count * sizeof(std::int16_t));
+// Reads `count` samples at the file's position into `out` (host order, zeros past the end);
+// returns how many whole samples the file held.
+std::size_t readSamples(BinaryFile& file, std::int16_t* out, std::size_t count) {
+    const std::size_t bytes = file.Read(out, count * sizeof(std::int16_t));
     if constexpr (std::endian::native == std::endian::big) {
         for (std::size_t i = 0; i < count; ++i) {
             const auto u = static_cast<std::uint16_t>(out[i]);
             out[i] = static_cast<std::int16_t>(static_cast<std::uint16_t>((u >> 8) | (u << 8)));
         }
     }
+    return bytes / sizeof(std::int16_t);
 }
 
 } // namespace
@@ -56,16 +61,31 @@ bool AnalyseWave(const std::string& path, double frequencyMHz, Measurement& m, D
     detectors.Start();
 
     file.Seek(first);
-    const std::int64_t total = info.Samples;
-    for (std::int64_t done = 0; done < total;) {
-        const auto n = static_cast<std::size_t>(std::min<std::int64_t>(total - done, kReadSamples));
-        readSamples(file, buffer.data(), n);
-        detectors.Run(buffer.data(), n);
-        done += static_cast<std::int64_t>(n);
+    const std::int64_t claimed = info.Samples;
+    std::int64_t done = 0;
+    while (done < claimed) {
+        const auto n =
+            static_cast<std::size_t>(std::min<std::int64_t>(claimed - done, kReadSamples));
+        const std::size_t held = readSamples(file, buffer.data(), n);
+        detectors.Run(buffer.data(), held);
+        done += static_cast<std::int64_t>(held);
         if (progress)
-            progress(static_cast<double>(done) / static_cast<double>(total));
+            progress(static_cast<double>(done) / static_cast<double>(claimed));
+        if (held < n)
+            break; // the file ends before its data chunk says it does
     }
-    detectors.Finish(total, m);
+    if (done < claimed) {
+        // Silence in place of the missing samples would lower every reading: only the
+        // samples that are there count, and the operator hears that some were missing.
+        dialogs.ShowMessage(
+            "Warning: the file is shorter than its header claims: " + std::to_string(done) +
+                " of " + std::to_string(claimed) + " samples analysed.",
+            kAppTitle, MessageIcon::Exclamation);
+        info.Samples = static_cast<std::int32_t>(done);
+        if (done == 0)
+            return false;
+    }
+    detectors.Finish(done, m);
     m.Calc();
     m.OverThreshold = false;
     return true;

@@ -16,7 +16,8 @@ namespace zav {
 // Returns false, leaving the detector values untouched, when the file is unusable: the header
 // check failed (its message is shown) or the rate or the sample count is not positive (no
 // message). m.OverThreshold is true while the run is under way and false after Calc.
-// Samples missing from a file cut short read as 0; the count in the header still divides.
+// A file cut short is analysed over the samples it holds, with a warning naming how many of
+// the header's count were there; `info.Samples` then tells the samples analysed.
 // `progress`, when given, hears the fraction done (0..1) as the samples are read.
 bool AnalyseWave(const std::string& path, double frequencyMHz, Measurement& m, Dialogs& dialogs,
                  const std::function<void(double)>& progress = {});

@@ -99,4 +99,37 @@ double Number(std::string_view text, char decimalSeparator) {
     return parse(text, decimalSeparator).value_or(0.0);
 }
 
+namespace {
+
+std::string withSeparator(std::string_view text, char from, char to) {
+    std::string out(text);
+    if (from != to)
+        for (char& c : out)
+            if (c == from)
+                c = to;
+    return out;
+}
+
+} // namespace
+
+std::string LocaleFreeNumber(std::string_view shown, char decimalSeparator) {
+    if (decimalSeparator == '.' || !IsNumber(shown, decimalSeparator))
+        return std::string(shown);
+    return withSeparator(shown, decimalSeparator, '.');
+}
+
+std::optional<std::string> ShownNumber(std::string_view stored, char decimalSeparator) {
+    for (char written : {'.', ','})
+        if (IsNumber(stored, written))
+            return withSeparator(stored, written, decimalSeparator);
+    return std::nullopt;
+}
+
+std::optional<double> StoredNumber(std::string_view stored) {
+    for (char written : {'.', ','})
+        if (const auto value = parse(stored, written))
+            return value;
+    return std::nullopt;
+}
+
 } // namespace zav

@@ -8,15 +8,19 @@
 namespace zav {
 
 void ObservationOutputs::MenuSaveTsv_Click() {
-    if (!AppendDataLog(TsvFileName, m_source()))
+    const ReportSource source = m_source();
+    if (!HasResults(source) || !AppendDataLog(TsvFileName, source))
         return;
     m_commands.MenuSaveTsv = false;
     m_commands.RTSVB = false;
     focus = FocusTarget::Step3;
+    outputTaken();
 }
 
 void ObservationOutputs::MenuSaveText_Click() {
     const ReportSource source = m_source();
+    if (!HasResults(source))
+        return;
     FileDialogRequest request;
     request.initialDir = CurrentDir;
     request.filter = "All Files (*.*)|*.*|Text files (*.txt;*.tab)|*.txt;*.tab";
@@ -26,19 +30,29 @@ void ObservationOutputs::MenuSaveText_Click() {
     if (!path)
         return;
     // File errors end the command quietly; the old file stays whole if the write fails.
-    WriteFileAtomically(*path, SavedTextResults(source));
+    if (WriteFileAtomically(*path, SavedTextResults(source)))
+        outputTaken();
 }
 
 void ObservationOutputs::MenuCopyTextClip_Click() {
-    m_ports.clipboard.SetText(TextResults(m_source()));
+    const ReportSource source = m_source();
+    if (!HasResults(source))
+        return;
+    m_ports.clipboard.SetText(TextResults(source));
+    outputTaken();
 }
 
 void ObservationOutputs::MenuSendText_Click() {
     const ReportSource source = m_source();
+    if (!HasResults(source))
+        return;
     const MailMessage message{"", EmailSubject(source.observation), EmailTextResults(source)};
-    if (!m_ports.mailer.Send(message))
+    if (!m_ports.mailer.Send(message)) {
         m_ports.dialogs.ShowMessage("Error: unable to perform MAPI login.", kAppTitle,
                                     MessageIcon::Critical);
+        return;
+    }
+    outputTaken();
 }
 
 void ObservationOutputs::Notes_DblClick() {

@@ -37,8 +37,15 @@ public:
     std::string TsvFileName = "ZavData.tab";
     std::string CurrentDir; // where the save dialog starts
     FocusTarget focus = FocusTarget::Unchanged;
+    // Runs when an observation's results went out (logged, saved, copied or sent).
+    std::function<void()> observationOutput;
 
 private:
+    void outputTaken() {
+        if (observationOutput)
+            observationOutput();
+    }
+
     std::function<ReportSource()> m_source;
     CommandStates& m_commands;
     Ports m_ports;

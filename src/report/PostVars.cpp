@@ -1,11 +1,13 @@
 #include "report/PostVars.h"
 
 #include "platform/Format.h"
+#include "platform/Number.h"
 #include "platform/UrlCoding.h"
 #include "platform/Version.h"
 
 #include <cctype>
 #include <string_view>
+#include <utility>
 
 namespace zav {
 namespace {
@@ -20,6 +22,8 @@ std::string PostVars(const ReportSource& s) {
     const SetupRecord& f = s.setup;
     const ResultGrid& calc = s.gridCalc;
     const char sep = s.decimalSeparator;
+    // The server reads "." whatever the sender's locale: every number goes out with it.
+    const auto number = [sep](const std::string& shown) { return LocaleFreeNumber(shown, sep); };
     std::string out = "Program=ZAV";
     auto item = [&out](const char* key, const std::string& value) {
         out += '&';
@@ -32,36 +36,30 @@ std::string PostVars(const ReportSource& s) {
     item("Tester", encoded(f.Tester));
     item("Location", encoded(f.Location));
     item("Environment", encoded(f.Environment));
-    item("Frequency", encoded(f.Frequency));
+    item("Frequency", encoded(number(f.Frequency)));
     item("Receiver", encoded(f.Receiver));
-    item("Bandwidth", encoded(f.Bandwidth));
-    item("MBW", encoded(MeasurementBandwidthText(s)));
-    item("MeasInt", encoded(Format(s.observation.durationSeconds, "0.000", sep)));
-    item("RxNF", encoded(f.RxNF));
+    item("Bandwidth", encoded(number(f.Bandwidth)));
+    item("MBW", encoded(number(MeasurementBandwidthText(s))));
+    item("MeasInt", encoded(Format(s.observation.durationSeconds, "0.000", '.')));
+    item("RxNF", encoded(number(f.RxNF)));
     item("Antenna", encoded(f.Antenna));
-    item("AntGain", encoded(Format(s.NumAntGain, "0.00", sep)));
-    item("AntFact", encoded(Format(s.NumAntFact, "0.00", sep)));
-    item("Attenuator", encoded(f.Attenuator));
-    item("AGC", encoded(f.AGC));
-    item("Loss", encoded(f.Loss));
-    item("RxAvg", calc.Text(5));
-    item("RxRms", calc.Text(9));
-    item("RxQp", calc.Text(13));
-    item("RxPk", calc.Text(17));
-    item("FsAvg", calc.Text(6));
-    item("FsRms", calc.Text(10));
-    item("FsQp", calc.Text(14));
-    item("FsPk", calc.Text(18));
-    item("NormAvg", calc.Text(7));
-    item("NormRms", calc.Text(11));
-    item("NormQp", calc.Text(15));
-    item("NormPk", calc.Text(19));
-    item("QpRms", s.gridMeas.Text(23));
-    item("PkRms", s.gridMeas.Text(27));
+    item("AntGain", encoded(Format(s.NumAntGain, "0.00", '.')));
+    item("AntFact", encoded(Format(s.NumAntFact, "0.00", '.')));
+    item("Attenuator", encoded(number(f.Attenuator)));
+    item("AGC", encoded(number(f.AGC)));
+    item("Loss", encoded(number(f.Loss)));
+    const std::pair<const char*, int> calcCells[] = {
+        {"RxAvg", 5},   {"RxRms", 9},    {"RxQp", 13},   {"RxPk", 17},
+        {"FsAvg", 6},   {"FsRms", 10},   {"FsQp", 14},   {"FsPk", 18},
+        {"NormAvg", 7}, {"NormRms", 11}, {"NormQp", 15}, {"NormPk", 19}};
+    for (const auto& [key, cell] : calcCells)
+        item(key, number(calc.Text(cell)));
+    item("QpRms", number(s.gridMeas.Text(23)));
+    item("PkRms", number(s.gridMeas.Text(27)));
     item("Notes", encoded(f.Notes));
     if (!s.observation.ObsLat.empty() && !s.observation.ObsLon.empty()) {
-        item("Latitude", s.observation.ObsLat);
-        item("Longitude", s.observation.ObsLon);
+        item("Latitude", number(s.observation.ObsLat));
+        item("Longitude", number(s.observation.ObsLon));
     }
     return out;
 }

@@ -18,6 +18,10 @@ struct ReportSource {
     char decimalSeparator = '.';
 };
 
+// True when the calculation filled at least one cell of the results grid: nothing that
+// outputs an observation's results runs without them.
+bool HasResults(const ReportSource& source);
+
 // "MBW": 10·log10(bandwidth) formatted "0.00"; empty when the bandwidth is not above 0.
 std::string MeasurementBandwidthText(const ReportSource& source);
 

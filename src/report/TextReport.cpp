@@ -7,6 +7,14 @@
 
 namespace zav {
 
+bool HasResults(const ReportSource& s) {
+    for (int row = 1; row < s.gridCalc.Rows(); ++row)
+        for (int column = 1; column < s.gridCalc.Columns(); ++column)
+            if (!s.gridCalc.Text(row, column).empty())
+                return true;
+    return false;
+}
+
 std::string MeasurementBandwidthText(const ReportSource& s) {
     const double bandwidthHz = Number(s.setup.Bandwidth, s.decimalSeparator);
     if (!(bandwidthHz > 0))

@@ -65,6 +65,8 @@ std::string TransferModel::RequestBody(const std::string& user) const {
 }
 
 void TransferModel::transfer() {
+    if (!HasResults(m_source))
+        return;              // an observation without results is nothing to send
     OKButtonVisible = false; // never pressed twice while the request runs
     OptionEmail = !OptionOnline;
 

@@ -140,9 +140,9 @@ TEST(MeasurePost, RefusalMissingAddressAndNoResultsExitOne) {
     EXPECT_NE(none.err.str().find("no server address"), std::string::npos);
     EXPECT_EQ(server.requests.size(), 1u);
 
-    // Without results there is nothing to transfer and no request.
+    // Results without limits are never sent: refused before any work, no request.
     Cli noResults;
-    EXPECT_EQ(RunMeasure(folder.args({"--post", "--limits", "off"}), noResults.io), kExitFailed);
-    EXPECT_NE(noResults.err.str().find("no results to transfer"), std::string::npos);
+    EXPECT_EQ(RunMeasure(folder.args({"--post", "--limits", "off"}), noResults.io), kExitUsage);
+    EXPECT_NE(noResults.err.str().find("--limits off cannot go with"), std::string::npos);
     EXPECT_EQ(server.requests.size(), 1u);
 }

@@ -24,12 +24,37 @@ sed "s/@VERSION@/$version/" "$expected/demo-log.tab" | cmp log.tab -
 "$zavcli" measure --profile example.zav --log log.tab soundcard.wav receiver.wav external.wav > /dev/null
 [ "$(grep -c '^Program' log.tab)" = 1 ] && [ "$(grep -c '^ZAV' log.tab)" = 2 ]
 
-# Limits off: results shown, but nothing may be logged; the exit code says so.
-rc=0
-"$zavcli" measure --profile example.zav --limits off --log off.tab \
-    soundcard.wav receiver.wav external.wav > off.txt 2> off.err || rc=$?
-[ "$rc" = 1 ] && [ ! -e off.tab ] && grep -q 'no data-log row' off.err
+# Limits off: results shown; logging, saving or posting them is refused before any work.
+"$zavcli" measure --profile example.zav --limits off soundcard.wav receiver.wav external.wav > off.txt
 grep -q '^RMS Rx power (dBm)	-' off.txt
+for output in "--log off.tab" "--report off.txt" "--post"; do
+    rc=0
+    # shellcheck disable=SC2086
+    "$zavcli" measure --profile example.zav --limits off $output \
+        soundcard.wav receiver.wav external.wav > off.out 2> off.err || rc=$?
+    [ "$rc" = 2 ] && [ ! -e off.tab ] && [ ! -s off.out ] && grep -q 'limits off' off.err
+done
+
+# A mistyped profile: said so, exit 2, nothing measured.
+rc=0
+"$zavcli" measure --profile exmaple.zav soundcard.wav receiver.wav external.wav \
+    > typo.out 2> typo.err || rc=$?
+[ "$rc" = 2 ] && [ ! -s typo.out ] && grep -q 'no such profile: exmaple.zav' typo.err
+
+# An unusable sound-card file: its message, no report built on a missing column, exit 1.
+printf 'RIFF....WAVEjunk' > junk.wav
+rc=0
+"$zavcli" measure --profile example.zav junk.wav receiver.wav external.wav \
+    > junk.out 2> junk.err || rc=$?
+[ "$rc" = 1 ] && [ ! -s junk.out ]
+grep -q 'Unsupported WAVE file format.' junk.err && grep -q 'junk.wav gave no measurement' junk.err
+
+# A recording cut short: analysed over what it holds, with a warning.
+head -c 2044 external.wav > short.wav
+rc=0
+"$zavcli" measure --profile example.zav soundcard.wav receiver.wav short.wav \
+    > short.out 2> short.err || rc=$?
+grep -q 'shorter than its header claims: 1000 of' short.err
 
 # The recordings in the wrong order: step 2 is judged, step 3 never runs, exit 1.
 rc=0

@@ -148,19 +148,43 @@ TEST_F(ProfilesTest, SaveThenLoadKeepsEveryValueInTheTableOrder) {
                         "password",     "email",       "url",        "AtfEmail",   "online"}));
 }
 
-TEST_F(ProfilesTest, TextInNumericKeysAndBadBooleansFallBackToDefaults) {
-    open("bad.zav", "[conditions]\nRxNF=six\nBandwidth=wide\nFrequency=7 MHz\nAntGain=\n"
-                    "Attenuator=1,5\nAGC=&hZZ\nLoss=--1\nEnvironment=rural\n"
-                    "[options]\nVerbose=maybe\nSamples=\nAntFact=yes\nAutoTsv=2\nInterval=x\n"
-                    "[transfer]\nonline=perhaps\n");
-    // Bandwidth is taken as it is and checked when next validated; rural is no list entry.
-    EXPECT_EQ(shown(), "|||||||6|wide|7|0|20|20|0||x|TTFTT");
+TEST_F(ProfilesTest, UnreadableNumbersAreReportedAndKeptBadBooleansFallBackToDefaults) {
+    const std::string bad =
+        "[conditions]\r\nRxNF=six\r\nBandwidth=wide\r\nFrequency=7 MHz\r\nAntGain=\r\n"
+        "AGC=&hZZ\r\nLoss=--1\r\nLat=north\r\nEnvironment=rural\r\n"
+        "[options]\r\nVerbose=maybe\r\nSamples=\r\nAntFact=yes\r\nAutoTsv=2\r\nInterval=x\r\n"
+        "[transfer]\r\nonline=perhaps\r\n";
+    open("bad.zav", bad);
+    // Never a default in place of what the operator wrote: the box shows it, saving keeps it.
+    EXPECT_EQ(shown(), "|||||north||six|wide|7 MHz|0|20|&hZZ|--1||x|TTFTT");
+    EXPECT_EQ(dialogs.texts().size(), 7u);
+    EXPECT_EQ(dialogs.texts().at(0),
+              "Error: profile " + path("bad.zav") + ": Lat=north is not a number.");
+    ASSERT_TRUE(profiles.SaveProfileSettings());
+    const std::string saved = test::ReadFile(path("bad.zav"));
+    for (const char* kept : {"RxNF=six\r", "Frequency=7 MHz\r", "Interval=x\r", "Lat=north\r"})
+        EXPECT_NE(saved.find(kept), std::string::npos) << kept;
     open("bools.zav", "[conditions]\nEnvironment=  Rural  \n[options]\nVerbose= false \n"
                       "Samples=0\nAntFact=-1\nAutoTsv=TRUE\n[transfer]\nonline=0\n");
     EXPECT_EQ(shown(), "|||||||6|2700|7|0|20|20|0|Rural|8|FFTTF");
-    profiles.decimalSeparator = ','; // the user's separator decides what a number is
-    open("comma.zav", "[conditions]\nRxNF=5,5\nLoss=0.5\nEnvironment=Suburban\n");
-    EXPECT_EQ(shown(), "|||||||5,5|2700|7|0|20|20|0|Rural|8|TTFFT");
+}
+
+TEST_F(ProfilesTest, NumbersAreStoredWithAPointAndShownInTheLocale) {
+    // Written by a comma-locale machine, read in a point locale, and the other way round.
+    const std::string file = "[conditions]\nLat=-35,5\nRxNF=5,5\nFrequency=2,700\nLoss=0.5\n"
+                             "[options]\nInterval=1500\n";
+    for (char sep : {'.', ','}) {
+        profiles.decimalSeparator = sep;
+        open("comma.zav", file);
+        const std::string s(1, sep);
+        EXPECT_EQ(record.lat + record.RxNF + record.Frequency + record.Loss,
+                  "-35" + s + "5" + "5" + s + "5" + "2" + s + "700" + "0" + s + "5");
+        EXPECT_TRUE(dialogs.messages.empty());
+        ASSERT_TRUE(profiles.SaveProfileSettings());
+        const std::string saved = test::ReadFile(path("comma.zav"));
+        for (const char* stored : {"Lat=-35.5\r", "RxNF=5.5\r", "Frequency=2.700\r", "Loss=0.5\r"})
+            EXPECT_NE(saved.find(stored), std::string::npos) << stored << " with " << sep;
+    }
 }
 
 TEST_F(ProfilesTest, ALegacyNoiseFloorBecomesANoiseFigureAndIsNotWrittenBack) {
@@ -182,24 +206,29 @@ TEST_F(ProfilesTest, ALegacyNoiseFloorBecomesANoiseFigureAndIsNotWrittenBack) {
     EXPECT_EQ(record.RxNF, "4.5") << "nothing to convert with";
 }
 
-TEST_F(ProfilesTest, TheAntennaFileLoadsBetweenTheConditionsAndTheOptions) {
-    record.Interval = "before";
+TEST_F(ProfilesTest, TheAntennaFileLoadsAfterTheOptionsAndItsFactorModeStands) {
     bool loaded = false;
+    // Loading a file makes the box a factor, as the real antenna file mode does.
     events.onLoadAntenna = [&] {
-        loaded = record.AntFileName == "/a/loop.tab" && record.Environment == "Rural" &&
-                 record.Interval == "before";
+        loaded = record.AntFileName == "/a/loop.tab" && record.Interval == "16";
+        options.AntFact = true;
     };
     open("ant.zav", "[conditions]\nEnvironment=Rural\nAntGain=-3.00\nAntFilename=/a/loop.tab\n"
-                    "[options]\nInterval=16\nAntFact=True\n");
+                    "[options]\nInterval=16\nAntFact=False\n");
     EXPECT_TRUE(loaded);
     EXPECT_EQ(events.calls, (Calls{"UnloadAntennaFile", "LoadAntennaFile", "Caption ant.zav",
                                    "Reset1", "Focus Step1"}));
-    // The value is stored in the unit the profile names: no conversion, only the labels
-    // follow the options read, both ways.
-    EXPECT_EQ(record.AntGain, "-3.00");
+    // A stored "False" would take the file's factors as gains: the file wins, and the label
+    // says so.
+    EXPECT_TRUE(options.AntFact);
     EXPECT_EQ(controls.lblAntGain, "Factor (d&B/m)");
     EXPECT_EQ(controls.lblInterval, "Samples (k)");
-    open("ant.zav", "[options]\nAntFact=False\nSamples=False\nInterval=1000\n");
+    // Without a file the value is in the unit the profile names: no conversion, only the
+    // labels follow the options read, both ways.
+    open("ant.zav", "[conditions]\nAntGain=-3.00\n[options]\nAntFact=False\nSamples=False\n"
+                    "Interval=1000\n");
+    EXPECT_EQ(record.AntGain, "-3.00");
+    EXPECT_FALSE(options.AntFact);
     EXPECT_EQ(controls.lblAntGain, "Gain (d&Bi)");
     EXPECT_EQ(controls.lblInterval, "Interval (ms)");
 }

@@ -165,7 +165,9 @@ TEST(ReadAntennaFile, EveryProblemHasItsMessage) {
         {"-1\t10\n" + records(3), false, {kUnsorted, kTooFew}, {critical, critical}},
         {"abc\t10\n" + records(3), false, {kUnsorted, kTooFew}, {critical, critical}},
         {"1 10\n2\t20\n3\t30\n", false, {kBad, kTooFew}, {none, critical}},
-        {records(3) + " \n", false, {kBad}, {none}}, // a blank is not an empty line
+        // Lines of blanks and tabs are empty lines, wherever they stand.
+        {records(3) + " \n", true, {}, {}},
+        {"1\t10\n\t\n2\t20\n  \t \n3\t30\n", true, {}, {}},
         {records(150), true, {kTooMany}, {none}},
     };
     for (const Case& c : cases) {

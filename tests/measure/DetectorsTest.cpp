@@ -235,7 +235,7 @@ TEST(AnalyseWave, UnusableFilesLeaveTheMeasurementAlone) {
     EXPECT_FALSE(std::filesystem::exists(missing)); // reading never creates the file
 }
 
-TEST(AnalyseWave, MissingSamplesReadAsZeros) {
+TEST(AnalyseWave, AFileCutShortIsAnalysedOverTheSamplesItHolds) {
     const auto dir = test::ScratchDir();
     // The header promises a second of audio; the file holds 1000 samples and half of another.
     const auto head = Noise(7000, 1000, 12);
@@ -244,11 +244,16 @@ TEST(AnalyseWave, MissingSamplesReadAsZeros) {
     std::string bytes = h.Bytes(head) + std::string(1, '\x7f');
     test::FakeDialogs dialogs;
     Measurement cut;
-    ASSERT_TRUE(AnalyseWave(test::WriteBytes(dir / "cut.wav", bytes), 7, cut, dialogs));
-    auto padded = head;
-    padded.push_back(0x7f); // the lone low byte, its high byte missing
-    padded.resize(44100, 0);
-    expectSame(cut, analyse(padded, 44100));
+    WaveInfo info;
+    ASSERT_TRUE(AnalyseWave(test::WriteBytes(dir / "cut.wav", bytes), 7, cut, dialogs, info));
+    expectSame(cut, analyse(head, 44100)); // not diluted by silence that was never recorded
+    EXPECT_EQ(info.Samples, 1000);
+    ASSERT_EQ(dialogs.texts(), std::vector<std::string>{"Warning: the file is shorter than its "
+                                                        "header claims: 1000 of 44100 samples "
+                                                        "analysed."});
+    // A data chunk with no sample at all behind it is nothing to analyse.
+    Measurement none;
+    EXPECT_FALSE(AnalyseWave(test::WriteBytes(dir / "none.wav", h.Bytes()), 7, none, dialogs));
 
     // Data shorter than 10 ms: the start-up estimate reads on into the chunk behind it.
     const auto shortData = Sine(9000, 1000, 44100, 100);

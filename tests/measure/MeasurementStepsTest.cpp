@@ -7,6 +7,8 @@
 
 #include <cmath>
 #include <deque>
+#include <fstream>
+#include <sstream>
 
 using namespace zav;
 
@@ -20,10 +22,16 @@ struct QueuedInput : AudioInput {
     std::deque<std::vector<std::int16_t>> signals;
     std::vector<RecordingRequest> requests;
     bool fail = false;
+    RecordingStatus failure = RecordingStatus::Failed;
+    bool unusable = false; // "records" a file the analysis refuses
     Recording RecordWave(const RecordingRequest& request) override {
         requests.push_back(request);
+        if (unusable) {
+            std::ofstream(request.wavefile, std::ios::binary) << "RIFF....WAVEnothing";
+            return {RecordingStatus::Recorded, 8000, kRate, 1790000000};
+        }
         if (fail || signals.empty())
-            return {RecordingStatus::Failed, 0, 0, 0};
+            return {failure, 0, 0, 0};
         test::WriteWave(request.wavefile, signals.front(), kRate);
         const auto n = static_cast<std::int64_t>(signals.front().size());
         signals.pop_front();
@@ -129,12 +137,37 @@ TEST(MeasurementSteps, GoodObservationFillsBothGridsAndEnablesOutputs) {
     EXPECT_EQ(b.steps.S3.Ms, 0.0);
 }
 
+TEST(MeasurementSteps, EveryResetDisablesEveryOutputOfResults) {
+    for (auto reset : {&MeasurementSteps::Reset1, &MeasurementSteps::Reset2,
+                       &MeasurementSteps::Reset3, &MeasurementSteps::ResetCalc}) {
+        Bench b;
+        b.options.Verbose = false;
+        b.runAllSteps();
+        ASSERT_TRUE(b.commands.RTSVB && b.commands.MenuSaveTsv);
+        (b.steps.*reset)();
+        const CommandStates& c = b.commands;
+        EXPECT_FALSE(c.RTSVB || c.MenuSaveTsv || c.MenuSaveText || c.MenuTransfer ||
+                     c.MenuCopyTextClip || c.MenuSendText || c.MenuCalRx || c.MenuExportGnuplot);
+        EXPECT_TRUE(gridCalcEmpty(b.steps));
+    }
+}
+
 TEST(MeasurementSteps, ClippingHoldsTheNextStepUnlessLimitsAreOff) {
     for (bool limits : {true, false}) {
         Bench b;
         b.options.Limits = limits;
         b.input.signals.push_back(test::Sine(32767, 1000, kRate, kCount));
+        // The view shows the values when told to; the verdict's box must come after that.
+        std::size_t messagesWhenShown = 0;
+        std::string pkWhenShown;
+        b.steps.valuesShown = [&] {
+            messagesWhenShown = b.dialogs.messages.size();
+            pkWhenShown = b.steps.gridMeas.Text(4, 1);
+        };
         b.steps.Step1();
+        EXPECT_EQ(messagesWhenShown, 1u); // only the prompt so far
+        EXPECT_EQ(pkWhenShown, b.steps.gridMeas.Text(4, 1));
+        EXPECT_FALSE(pkWhenShown.empty());
         EXPECT_EQ(b.steps.gridMeas.Colour(4, 1), CellColour::Red);
         ASSERT_EQ(b.dialogs.messages.size(), 2u); // the prompt, then the verdict
         EXPECT_EQ(b.dialogs.messages[0].text,
@@ -231,24 +264,47 @@ TEST(MeasurementSteps, LimitsOffShowsResultsInRedAndKeepsOutputsDisabled) {
     EXPECT_FALSE(b.commands.MenuSaveText);
 }
 
-TEST(MeasurementSteps, FailedRecordingLeavesZerosAndNoTimeStamp) {
-    Bench b;
-    b.options.Verbose = false;
-    b.steps.observation.ObsTime = "20260101000000";
-    b.input.fail = true;
-    b.steps.Step1();
-    EXPECT_EQ(b.steps.observation.ObsTime, "");
-    EXPECT_EQ(b.steps.gridMeas.Text(2, 1), "0.00000");
-    EXPECT_TRUE(b.commands.Step2); // silence passes step 1
-    EXPECT_EQ(b.beeper.beeps, 0);
+// Everything a step may change, as one comparable text.
+std::string snapshot(const Bench& b) {
+    std::ostringstream out;
+    for (const ResultGrid* g : {&b.steps.gridMeas, &b.steps.gridCalc})
+        for (int i = 0; i < g->Rows() * g->Columns(); ++i)
+            out << g->Text(i) << '/' << static_cast<int>(g->Colour(i)) << ' ';
+    const CommandStates& c = b.commands;
+    out << c.Step2 << c.Step3 << c.MenuCalRx << c.MenuSaveText << c.MenuExportGnuplot
+        << c.MenuSaveTsv << c.MenuSendText << c.MenuTransfer << c.MenuCopyTextClip << c.RTSVB;
+    const Observation& o = b.steps.observation;
+    out << o.ObsTime << o.ObsLat << o.ObsLon << o.durationSeconds << b.steps.shownTitle;
+    for (const Measurement* m : {&b.steps.S1, &b.steps.S2, &b.steps.S3})
+        out << ' ' << m->Ms << m->Pk << m->OverThreshold;
+    return out.str();
+}
 
-    b.input.fail = false;
-    b.queue(100, 2);
-    b.steps.Step2();
-    b.input.fail = true;
-    b.steps.Step3();
-    EXPECT_EQ(b.steps.gridMeas.Colour(2, 3), CellColour::Red); // treated as silence
-    EXPECT_TRUE(gridCalcEmpty(b.steps));
+TEST(MeasurementSteps, AStepThatRecordsNothingChangesNothing) {
+    enum class Way { Cancelled, Failed, Unusable };
+    for (Way way : {Way::Cancelled, Way::Failed, Way::Unusable}) {
+        for (int step = 0; step <= 3; ++step) { // 0: step 1 on a fresh window
+            SCOPED_TRACE(testing::Message() << "way " << static_cast<int>(way) << " step " << step);
+            Bench b;
+            b.options.Verbose = false;
+            b.setup.lat = "48.1";
+            if (step > 0)
+                b.runAllSteps();
+            b.setup.lat = "12.5"; // a position taken since must not stamp a failed attempt
+            const std::string before = snapshot(b);
+            b.input.fail = way != Way::Unusable;
+            b.input.unusable = way == Way::Unusable;
+            b.input.failure =
+                way == Way::Cancelled ? RecordingStatus::Cancelled : RecordingStatus::Failed;
+            const int beeps = b.beeper.beeps;
+            (b.steps.*(step <= 1   ? &MeasurementSteps::Step1
+                       : step == 2 ? &MeasurementSteps::Step2
+                                   : &MeasurementSteps::Step3))();
+            EXPECT_EQ(snapshot(b), before);
+            EXPECT_EQ(b.beeper.beeps, beeps);
+            EXPECT_EQ(b.afterStep3Calls, step > 0 ? 1 : 0);
+        }
+    }
 }
 
 TEST(MeasurementSteps, ArithmeticFailureShowsTheCalculationError) {

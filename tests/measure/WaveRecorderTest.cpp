@@ -194,6 +194,21 @@ TEST(WaveRecorder, WithoutAUsableTemplateTheStepEndsWithoutRecording) {
     EXPECT_EQ(stereo.record(1000, false).status, RecordingStatus::Failed);
     EXPECT_TRUE(stereo.capture.requests.empty());
     EXPECT_EQ(stereo.dialogs.texts(), std::vector<std::string>{"Unsupported WAVE file format."});
+
+    // A header the reader accepts can still name no rate to record at.
+    for (std::int32_t rate : {0, -44100}) {
+        Rig rateless;
+        test::WaveHeader r;
+        r.rate = rate;
+        test::WriteBytes(rateless.dir / "ZAV.wav", r.Bytes());
+        EXPECT_EQ(rateless.record(1000, false).status, RecordingStatus::Failed);
+        EXPECT_TRUE(rateless.capture.requests.empty());
+        EXPECT_EQ(rateless.dialogs.texts(),
+                  std::vector<std::string>{"Error: recording wave file: the recording template \"" +
+                                           (rateless.dir / "ZAV.wav").string() +
+                                           "\" gives a sample rate of " + std::to_string(rate) +
+                                           " Hz."});
+    }
 }
 
 TEST(WaveRecorder, CancelEndsTheStepWithoutAMeasurementOrAMessage) {

@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdio>
+#include <string>
 
 using zav::IsNumber;
 using zav::Number;
@@ -50,4 +52,27 @@ TEST(Number, RefusesEverythingElseAndReadsItAsZero) {
     EXPECT_TRUE(IsNumber("1,5", ','));
     EXPECT_DOUBLE_EQ(Number("1,5", ','), 1.5);
     EXPECT_FALSE(IsNumber("1.5", ','));
+}
+
+TEST(Number, StoredNumbersUseAPointAndReadEitherSeparator) {
+    // shown in a locale -> stored -> shown again, for both separators; digits are kept as typed
+    for (char sep : {'.', ','}) {
+        for (std::string stored : {"7.100", "-0.31", "2700", "1.5e3", "&hFF", " 8.00 "}) {
+            std::string shown = stored;
+            if (sep == ',')
+                std::replace(shown.begin(), shown.end(), '.', ',');
+            EXPECT_EQ(zav::LocaleFreeNumber(shown, sep), stored) << shown;
+            EXPECT_EQ(zav::ShownNumber(stored, sep), shown) << stored;
+            EXPECT_EQ(zav::StoredNumber(stored), Number(stored)) << stored;
+        }
+    }
+    // A comma-locale machine's "2,700" is 2.7, never 2700 nor a default.
+    EXPECT_EQ(zav::ShownNumber("2,700", '.'), "2.700");
+    EXPECT_EQ(zav::StoredNumber("2,700"), 2.7);
+    // Text that is not a number is left alone on the way out and refused on the way in.
+    for (const char* text : {"", "six", "1.000,5", "1,5,0", "7 MHz"}) {
+        EXPECT_EQ(zav::LocaleFreeNumber(text, ','), text);
+        EXPECT_FALSE(zav::ShownNumber(text, ',')) << text;
+        EXPECT_FALSE(zav::StoredNumber(text)) << text;
+    }
 }

@@ -121,3 +121,27 @@ TEST(DataLog, FailedAppendKeepsEarlierRowsSaysNothingAndLeavesTheCommandsEnabled
 #endif
     EXPECT_TRUE(dialogs.messages.empty());
 }
+
+TEST(DataLog, NoOutputLeavesWithoutResultsWhateverTheCommandsSay) {
+    test::TempDir dir;
+    test::ReportFixture f;
+    f.gridCalc = ResultGrid::MakeCalcGrid(); // the results a reset cleared
+    CommandStates commands;
+    commands.SetOutputCommands(true);
+    commands.RTSVB = true; // a view that missed the reset
+    test::FakeDialogs dialogs;
+    test::FakeClipboard clipboard;
+    test::FakeMailer mailer;
+    ObservationOutputs outputs([&f] { return f.source(); }, commands, {dialogs, clipboard, mailer});
+    outputs.TsvFileName = (dir.path / "log.tab").string();
+    outputs.MenuSaveTsv_Click();
+    outputs.MenuSaveText_Click();
+    outputs.MenuCopyTextClip_Click();
+    outputs.MenuSendText_Click();
+    EXPECT_FALSE(fs::exists(dir.path / "log.tab"));
+    EXPECT_TRUE(dialogs.fileRequests.empty() && clipboard.texts.empty() && mailer.sent.empty());
+
+    f.gridCalc.SetText(2, 2, "12.3"); // one result is enough to log
+    outputs.MenuSaveTsv_Click();
+    EXPECT_TRUE(fs::exists(dir.path / "log.tab"));
+}

@@ -9,6 +9,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 using namespace zav;
 using namespace zav::test;
 
@@ -69,6 +71,28 @@ TEST(PostVars, FieldOrderWithFreeTextEncodedCellsAsDisplayedAndThePositionLast) 
     EXPECT_EQ(PostVars(f.source()), noPosition + "&Latitude=51.500000&Longitude=-0.120000");
     f.observation.ObsTime = "20261121 093015"; // a blank goes as it stands
     EXPECT_NE(PostVars(f.source()).find("&ObsTime=20261121 093015&"), std::string::npos);
+}
+
+TEST(PostVars, ACommaLocaleSendsExactlyWhatAPointLocaleSends) {
+    ReportFixture f;
+    f.observation.ObsLat = "51.500000";
+    f.observation.ObsLon = "-0.120000";
+    const std::string sent = PostVars(f.source());
+    // The same observation as a comma-locale window shows it.
+    auto comma = [](std::string text) {
+        std::replace(text.begin(), text.end(), '.', ',');
+        return text;
+    };
+    for (std::string* t :
+         {&f.setup.Frequency, &f.setup.Bandwidth, &f.setup.RxNF, &f.setup.Loss, &f.setup.Attenuator,
+          &f.setup.AGC, &f.observation.ObsLat, &f.observation.ObsLon})
+        *t = comma(*t);
+    for (ResultGrid* g : {&f.gridCalc, &f.gridMeas})
+        for (int i = 0; i < g->Rows() * g->Columns(); ++i)
+            g->SetText(i, comma(g->Text(i)));
+    ReportSource shownWithComma = f.source();
+    shownWithComma.decimalSeparator = ',';
+    EXPECT_EQ(PostVars(shownWithComma), sent);
 }
 
 TEST(TransferAddress, SchemeKeptOrHttpPutInFront) {

@@ -110,7 +110,7 @@ MainWindow::MainWindow(MainModel& model, Dialogs& dialogs, SettingsStore& settin
     QObject::connect(m_getPos, &QPushButton::clicked, this, [this] {
         run([this] {
             MainModel& m = m_model;
-            m.focus = btnGetPos_Click(m.setup, m.commands, [this, &m](SetupRecord& setup) {
+            m.GetPosition([this, &m](SetupRecord& setup) {
                 frmGetPosition::Capture(setup, m.state.gps, m_desktop.beeper, m.options.Beep,
                                         m.form.decimalSeparator, this);
             });
@@ -147,6 +147,7 @@ MainWindow::MainWindow(MainModel& model, Dialogs& dialogs, SettingsStore& settin
     const std::string geometry = m_settings.GetSetting(kWindowSection, kGeometryKey, "");
     if (!restoreGeometry(QByteArray::fromBase64(QByteArray::fromStdString(geometry))))
         resize(sizeHint());
+    m_model.showState = [this] { refresh(); };
     refresh();
 }
 
@@ -217,6 +218,7 @@ void MainWindow::buildMenus() {
                                {d.http, d.xml, d.mailer, d.clipboard, m_dialogs});
         TransferDialog dialog(transfer, this);
         dialog.exec();
+        m.steps.observation.positionFrozen = true; // the observation has been offered out
     });
     file->addSeparator();
     addCommand(file, "&CalibrateRx", [this, &m] {
@@ -411,6 +413,9 @@ void MainWindow::refresh() {
         break;
     case FocusTarget::RTSVB:
         m_rtsvb->setFocus();
+        break;
+    case FocusTarget::SetupBox:
+        m_setup->fieldWidget(m.focusField)->setFocus();
         break;
     case FocusTarget::Unchanged:
         break;
