@@ -51,6 +51,13 @@ std::int16_t toInt16(const std::string& text, std::int16_t defaultValue, char se
     return static_cast<std::int16_t>(value);
 }
 
+std::int32_t toSpeed(const std::string& text, std::int32_t defaultValue, char sep) {
+    if (!IsNumber(text, sep))
+        return defaultValue;
+    const double value = std::nearbyint(Number(text, sep));
+    return value >= 1 && value <= 4000000 ? static_cast<std::int32_t>(value) : defaultValue;
+}
+
 } // namespace
 
 Profiles::Profiles(SetupRecord& record, Options& options, SetupControls& controls,
@@ -289,7 +296,7 @@ void Profiles::LoadWindowSettings() {
     const GpsSettings defaults;
     const char sep = decimalSeparator;
     g.Port = toInt16(m_settings.GetSetting("gps", "Port", "1"), defaults.Port, sep);
-    g.Speed = toInt16(m_settings.GetSetting("gps", "Speed", "4800"), defaults.Speed, sep);
+    g.Speed = toSpeed(m_settings.GetSetting("gps", "Speed", "4800"), defaults.Speed, sep);
     g.Parity = m_settings.GetSetting("gps", "Parity", "N");
     g.Dbits = toInt16(m_settings.GetSetting("gps", "Dbits", "8"), defaults.Dbits, sep);
     g.Sbits = toInt16(m_settings.GetSetting("gps", "Sbits", "1"), defaults.Sbits, sep);

@@ -1,6 +1,13 @@
 #include "qt/services/QtSerialPort.h"
 
+#include <QDir>
+#include <QFileInfo>
 #include <QSerialPortInfo>
+
+#ifdef Q_OS_UNIX
+#include <cerrno>
+#include <unistd.h>
+#endif
 
 #include <charconv>
 
@@ -178,8 +185,17 @@ int QtSerialPort::SetPortOpen(bool open) {
     m_opening = true;
     const bool opened = m_port->open(QIODevice::ReadWrite);
     m_opening = false;
-    if (!opened)
-        return ErrorNumber(m_port->error(), true);
+    if (!opened) {
+        const QSerialPort::SerialPortError error = m_port->error();
+#ifdef Q_OS_UNIX
+        // Qt reports a busy device and one the user may not open alike; only the second is
+        // mended by joining the device's group.
+        if (error == QSerialPort::PermissionError &&
+            ::access(DeviceName().c_str(), R_OK | W_OK) != 0 && errno == EACCES)
+            return kSerialPermissionDenied;
+#endif
+        return ErrorNumber(error, true);
+    }
     if (!apply(m_settings)) {
         m_port->close();
         return kSerialDeviceControlBlock;
@@ -210,6 +226,30 @@ std::vector<std::string> QtSerialPort::ListPorts() const {
 #endif
     }
     return names;
+}
+
+std::vector<SerialDevice> QtSerialPort::ListDevices() const {
+    // The stable links, by the device each one points to.
+    std::vector<std::pair<QString, QString>> links;
+    const QDir byId(QStringLiteral("/dev/serial/by-id"));
+    for (const QFileInfo& link : byId.entryInfoList(QDir::System | QDir::Files))
+        links.emplace_back(link.canonicalFilePath(), link.absoluteFilePath());
+    std::vector<SerialDevice> devices;
+    for (const QSerialPortInfo& info : QSerialPortInfo::availablePorts()) {
+#ifdef Q_OS_WIN
+        QString name = info.portName();
+#else
+        QString name = info.systemLocation();
+#endif
+        for (const auto& [target, link] : links)
+            if (target == QFileInfo(name).canonicalFilePath())
+                name = link;
+        QString description = info.description();
+        if (description.isEmpty())
+            description = info.manufacturer();
+        devices.push_back({name.toStdString(), description.toStdString()});
+    }
+    return devices;
 }
 
 void QtSerialPort::onError(QSerialPort::SerialPortError error) {

@@ -25,6 +25,9 @@ public:
     void SetReceiveHandler(ReceiveHandler handler) override;
     void SetErrorHandler(ErrorHandler handler) override;
     std::vector<std::string> ListPorts() const override;
+    // Stable names first: a receiver's /dev/serial/by-id/... link where there is one, since
+    // ttyACM numbers change from one plugging-in to the next.
+    std::vector<SerialDevice> ListDevices() const override;
 
     struct LineSettings {
         qint32 baudRate = 9600;
@@ -41,7 +44,7 @@ public:
     static int ErrorNumber(QSerialPort::SerialPortError error, bool opening);
 
     // The device the next open uses.
-    std::string DeviceName() const;
+    std::string DeviceName() const override;
 
 private:
     bool apply(const LineSettings& settings);
