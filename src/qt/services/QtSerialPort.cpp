@@ -228,26 +228,27 @@ std::vector<std::string> QtSerialPort::ListPorts() const {
     return names;
 }
 
+std::string QtSerialPort::StableName(const std::string& device, const std::string& byIdFolder) {
+    const QString target = QFileInfo(QString::fromStdString(device)).canonicalFilePath();
+    const QDir byId(QString::fromStdString(byIdFolder));
+    for (const QFileInfo& link : byId.entryInfoList(QDir::System | QDir::Files, QDir::Name))
+        if (!target.isEmpty() && link.canonicalFilePath() == target)
+            return link.absoluteFilePath().toStdString();
+    return device;
+}
+
 std::vector<SerialDevice> QtSerialPort::ListDevices() const {
-    // The stable links, by the device each one points to.
-    std::vector<std::pair<QString, QString>> links;
-    const QDir byId(QStringLiteral("/dev/serial/by-id"));
-    for (const QFileInfo& link : byId.entryInfoList(QDir::System | QDir::Files))
-        links.emplace_back(link.canonicalFilePath(), link.absoluteFilePath());
     std::vector<SerialDevice> devices;
     for (const QSerialPortInfo& info : QSerialPortInfo::availablePorts()) {
 #ifdef Q_OS_WIN
-        QString name = info.portName();
+        const std::string name = info.portName().toStdString();
 #else
-        QString name = info.systemLocation();
+        const std::string name = StableName(info.systemLocation().toStdString());
 #endif
-        for (const auto& [target, link] : links)
-            if (target == QFileInfo(name).canonicalFilePath())
-                name = link;
         QString description = info.description();
         if (description.isEmpty())
             description = info.manufacturer();
-        devices.push_back({name.toStdString(), description.toStdString()});
+        devices.push_back({name, description.toStdString()});
     }
     return devices;
 }

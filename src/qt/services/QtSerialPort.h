@@ -40,6 +40,9 @@ public:
     static std::optional<LineSettings> ParseSettings(const std::string& settings);
     // The device that port number `number` names on this platform.
     static std::string DeviceForPortNumber(int number);
+    // A link to `device` in `byIdFolder` where there is one, else `device` itself.
+    static std::string StableName(const std::string& device,
+                                  const std::string& byIdFolder = "/dev/serial/by-id");
     // The error number for a Qt error: while opening, or on a port that was open.
     static int ErrorNumber(QSerialPort::SerialPortError error, bool opening);
 
