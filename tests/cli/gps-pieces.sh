@@ -20,7 +20,7 @@ expected=$("$zavcli" gps --file "$capture" --acc 3) || fail "--file: exit $?"
 [ "$(printf '%s' "$expected" | cut -f3)" = 26 ] || fail "--file: $expected"
 
 for piece in 64 8; do
-    rm -f "$dir/in" "$dir/out" "$dir"/piece.*
+    rm -f "$dir/in" "$dir/out"
     socat pty,raw,echo=0,link="$dir/in" pty,raw,echo=0,link="$dir/out" 2>/dev/null &
     socat_pid=$!
     i=0
@@ -38,8 +38,7 @@ for piece in 64 8; do
         i=$((i + 1)); [ $i -gt 100 ] && fail "the capture never opened the port"
         sleep 0.05
     done
-    split -b "$piece" "$capture" "$dir/piece."
-    for f in "$dir"/piece.*; do cat "$f" >&3; done
+    dd if="$capture" bs="$piece" status=none >&3 || fail "writing in $piece-byte pieces"
     sleep 1
     exec 3>&-
     stop_socat
