@@ -339,6 +339,8 @@ TEST(TransferOverHttp, RedirectsNeverMoveTheBodyElsewhereNorTurnItIntoAGet) {
          "followed)"},
         {308, "https://%s/moved.php", 1,
          "Error: HTTP status code:308 (redirected to https://%s/moved.php, not followed)"},
+        {307, "/collect.php", 5, // a loop is given up
+         "Error: HTTP status code:307 (redirected too often, last to http://%s/collect.php)"},
     };
     for (const Case& c : cases) {
         ServerTransfer t;
@@ -359,6 +361,6 @@ TEST(TransferOverHttp, RedirectsNeverMoveTheBodyElsewhereNorTurnItIntoAGet) {
             EXPECT_EQ(r.method, "POST");
             EXPECT_EQ(r.body, body);
         }
-        EXPECT_EQ(t.history.lastReceipt.empty(), c.requests == 1);
+        EXPECT_EQ(t.history.lastReceipt.empty(), c.message.rfind("Receipt", 0) != 0);
     }
 }
