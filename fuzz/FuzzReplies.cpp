@@ -1,8 +1,9 @@
-// Any server reply, through the real XML reader, into the transfer and the update check:
-// whatever comes back gives a message and never a crash.
+// Any server reply, through the raw reply reader and the real XML reader, into the transfer
+// and the update check: whatever comes back gives a message and never a crash.
 #include "platform/MemorySettingsStore.h"
 #include "platform/SilentDialogs.h"
 #include "qt/services/QtXmlLookup.h"
+#include "qt/services/SocketPost.h"
 #include "report/TransferModel.h"
 #include "support/UpdateModel.h"
 #include "testsupport/FakePorts.h"
@@ -11,6 +12,10 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::string reply(reinterpret_cast<const char*>(data), size);
+    // The same bytes as the raw reply of the transfer's own POST.
+    zav::HttpResponse raw;
+    if (zav::SocketPost::ParseReply(reply, size % 2 == 0, raw) && raw.body.size() > size)
+        std::abort();
     zav::test::FakeHttp http;
     http.reply = {200, reply};
     zav::QtXmlLookup xml;

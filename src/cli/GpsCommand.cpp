@@ -76,7 +76,7 @@ std::optional<Request> parseArgs(const std::vector<std::string>& args, std::ostr
                 request.settings.Acc =
                     RoundToInt16(Number(Format(std::max(0.0, Number(value)), "0")));
             } else if (option == "--speed") {
-                request.settings.Speed = ToInt16(value); // 16-bit: 38400 overflows
+                request.settings.Speed = ToBaudRate(value);
             } else if (option == "--timeout") {
                 if (!IsNumber(value) || Number(value) <= 0)
                     throw RuntimeError::TypeMismatch();

@@ -52,6 +52,14 @@ std::int16_t toInt16(const std::string& text, std::int16_t defaultValue) {
     return static_cast<std::int16_t>(value);
 }
 
+std::int32_t toSpeed(const std::string& text, std::int32_t defaultValue) {
+    const auto stored = StoredNumber(text);
+    if (!stored)
+        return defaultValue;
+    const double value = std::nearbyint(*stored);
+    return value >= 1 && value <= 4000000 ? static_cast<std::int32_t>(value) : defaultValue;
+}
+
 } // namespace
 
 Profiles::Profiles(SetupRecord& record, Options& options, SetupControls& controls,
@@ -303,7 +311,7 @@ void Profiles::LoadWindowSettings() {
     GpsSettings& g = m_state.gps;
     const GpsSettings defaults;
     g.Port = toInt16(m_settings.GetSetting("gps", "Port", "1"), defaults.Port);
-    g.Speed = toInt16(m_settings.GetSetting("gps", "Speed", "4800"), defaults.Speed);
+    g.Speed = toSpeed(m_settings.GetSetting("gps", "Speed", "4800"), defaults.Speed);
     g.Parity = m_settings.GetSetting("gps", "Parity", "N");
     g.Dbits = toInt16(m_settings.GetSetting("gps", "Dbits", "8"), defaults.Dbits);
     g.Sbits = toInt16(m_settings.GetSetting("gps", "Sbits", "1"), defaults.Sbits);

@@ -10,28 +10,9 @@
 #include "platform/SerialPort.h"
 
 #include <cmath>
-#include <vector>
 
 namespace zav {
 namespace {
-
-// Input that never brings a CR LF must not grow without end; a sentence is at most 82
-// characters, so this much without a line end is noise.
-constexpr std::size_t kMaxPendingInput = 4096;
-
-std::vector<std::string> splitLines(const std::string& text) {
-    std::vector<std::string> lines;
-    std::size_t start = 0;
-    for (;;) {
-        const std::size_t end = text.find("\r\n", start);
-        if (end == std::string::npos) {
-            lines.push_back(text.substr(start));
-            return lines;
-        }
-        lines.push_back(text.substr(start, end - start));
-        start = end + 2;
-    }
-}
 
 std::string trimBlanks(const std::string& s) {
     const std::size_t first = s.find_first_not_of(' ');
@@ -76,7 +57,7 @@ double signedDegrees(const std::string& text, std::size_t degreeDigits, const ch
 GetPositionModel::GetPositionModel(const GpsSettings& settings, SerialPort& ComPort, Beeper& beeper,
                                    bool beepOption, char decimalSeparator)
     : m_settings(settings), m_port(ComPort), m_beeper(beeper), m_beepOption(beepOption),
-      m_separator(decimalSeparator), m_interpreter(*this, decimalSeparator) {}
+      m_separator(decimalSeparator), m_interpreter(*this) {}
 
 GetPositionModel::~GetPositionModel() {
     m_port.SetReceiveHandler(nullptr);
@@ -99,7 +80,9 @@ void GetPositionModel::Form_Load() {
     lat.clear();
     lon.clear();
     m_result = Result::Open;
-    m_buffer.clear();
+    m_lines.Clear();
+    m_dataSinceTick = false;
+    m_silentSeconds = 0;
 
     m_port.SetReceiveHandler(
         [this](const std::string& chunk) { ComPort_OnComm(kCommEventReceive, chunk); });
@@ -115,7 +98,24 @@ void GetPositionModel::Form_Load() {
     if (error == 0)
         error = m_port.SetPortOpen(true);
     if (error != 0)
-        showError(SerialErrorMessage(error));
+        showPortError(error);
+}
+
+std::string GetPositionModel::portName() const {
+    const std::string device = m_port.DeviceName();
+    if (!device.empty())
+        return device;
+    return m_settings.Device.empty() ? "port " + std::to_string(m_settings.Port)
+                                     : m_settings.Device;
+}
+
+void GetPositionModel::showPortError(int errorNumber) {
+    if (errorNumber != kSerialPermissionDenied)
+        return showError(SerialErrorMessage(errorNumber));
+    // Serial devices belong to the group "dialout"; a new member must log in again.
+    showError(SerialErrorMessage(errorNumber) + " on " + portName() +
+              ": add your user to the dialout group (sudo usermod -aG dialout $USER), then log "
+              "out and in again");
 }
 
 void GetPositionModel::ComPort_OnComm(int CommEvent, const std::string& Input) {
@@ -129,29 +129,24 @@ void GetPositionModel::ComPort_OnComm(int CommEvent, const std::string& Input) {
 }
 
 void GetPositionModel::HandleInput(const std::string& Sinput) {
-    if (!Sinput.empty() && Sinput[0] == '$')
-        m_buffer = Sinput;
-    else
-        m_buffer += Sinput;
-    std::vector<std::string> lines = splitLines(m_buffer);
-    const std::size_t n = lines.size() - 1;
-    // The buffer keeps the last complete line and drops the unterminated tail, so a chunk
-    // that does not start with "$" is glued to that line.
-    if (n >= 1)
-        m_buffer = lines[n - 1];
-    else if (m_buffer.size() > kMaxPendingInput)
-        m_buffer.clear();
-    for (std::size_t i = 0; i < n; ++i) {
-        const std::string line = trimBlanks(lines[i]);
+    if (!Sinput.empty())
+        m_dataSinceTick = true;
+    for (const std::string& received : m_lines.Add(Sinput)) {
+        const std::string line = trimBlanks(received);
         if (!line.empty())
             record = line;
-        if (line.compare(0, 6, "$GPGGA") == 0)
+        if (NmeaInterpreter::SentenceType(line) != "GGA")
+            continue;
+        try {
             m_interpreter.FParse(line);
+        } catch (const RuntimeError& e) {
+            showError(e.what());
+        }
     }
 }
 
 void GetPositionModel::ComPort_Error(int errorNumber) {
-    showError(SerialErrorMessage(errorNumber));
+    showPortError(errorNumber);
 }
 
 void GetPositionModel::showError(const std::string& message) {
@@ -211,6 +206,13 @@ void GetPositionModel::PositionReceived(const std::string& latitude, const std::
 void GetPositionModel::Timer1_Timer() {
     if (m_result != Result::Open)
         return;
+    // A receiver on another port, at another speed or switched off sends nothing at all.
+    m_silentSeconds = m_dataSinceTick || !m_port.PortOpen() ? 0 : m_silentSeconds + 1;
+    m_dataSinceTick = false;
+    if (m_silentSeconds == kSilentSeconds)
+        showError("No data from " + portName() + " for " + std::to_string(kSilentSeconds) +
+                  " s: check that the receiver is on, on this port, at " +
+                  std::to_string(m_settings.Speed) + " baud");
     if (Number(acc, m_separator) <= m_settings.Acc && Count > 1 && m_settings.Acc > 0) {
         if (m_beepOption)
             m_beeper.Beep(2000, 100);

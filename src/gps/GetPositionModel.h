@@ -4,6 +4,7 @@
 #include "config/ResultGrid.h"
 #include "gps/NmeaEvents.h"
 #include "gps/NmeaInterpreter.h"
+#include "gps/NmeaLineAssembler.h"
 
 #include <cstdint>
 #include <string>
@@ -24,8 +25,8 @@ public:
     // The notification the serial control raises when characters have arrived.
     static constexpr int kCommEventReceive = 2;
 
-    // `beepOption` is the main window's Beep option; `decimalSeparator` the one numbers are
-    // shown and read with.
+    // `beepOption` is the main window's Beep option; `decimalSeparator` the one the dialog's
+    // numbers are shown with (the receiver's own always use ".").
     GetPositionModel(const GpsSettings& settings, SerialPort& ComPort, Beeper& beeper,
                      bool beepOption, char decimalSeparator = '.');
     ~GetPositionModel() override;
@@ -37,13 +38,16 @@ public:
     // The serial control's notification: only the receive event is acted on. An error out of
     // the interpreter shows in `record` and the capture goes on.
     void ComPort_OnComm(int CommEvent, const std::string& Input);
-    // One chunk of received characters: assembles lines and parses the GGA sentences among
-    // them. Errors from the interpreter are not caught here.
+    // One chunk of received characters, however the port split the stream: assembles lines
+    // and parses the GGA sentences of any satellite system among them. An error out of the
+    // interpreter shows in `record` and the lines after it are still read.
     void HandleInput(const std::string& Sinput);
     // The port failed while open (for example the device vanished).
     void ComPort_Error(int errorNumber);
-    // The once-a-second check that ends the capture by itself.
+    // The once-a-second check that ends the capture by itself, and says so when an open port
+    // has brought nothing for kSilentSeconds.
     void Timer1_Timer();
+    static constexpr int kSilentSeconds = 5;
     void OKButton_Click();
     void CancelButton_Click();
     // Closing the dialog closes the port.
@@ -86,11 +90,16 @@ private:
     bool m_beepOption;
     char m_separator;
     NmeaInterpreter m_interpreter;
-    std::string m_buffer; // the last complete line, or the start of an unterminated one
+    NmeaLineAssembler m_lines;
     Result m_result = Result::Open;
     std::size_t m_errorsShown = 0;
 
     void showError(const std::string& message);
+    void showPortError(int errorNumber);
+    std::string portName() const;
+
+    bool m_dataSinceTick = false;
+    int m_silentSeconds = 0;
 };
 
 } // namespace zav

@@ -10,19 +10,26 @@
 namespace zav {
 
 GpsSetupModel::GpsSetupModel(GpsSettings& settings, Dialogs& dialogs,
-                             std::vector<std::string> detectedPorts)
-    : m_settings(settings), m_dialogs(dialogs), m_detectedPorts(std::move(detectedPorts)) {}
+                             std::vector<SerialDevice> detected, char decimalSeparator)
+    : m_settings(settings), m_dialogs(dialogs), m_detected(std::move(detected)),
+      m_separator(decimalSeparator) {}
+
+std::string GpsSetupModel::DeviceEntry(const SerialDevice& device) {
+    return device.description.empty() ? device.name
+                                      : device.name + " \xE2\x80\x94 " + device.description;
+}
 
 void GpsSetupModel::Form_Load() {
+    // The receivers actually plugged in come first; the numbers stay for old profiles.
     portList.clear();
+    for (const SerialDevice& device : m_detected)
+        portList.push_back(DeviceEntry(device));
     for (int i = 1; i <= 99; ++i)
         portList.push_back(std::to_string(i));
-    speedList = {"1200", "2400", "4800", "9600", "19200", "38400"};
+    speedList = {"1200", "2400", "4800", "9600", "19200", "38400", "57600", "115200"};
     parityList = {"N", "E", "O", "M", "S"};
     dbitsList = {"5", "6", "7", "8"};
     sbitsList = {"1", "2"};
-    DeviceList = {""}; // empty: use the port number
-    DeviceList.insert(DeviceList.end(), m_detectedPorts.begin(), m_detectedPorts.end());
 
     port = std::to_string(m_settings.Port);
     speed = std::to_string(m_settings.Speed);
@@ -33,6 +40,30 @@ void GpsSetupModel::Form_Load() {
     Device = m_settings.Device;
     m_visible = true;
     m_stored = false;
+}
+
+void GpsSetupModel::port_Change(const std::string& text) {
+    for (const SerialDevice& device : m_detected) {
+        if (text == DeviceEntry(device) || text == device.name) {
+            Device = device.name;
+            return;
+        }
+    }
+    if (text.empty() || IsNumber(text)) {
+        port = text;
+        Device.clear();
+    } else {
+        Device = text;
+    }
+}
+
+std::string GpsSetupModel::PortShown() const {
+    if (Device.empty())
+        return port;
+    for (const SerialDevice& device : m_detected)
+        if (device.name == Device)
+            return DeviceEntry(device);
+    return Device;
 }
 
 void GpsSetupModel::acc_GotFocus() {
@@ -47,9 +78,9 @@ void GpsSetupModel::acc_KeyPress(char key) {
 }
 
 void GpsSetupModel::acc_Validate() {
-    if (Number(acc) < 0)
+    if (Number(acc, m_separator) < 0)
         acc = "0";
-    acc = Format(Number(acc), "0");
+    acc = Format(Number(acc, m_separator), "0", m_separator);
 }
 
 void GpsSetupModel::OKButton_Click() {
@@ -61,11 +92,12 @@ void GpsSetupModel::OKButton_Click() {
     };
     try {
         next.Port = int16("Port", port);
-        next.Speed = int16("Speed", speed);
+        current = "Speed \"" + speed + "\"";
+        next.Speed = ToBaudRate(speed);
         next.Dbits = int16("Dbits", dbits);
         next.Sbits = int16("Sbits", sbits);
         current = "Acc \"" + acc + "\"";
-        next.Acc = RoundToInt16(Number(acc));
+        next.Acc = RoundToInt16(Number(acc, m_separator));
     } catch (const RuntimeError& e) {
         m_dialogs.ShowMessage("Error: " + std::string(e.what()) + " (" + current + ")", kAppTitle,
                               MessageIcon::Critical);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "config/GpsSettings.h"
+#include "platform/SerialPort.h"
 
 #include <string>
 #include <vector>
@@ -13,12 +14,22 @@ class Dialogs;
 // accuracy, shown as editable texts and stored on OK.
 class GpsSetupModel {
 public:
-    // `detectedPorts` are the serial devices the system reports, offered for `Device`.
-    GpsSetupModel(GpsSettings& settings, Dialogs& dialogs,
-                  std::vector<std::string> detectedPorts = {});
+    // `detected` are the serial devices the system reports, offered first in the port list;
+    // `decimalSeparator` is the one the operator types the accuracy with.
+    GpsSetupModel(GpsSettings& settings, Dialogs& dialogs, std::vector<SerialDevice> detected = {},
+                  char decimalSeparator = '.');
+
+    // A detected device's entry in the port list: "/dev/ttyACM0 — u-blox GNSS receiver".
+    static std::string DeviceEntry(const SerialDevice& device);
 
     // Fills the lists and shows the current settings.
     void Form_Load();
+    // The port box's text, typed or picked: a detected device's entry or any other name
+    // selects that device (remembered by its name); a number selects the numbered port, as
+    // old profiles have it.
+    void port_Change(const std::string& text);
+    // What the port box shows.
+    std::string PortShown() const;
     void acc_GotFocus();
     // Enter in `acc` validates and selects the whole text again.
     void acc_KeyPress(char key);
@@ -33,13 +44,14 @@ public:
     bool Stored() const { return m_stored; }
 
     std::string port, speed, parity, dbits, sbits, acc, Device;
-    std::vector<std::string> portList, speedList, parityList, dbitsList, sbitsList, DeviceList;
+    std::vector<std::string> portList, speedList, parityList, dbitsList, sbitsList;
     bool accSelected = false; // the whole text of `acc` is selected
 
 private:
     GpsSettings& m_settings;
     Dialogs& m_dialogs;
-    std::vector<std::string> m_detectedPorts;
+    std::vector<SerialDevice> m_detected;
+    char m_separator;
     bool m_visible = true;
     bool m_stored = false;
 };

@@ -3,6 +3,7 @@
 #include "gps/NumberConversion.h"
 #include "gps/RuntimeError.h"
 
+#include <algorithm>
 #include <cstdio>
 
 namespace zav {
@@ -17,27 +18,45 @@ std::string mid(const std::string& s, std::size_t start, std::size_t length = st
 
 const char* const kDegree = "\xC2\xB0"; // the degree sign, UTF-8
 
+// GPS, any combination, GLONASS, Galileo, BeiDou (two spellings), QZSS (two spellings).
+constexpr std::string_view kTalkers[] = {"GP", "GN", "GL", "GA", "GB", "BD", "GQ", "QZ"};
+constexpr std::string_view kTypes[] = {"GGA", "GLL", "GSA", "GSV", "RMC"};
+constexpr std::size_t kChannels = 12;
+
 } // namespace
 
-NmeaInterpreter::NmeaInterpreter(NmeaEvents& events, char decimalSeparator)
-    : m_events(events), m_decimalSeparator(decimalSeparator) {}
+NmeaInterpreter::NmeaInterpreter(NmeaEvents& events) : m_events(events) {}
+
+std::string_view NmeaInterpreter::SentenceType(std::string_view sentence) {
+    if (sentence.size() < 6 || sentence[0] != '$')
+        return {};
+    const std::string_view talker = sentence.substr(1, 2);
+    if (std::find(std::begin(kTalkers), std::end(kTalkers), talker) == std::end(kTalkers))
+        return {};
+    const auto type = std::find(std::begin(kTypes), std::end(kTypes), sentence.substr(3, 3));
+    return type == std::end(kTypes) ? std::string_view() : *type;
+}
 
 bool NmeaInterpreter::FParse(const std::string& sentence) {
     if (!IsValid(sentence))
         return false;
     m_words = GetWords(sentence);
     const std::string& name = m_words[0];
-    if (name == "$GPGGA")
-        return ParseGPGGA();
-    if (name == "$GPGLL")
-        return ParseGPGLL();
-    if (name == "$GPGSA")
-        return ParseGPGSA();
-    if (name == "$GPGSV")
-        return ParseGPGSV();
-    if (name == "$GPRMC")
-        return ParseGPRMC();
-    return false;
+    const std::string_view type = SentenceType(name);
+    if (name.size() != 6 || type.empty())
+        return false;
+    m_talker = name.substr(1, 2);
+    const bool afterGsa = m_previousType == "GSA";
+    m_previousType = type;
+    if (type == "GGA")
+        return ParseGGA();
+    if (type == "GLL")
+        return ParseGLL();
+    if (type == "GSA")
+        return ParseGSA(afterGsa);
+    if (type == "GSV")
+        return ParseGSV();
+    return ParseRMC();
 }
 
 std::string NmeaInterpreter::GetChecksum(std::string_view sentence) {
@@ -85,14 +104,14 @@ const std::string& NmeaInterpreter::Field(std::size_t index) const {
 }
 
 double NmeaInterpreter::Double(std::size_t index) const {
-    return ToDouble(Field(index), m_decimalSeparator);
+    return ToDouble(Field(index), '.');
 }
 
 std::int16_t NmeaInterpreter::Int(std::size_t index) const {
-    return ToInt16(Field(index), m_decimalSeparator);
+    return ToInt16(Field(index), '.');
 }
 
-bool NmeaInterpreter::ParseGPGGA() {
+bool NmeaInterpreter::ParseGGA() {
     if (Present(6))
         ParseFixQuality(Field(6));
     if (Present(1))
@@ -121,7 +140,7 @@ bool NmeaInterpreter::ParseGPGGA() {
     return true;
 }
 
-bool NmeaInterpreter::ParseGPGLL() {
+bool NmeaInterpreter::ParseGLL() {
     const bool lat = Present(1), latHemisphere = Present(2), lon = Present(3),
                lonHemisphere = Present(4);
     if (lat && latHemisphere && lon && lonHemisphere)
@@ -133,14 +152,40 @@ bool NmeaInterpreter::ParseGPGLL() {
     return true;
 }
 
-bool NmeaInterpreter::ParseGPGSA() {
+bool NmeaInterpreter::ParseGSA(bool afterGsa) {
     if (Present(1))
         ParseAutoManMode(Field(1));
     if (Present(2))
         ParseMode3D(Field(2));
-    for (int channel = 1; channel <= 12; ++channel) {
-        const std::size_t index = static_cast<std::size_t>(channel) + 2;
-        RaiseChannel(channel, Present(index) ? Int(index) : std::int16_t{0});
+    // A receiver of several systems sends one GSA per system, back to back. The combined talker
+    // "GN" names the system by the id that follows the DOPs (NMEA 4.10).
+    std::string system = m_talker;
+    if (m_talker == "GN" && m_words.size() > 18)
+        system += m_words[18];
+    const bool sameEpoch =
+        afterGsa && std::none_of(m_channels.begin(), m_channels.end(),
+                                 [&](const UsedSatellite& s) { return s.system == system; });
+    if (!sameEpoch) {
+        // The first system of an epoch keeps the channels as the sentence numbers them.
+        m_channels.assign(kChannels, UsedSatellite{system, 0});
+        for (std::size_t channel = 1; channel <= kChannels; ++channel) {
+            const std::size_t index = channel + 2;
+            const std::int16_t number = Present(index) ? Int(index) : std::int16_t{0};
+            m_channels[channel - 1].number = number;
+            RaiseChannel(static_cast<int>(channel), number);
+        }
+    } else {
+        // Later systems fill the channels after the last one in use, as far as they reach.
+        std::size_t next = kChannels;
+        while (next > 0 && m_channels[next - 1].number == 0)
+            --next;
+        for (std::size_t index = 3; index <= 14; ++index) {
+            const std::int16_t number = Present(index) ? Int(index) : std::int16_t{0};
+            if (number != 0 && next < kChannels)
+                m_channels[next++] = {system, number};
+        }
+        for (std::size_t channel = 1; channel <= kChannels; ++channel)
+            RaiseChannel(static_cast<int>(channel), m_channels[channel - 1].number);
     }
     if (Present(15))
         m_events.PDOPReceived(Double(15));
@@ -194,19 +239,39 @@ void NmeaInterpreter::RaiseChannel(int channel, std::int16_t satellite) {
     }
 }
 
-bool NmeaInterpreter::ParseGPGSV() {
+bool NmeaInterpreter::ParseGSV() {
     if (Present(1))
         m_totalMessages = Int(1);
     if (Present(2))
         m_messageNumber = Int(2);
+    // Each system reports its own satellites in view; the first message of a system already
+    // reported begins the next epoch.
+    auto system = std::find_if(m_inView.begin(), m_inView.end(),
+                               [&](const SystemInView& s) { return s.talker == m_talker; });
+    if (m_messageNumber == 1 && system != m_inView.end()) {
+        m_inView.clear();
+        system = m_inView.end();
+    }
+    if (system == m_inView.end()) {
+        m_inView.push_back({m_talker, 0});
+        system = m_inView.end() - 1;
+    }
+    // The satellites of one epoch are numbered on across the systems, so none shares a number.
+    double offset = 0;
+    for (auto s = m_inView.begin(); s != system; ++s)
+        offset += s->count;
     if (Present(3)) {
-        m_satellitesInView = Int(3);
+        system->count = Int(3);
+        double total = 0;
+        for (const SystemInView& s : m_inView)
+            total += s.count;
+        m_satellitesInView = RoundToInt16(total);
         m_events.SatellitesInViewReceived(m_satellitesInView);
     }
     for (int i = 1; i <= 4; ++i) {
         // Message number 0 leaves the running number where the previous report put it.
         if (m_messageNumber != 0)
-            m_satelliteNumber = RoundToInt16((m_messageNumber - 1) * 4.0 + i);
+            m_satelliteNumber = RoundToInt16(offset + (m_messageNumber - 1) * 4.0 + i);
         const std::size_t first = 4 * static_cast<std::size_t>(i);
         if (m_words.size() - 1 < first + 3)
             continue; // a short last message has fewer than four satellites
@@ -214,6 +279,7 @@ bool NmeaInterpreter::ParseGPGSV() {
                    azimuth = Present(first + 2), snr = Present(first + 3);
         if (!(prn && elevation && azimuth && snr))
             continue;
+        m_currentSatellite.talker = m_talker;
         m_currentSatellite.pseudoRandomCode = Int(first);
         m_currentSatellite.elevation = Int(first + 1);
         m_currentSatellite.azimuth = Int(first + 2);
@@ -231,7 +297,7 @@ bool NmeaInterpreter::ParseGPGSV() {
     return true;
 }
 
-bool NmeaInterpreter::ParseGPRMC() {
+bool NmeaInterpreter::ParseRMC() {
     if (Present(1))
         ParseTime(Field(1));
     if (Present(2))

@@ -9,20 +9,25 @@
 
 namespace zav {
 
-// Reads one NMEA 0183 sentence at a time ("$GPGGA", "$GPGLL", "$GPGSA", "$GPGSV", "$GPRMC"),
-// checks its checksum and announces what it found through `events`. It keeps no input buffer:
-// the host hands it whole sentences. Conversion and field-count errors are thrown out of
-// FParse as RuntimeError; events raised before the failing field stay raised.
+// Reads one NMEA 0183 sentence at a time (GGA, GLL, GSA, GSV and RMC from any satellite
+// system's talker: "$GPGGA", "$GNRMC", "$BDGSV" ...), checks its checksum and announces what it
+// found through `events`. It keeps no input buffer: the host hands it whole sentences.
+// Conversion and field-count errors are thrown out of FParse as RuntimeError; events raised
+// before the failing field stay raised. NMEA writes its numbers with "." whatever the locale
+// of the machine reading them.
 class NmeaInterpreter {
 public:
-    // `decimalSeparator` is the one the number conversion expects (NMEA itself writes ".").
-    explicit NmeaInterpreter(NmeaEvents& events, char decimalSeparator = '.');
+    explicit NmeaInterpreter(NmeaEvents& events);
+
+    // The sentence type ("GGA", "RMC" ...) of a sentence from a known talker, else empty.
+    static std::string_view SentenceType(std::string_view sentence);
 
     // `sentence` runs from "$" to the two checksum digits, without the line end. True when
     // it was valid, of a known type and handled; false for a bad checksum or unknown type.
     bool FParse(const std::string& sentence);
 
     struct Satellite {
+        std::string talker; // "GP", "GL", "BD" ...: numbers overlap between systems
         std::int16_t pseudoRandomCode = 0;
         std::int16_t azimuth = 0;
         std::int16_t elevation = 0;
@@ -42,18 +47,21 @@ public:
     const Satellite& CurrentSatellite() const { return m_currentSatellite; }
     std::int16_t TotalMessages() const { return m_totalMessages; }
     std::int16_t MessageNumber() const { return m_messageNumber; }
+    // The sum over the satellite systems reported in the current epoch.
     std::int16_t SatellitesInView() const { return m_satellitesInView; }
+    // The talker of the last sentence handled.
+    const std::string& Talker() const { return m_talker; }
 
 private:
     static bool IsValid(std::string_view sentence);
     static std::string GetChecksum(std::string_view sentence);
     static std::vector<std::string> GetWords(std::string_view sentence);
 
-    bool ParseGPGGA();
-    bool ParseGPGLL();
-    bool ParseGPGSA();
-    bool ParseGPGSV();
-    bool ParseGPRMC();
+    bool ParseGGA();
+    bool ParseGLL();
+    bool ParseGSA(bool afterGsa);
+    bool ParseGSV();
+    bool ParseRMC();
 
 protected:
     // The field routines, open to a host that builds on the interpreter.
@@ -74,8 +82,25 @@ private:
     std::int16_t Int(std::size_t index) const;
     void RaiseChannel(int channel, std::int16_t satellite);
 
+    // A satellite used for the fix, and the system it belongs to.
+    struct UsedSatellite {
+        std::string system;
+        std::int16_t number = 0;
+    };
+    // Satellites in view of one system in the current epoch.
+    struct SystemInView {
+        std::string talker;
+        std::int16_t count = 0;
+    };
+
     NmeaEvents& m_events;
-    char m_decimalSeparator;
+    std::string m_talker;
+    std::string m_previousType; // of the sentence handled before this one
+
+    // The used satellites of the GSA sentences of this epoch, one sentence per system, merged
+    // into the twelve channels.
+    std::vector<UsedSatellite> m_channels;
+    std::vector<SystemInView> m_inView;
 
     std::vector<std::string> m_words;
     std::string m_latitude;

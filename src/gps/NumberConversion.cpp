@@ -41,6 +41,13 @@ std::int16_t ToInt16(std::string_view text, char decimalSeparator) {
     return RoundToInt16(ToDouble(text, decimalSeparator));
 }
 
+std::int32_t ToBaudRate(std::string_view text) {
+    const double value = std::nearbyint(ToDouble(text));
+    if (!(value >= 1 && value <= 4000000))
+        throw RuntimeError::Overflow();
+    return static_cast<std::int32_t>(value);
+}
+
 double LeadingNumber(std::string_view text) {
     // Collect sign, digits, one point and an exponent, skipping blanks anywhere.
     std::string number;

@@ -25,6 +25,8 @@ std::string SerialErrorMessage(long errorNumber) {
         return "Port ERROR";
     case 383:
         return "Property is read-only";
+    case 70:
+        return "Permission denied";
     default:
         return "Other error...";
     }

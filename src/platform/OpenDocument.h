@@ -20,12 +20,14 @@ struct ShellFailureTexts {
 // shown (the target is taken as opened).
 bool ReportShellResult(int result, const ShellFailureTexts& texts, Dialogs& dialogs);
 
-// Opens a local document (a manual, a licence, the updater's file) and reports by the rule.
+// Opens a local document (a manual, a licence, the updater's file) and reports by the rule,
+// except that nothing on the system taking it (31 as well as 32) is always said, with the
+// path, so that the operator can open it by hand.
 bool OpenLocalDocument(const std::string& path, const ShellFailureTexts& texts, Shell& shell,
                        Dialogs& dialogs);
 
 // Opens a web address or any document with what the desktop associates with it; failures
-// are reported as a browser problem.
+// are reported as a browser problem, nothing taking it with the address, as above.
 bool OpenDocument(const std::string& target, Shell& shell, Dialogs& dialogs);
 
 } // namespace zav

@@ -13,6 +13,13 @@ inline constexpr int kSerialInvalidPort = 8002;         // no such port or devic
 inline constexpr int kSerialPortInUse = 8005;           // busy, or no permission
 inline constexpr int kSerialPortNotOpen = 8018;         // the port is (no longer) open
 inline constexpr int kSerialDeviceControlBlock = 8021;  // the device refuses its settings
+inline constexpr int kSerialPermissionDenied = 70;      // the user may not open the device
+
+// A serial device the system reports: the name to open it by and what it is.
+struct SerialDevice {
+    std::string name;        // "/dev/serial/by-id/usb-u-blox_...", "/dev/ttyACM0", "COM7"
+    std::string description; // "u-blox GNSS receiver"; may be empty
+};
 
 // Port for the serial line of a GPS receiver, shaped after the serial communications control
 // the position dialog drives: set the settings and the port, open it, receive characters.
@@ -43,6 +50,15 @@ public:
 
     // The serial devices the system reports, by the names SetDevice accepts.
     virtual std::vector<std::string> ListPorts() const = 0;
+    // The same, each with what it is.
+    virtual std::vector<SerialDevice> ListDevices() const {
+        std::vector<SerialDevice> devices;
+        for (const std::string& name : ListPorts())
+            devices.push_back({name, ""});
+        return devices;
+    }
+    // The device the port opens (or last opened), for messages; empty when unknown.
+    virtual std::string DeviceName() const { return {}; }
 };
 
 } // namespace zav

@@ -1,6 +1,7 @@
 #include "report/TransferModel.h"
 
 #include "platform/Number.h"
+#include "platform/PostOnce.h"
 #include "platform/UrlCoding.h"
 #include "platform/Version.h"
 #include "report/PostVars.h"
@@ -52,6 +53,8 @@ void TransferModel::Message_DblClick() {
 }
 
 void TransferModel::OKButton_Click() {
+    if (m_sending)
+        return;
     if (OKButtonCaption == "Done")
         CloseRequested = true;
     else
@@ -82,17 +85,27 @@ void TransferModel::transfer() {
         return;
     }
 
+    m_sending = true;
     if (OptionOnline)
         post(RequestBody(user));
     else
         mail(user);
+    m_sending = false;
 }
 
 void TransferModel::post(const std::string& body) {
     const HttpResponse reply =
-        m_ports.http.Post(TransferAddress(URL), "application/x-www-form-urlencoded", body);
+        PostOnce(m_ports.http, TransferAddress(URL), "application/x-www-form-urlencoded", body);
     if (reply.status != 200) {
         Message = "Error: HTTP status code:" + std::to_string(reply.status);
+        if (!reply.cause.empty())
+            Message += " (" + reply.cause + ")";
+        if (reply.failure == HttpFailure::NotSent) {
+            OKButtonVisible = true; // it never left: sending it now is the first time
+        } else if (reply.failure == HttpFailure::MayHaveArrived) {
+            // The server may have taken it; sending it again could enter it twice.
+            Message += ". The observation may have arrived at the server; it was not sent again.";
+        }
         return;
     }
     const auto cc = m_ports.xml.FirstElementText(reply.body, "cc");

@@ -34,13 +34,18 @@ public:
     void Form_Load();
     // Writes the fields back to the settings, whatever closed the dialog.
     void Form_Unload();
-    // "OK" transfers; "Done" closes.
+    // "OK" transfers; "Done" closes. A press while a transfer is still waiting for the server
+    // (a double-click delivered inside the wait) does nothing.
     void OKButton_Click();
     void CancelButton_Click() { CloseRequested = true; }
     void OptionOnline_Click();
     void OptionEmail_Click();
     void URL_LostFocus() { OKButtonVisible = !URL.empty(); }
     void AtfEmail_LostFocus() { OKButtonVisible = !AtfEmail.empty(); }
+    // OK follows the address as it is typed, so that it is there for a click that comes
+    // straight from another box.
+    void URL_Change() { OKButtonVisible = !URL.empty(); }
+    void AtfEmail_Change() { OKButtonVisible = !AtfEmail.empty(); }
     // Puts the whole notice or receipt on the clipboard.
     void Message_DblClick();
 
@@ -70,6 +75,7 @@ private:
     TransferSettings& m_settings;
     TransferHistory& m_history;
     Ports m_ports;
+    bool m_sending = false;
 };
 
 } // namespace zav

@@ -31,12 +31,15 @@ void UpdateModel::Form_Load() {
 
     const HttpResponse reply = m_ports.http.Get(m_baseUrl + "Update.xml");
     if (reply.status != 200)
-        return fail("Update site not responding properly. HTTP status=" +
-                    std::to_string(reply.status));
+        return fail(
+            "Update site not responding properly. HTTP status=" + std::to_string(reply.status) +
+            (reply.cause.empty() ? "" : " (" + reply.cause + ")"));
 
-    // Only a description published under the program's own folder of a site is believed.
+    // Only a description published under the program's own folder of a site is believed, on
+    // a plain or a secure site alike.
     const std::string url = m_ports.xml.FirstElementText(reply.body, "url").value_or("");
-    if (!Like(url, "http://*/" + lowerAscii(kAppTitle) + "/"))
+    const std::string folder = "/" + lowerAscii(kAppTitle) + "/";
+    if (!Like(url, "http://*" + folder) && !Like(url, "https://*" + folder))
         return fail("Update site not responding properly.");
     const auto version = m_ports.xml.FirstElementText(reply.body, "version");
     if (!version || !Like(*version, "*#.*#.*#"))

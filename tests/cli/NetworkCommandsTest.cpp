@@ -87,14 +87,23 @@ TEST(UpdateCommand, PrintsTheMessageAndFailsOnlyWhenTheSiteDoes) {
     const std::string newer = std::to_string(kVersionMajor + 1) + ".0.0";
     server.reply(200, description(home, newer));
     EXPECT_EQ(check(server.url("/"), kExitOk), "New version available: " + newer + "\n");
+    server.reply(200, description("https://www.zav-noise.org/zav/", newer)); // the default site
+    EXPECT_EQ(check(server.url("/"), kExitOk), "New version available: " + newer + "\n");
 
     server.reply(404, "<html>no such file</html>", "text/html");
     EXPECT_EQ(check(server.url("/"), kExitFailed),
               "Update site not responding properly. HTTP status=404\n");
+    QTcpServer closed; // no reply at all: the cause in words
+    ASSERT_TRUE(closed.listen(QHostAddress::LocalHost, 0));
+    const std::string refusedAt = "127.0.0.1:" + std::to_string(closed.serverPort());
+    closed.close();
+    EXPECT_EQ(check("http://" + refusedAt + "/", kExitFailed),
+              "Update site not responding properly. HTTP status=0 (connection refused by " +
+                  refusedAt + ")\n");
     // A short version, a description for another site, and no XML at all.
     for (const std::string& reply :
          {description(home, "2.2"), description("http://www.example.com/other/", newer),
-          description("https://www.zav-noise.org/zav/", newer),
+          description("ftp://www.zav-noise.org/zav/", newer),
           description("http://www.zav-noise.org/zav", newer), std::string("this is not XML")}) {
         server.reply(200, reply);
         EXPECT_EQ(check(server.url("/"), kExitFailed), "Update site not responding properly.\n")

@@ -290,7 +290,7 @@ TEST_F(ProfilesTest, WindowSettingsRoundTripWithDefaultsForBadValues) {
     Profiles firstRun{record, options, controls, state, fresh, dialogs, events};
     fresh.SaveSetting("default", "MRUF3", "/p/three.zav");
     fresh.SaveSetting("default", "BaseUrl", kFormerBaseUrl);
-    fresh.SaveSetting("gps", "Speed", "38400"); // does not fit 16 bits
+    fresh.SaveSetting("gps", "Speed", "115200"); // today's receivers: past 16 bits
     fresh.SaveSetting("gps", "Port", "COM4");
     fresh.SaveSetting("gps", "Acc", "2.5"); // whole numbers, halves to even
     fresh.SaveSetting("gps", "Sbits", "-1");
@@ -302,7 +302,7 @@ TEST_F(ProfilesTest, WindowSettingsRoundTripWithDefaultsForBadValues) {
         EXPECT_EQ(options.Beep, beep) << stored;
     }
     EXPECT_EQ(std::vector<int>({g.Port, g.Speed, g.Dbits, g.Sbits, g.Acc}),
-              std::vector<int>({1, 4800, 8, -1, 2}));
+              std::vector<int>({1, 115200, 8, -1, 2}));
     EXPECT_EQ(g.Parity + g.Device, "N");
     EXPECT_EQ(state.BaseUrl, kDefaultBaseUrl) << "the former address is replaced";
     EXPECT_TRUE(state.recent.Visible[3] && !state.recent.Visible[2]);

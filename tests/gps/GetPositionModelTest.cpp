@@ -65,9 +65,9 @@ std::string gga(double latDeg, double lonDeg, double hdop, int quality = 1) {
 }
 
 struct Dialog {
-    explicit Dialog(std::int16_t acc = 10, bool beepOption = true) {
+    explicit Dialog(std::int16_t acc = 10, bool beepOption = true, char separator = '.') {
         settings.Acc = acc;
-        model = std::make_unique<GetPositionModel>(settings, port, beeper, beepOption);
+        model = std::make_unique<GetPositionModel>(settings, port, beeper, beepOption, separator);
         model->Form_Load();
     }
     // Sends through the port as the serial control would.
@@ -103,6 +103,35 @@ TEST(GetPosition, LoadOpensThePortWithTheSettings) {
     setup.lat = "1.000000";
     model.ApplyTo(setup);
     EXPECT_EQ(setup.lat + setup.lon, "");
+
+    // No permission is not "in use": it says what mends it.
+    FakeSerialPort refusing;
+    refusing.openError = zav::kSerialPermissionDenied;
+    settings.Speed = 115200;
+    GetPositionModel denied(settings, refusing, beeper, true);
+    denied.Form_Load();
+    EXPECT_EQ(refusing.settings, "115200,N,8,1");
+    EXPECT_EQ(denied.record, "Error: Permission denied on /dev/ttyACM0: add your user to the "
+                             "dialout group (sudo usermod -aG dialout $USER), then log out and "
+                             "in again");
+}
+
+TEST(GetPosition, OpenPortWithoutDataForFiveSecondsSaysSo) {
+    Dialog d;
+    const std::string silent = "Error: No data from port 1 for 5 s: check that the receiver is "
+                               "on, on this port, at 4800 baud";
+    for (int second = 1; second <= 4; ++second)
+        d.model->Timer1_Timer();
+    d.receive("$GP"); // anything at all is data
+    for (int second = 0; second <= 4; ++second)
+        d.model->Timer1_Timer();
+    EXPECT_EQ(d.model->ErrorsShown(), 0u);
+    d.model->Timer1_Timer();
+    EXPECT_EQ(d.model->record, silent);
+    for (int second = 1; second <= 10; ++second)
+        d.model->Timer1_Timer();
+    EXPECT_EQ(d.model->ErrorsShown(), 1u); // said once, not every second
+    EXPECT_EQ(d.model->result(), GetPositionModel::Result::Open);
 }
 
 TEST(GetPosition, HdopColoursAndAcceptance) {
@@ -221,35 +250,89 @@ TEST(GetPosition, TimerEndsTheCaptureOverTwoFixes) {
     EXPECT_EQ(untouched.lat, "");
 }
 
-TEST(GetPosition, InputAssemblyKeepsTheLastCompleteLine) {
+std::string readCapture(const std::string& name) {
+    std::ifstream in(std::string(ZAV_SHARED_DATA_DIR) + "/nmea/" + name, std::ios::binary);
+    return std::string((std::istreambuf_iterator<char>(in)), {});
+}
+
+// What a capture leaves in the dialog, for comparing two ways of feeding it.
+std::string outcome(const GetPositionModel& m) {
+    return m.ct + "|" + m.lat + "|" + m.lon + "|" + m.acc + "|" + m.HDOP + "|" + m.lblfix + "|" +
+           m.record + "|" + std::to_string(m.ErrorsShown());
+}
+
+TEST(GetPosition, SameBytesGiveTheSameFixesHoweverTheyAreSplit) {
+    for (const char* name :
+         {"quectel-l76k-gnss.nmea", "gp-320fw-2019-04-07-coldboot.nmea", "haicom-305N.nmea"}) {
+        const std::string text = readCapture(name);
+        ASSERT_GT(text.size(), 1000u) << name;
+        Dialog whole(30);
+        for (std::size_t at = 0; at < text.size();) {
+            const std::size_t end = text.find('\n', at);
+            const std::size_t next = end == std::string::npos ? text.size() : end + 1;
+            whole.receive(text.substr(at, next - at));
+            at = next;
+        }
+        ASSERT_GT(whole.model->Count, 1) << name;
+        for (std::size_t piece : {1, 7, 64, 4096}) {
+            Dialog split(30);
+            for (std::size_t at = 0; at < text.size(); at += piece)
+                split.receive(text.substr(at, piece));
+            EXPECT_EQ(outcome(*split.model), outcome(*whole.model)) << name << " in " << piece;
+        }
+    }
+
+    // A burst per second, RMC first, read in 8- and 64-byte pieces: every fix arrives.
+    std::string bursts;
+    for (int second = 0; second < 6; ++second)
+        bursts += Sentence("GNRMC,1200" + std::to_string(10 + second) +
+                           ".00,A,4807.038,N,01131.000,E,0.0,0.0,050826,,,A") +
+                  "\r\n" + gga(48.1 + second * 1e-4, 11.5, 0.9) +
+                  Sentence("GPGSA,A,3,04,05,,09,12,,,24,,,,,2.5,0.9,2.1") + "\r\n";
+    for (std::size_t piece : {8, 64}) {
+        Dialog d(30);
+        for (std::size_t at = 0; at < bursts.size(); at += piece)
+            d.receive(bursts.substr(at, piece));
+        EXPECT_EQ(d.model->Count, 6) << piece;
+    }
+
+    // Blanks around a sentence are trimmed; endless input without a line end is cut rather
+    // than kept, and the next sentence still counts.
     Dialog d(30);
-    const std::string a = gga(10, 20, 1.0), b = gga(11, 22, 1.0);
-    // Split inside a sentence: the start waits for its end.
-    d.receive(a.substr(0, 20));
-    EXPECT_EQ(d.model->Count, 0);
-    d.receive(a.substr(20));
+    d.receive("  " + gga(10, 20, 1.0).substr(0, 60));
+    d.receive(gga(10, 20, 1.0).substr(60) + "  \r\n");
     EXPECT_EQ(d.model->Count, 1);
-    EXPECT_EQ(d.model->record, a.substr(0, a.size() - 2));
-    // A chunk that does not start with "$" is glued to the last complete line: the start of
-    // b after a's line end is dropped, and the glued line fails its checksum.
-    d.receive(a + b.substr(0, 10));
-    EXPECT_EQ(d.model->Count, 2);
-    d.receive(b.substr(10));
-    EXPECT_EQ(d.model->Count, 2);
-    EXPECT_EQ(d.model->record, a.substr(0, a.size() - 2) + b.substr(10, b.size() - 12));
-    // Several lines in one chunk, blanks around them, other sentences between.
-    d.receive(Sentence("GPGSA,A,3,,,,,,,,,,,,,,,") + "\r\n  " + b.substr(0, b.size() - 2) +
-              "  \r\n" + b + b);
-    EXPECT_EQ(d.model->Count, 5);
-    EXPECT_NEAR(d.model->SumLat, 10 * 2 + 11 * 3, 1e-9);
-    // Endless input without a line end is let go of rather than kept and split again and
-    // again; the next sentence still counts.
-    for (int i = 0; i < 100; ++i)
+    for (int i = 0; i < 1000; ++i)
         d.receive(std::string(100, 'x'));
-    d.receive("\r\n");
-    EXPECT_LT(d.model->record.size(), 5000u);
-    d.receive(b);
-    EXPECT_EQ(d.model->Count, 6);
+    d.receive("\r\n" + gga(11, 22, 1.0));
+    const std::string last = gga(11, 22, 1.0);
+    EXPECT_EQ(d.model->record, last.substr(0, last.size() - 2));
+    EXPECT_EQ(d.model->Count, 2);
+}
+
+TEST(GetPosition, ReceiverNumbersUsePointInEveryLocale) {
+    // A comma locale shows the dialog's numbers with "," but reads the receiver's with ".".
+    Dialog d(10, false, ',');
+    d.receive(gga(48.1, 11.5, 1.0) + gga(48.2, 11.6, 1.0));
+    EXPECT_EQ(d.model->ErrorsShown(), 0u) << d.model->record;
+    EXPECT_EQ(d.model->HDOP, "1,0");
+    EXPECT_EQ(d.model->acc, "4,00");
+    EXPECT_EQ(d.model->lat + " " + d.model->lon, "48,150000 011,550000");
+    d.model->Timer1_Timer();
+    EXPECT_EQ(d.model->result(), GetPositionModel::Result::Ok);
+}
+
+TEST(NmeaLineAssembler, LinesWhateverTheReadsAndBoundedWithoutLineEnds) {
+    zav::NmeaLineAssembler lines;
+    EXPECT_TRUE(lines.Add("$GP").empty());
+    EXPECT_EQ(lines.Add("A\r\n\r\nB\nC\r"), (std::vector<std::string>{"$GPA", "", "B"}));
+    EXPECT_EQ(lines.Add("\n"), (std::vector<std::string>{"C"}));
+    lines.Add(std::string(50000, 'x'));
+    EXPECT_EQ(lines.Pending().size(), zav::NmeaLineAssembler::kMaxLineBytes);
+    const std::vector<std::string> cut = lines.Add("yy\r\n$GPB\r\n");
+    ASSERT_EQ(cut.size(), 2u);
+    EXPECT_EQ(cut[0], std::string(zav::NmeaLineAssembler::kMaxLineBytes, 'x'));
+    EXPECT_EQ(cut[1], "$GPB");
 }
 
 TEST(GetPosition, ErrorsShowInRecordAndTheCaptureGoesOn) {
@@ -264,8 +347,10 @@ TEST(GetPosition, ErrorsShowInRecordAndTheCaptureGoesOn) {
     EXPECT_EQ(d.model->Count, 2);
     EXPECT_EQ(d.model->ErrorsShown(), 2u);
 
-    // The interpreter's errors are not caught by HandleInput itself.
-    EXPECT_THROW(d.model->HandleInput(Sentence("GPGGA,1") + "\r\n"), zav::RuntimeError);
+    // A failing sentence costs only itself: the fix after it in the same read still counts.
+    d.model->HandleInput(Sentence("GPGGA,1") + "\r\n" + gga(48, 11, 1.0));
+    EXPECT_EQ(d.model->ErrorsShown(), 3u);
+    EXPECT_EQ(d.model->Count, 3);
 
     // A port failing mid-capture.
     d.port.error(8018);

@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 using zav::GpsSettings;
 using zav::GpsSetupModel;
 using zav::test::FakeDialogs;
@@ -14,19 +16,38 @@ TEST(GpsSetup, ShowsTheSettingsAndOkStoresThemBack) {
     settings.Parity = "E";
     settings.Acc = 25;
     FakeDialogs dialogs;
-    GpsSetupModel setup(settings, dialogs, {"/dev/ttyUSB0", "/dev/ttyACM0"});
+    const std::string ublox = "/dev/serial/by-id/usb-u-blox_AG_GNSS_receiver-if00";
+    GpsSetupModel setup(settings, dialogs, {{"/dev/ttyUSB0", ""}, {ublox, "u-blox GNSS receiver"}});
     setup.Form_Load();
     EXPECT_EQ(setup.port + setup.speed + setup.parity + setup.dbits + setup.sbits + setup.acc,
               "34800E8125");
-    EXPECT_EQ(setup.portList.size(), 99u);
+    // The devices found come first, by name and what they are; the numbers follow.
+    ASSERT_EQ(setup.portList.size(), 101u);
+    EXPECT_EQ(setup.portList[0], "/dev/ttyUSB0");
+    EXPECT_EQ(setup.portList[1], ublox + " \u2014 u-blox GNSS receiver");
+    EXPECT_EQ(setup.portList[2], "1");
     EXPECT_EQ(setup.portList.back(), "99");
-    EXPECT_EQ(setup.speedList,
-              (std::vector<std::string>{"1200", "2400", "4800", "9600", "19200", "38400"}));
-    EXPECT_EQ(setup.DeviceList, (std::vector<std::string>{"", "/dev/ttyUSB0", "/dev/ttyACM0"}));
+    EXPECT_EQ(setup.speedList, (std::vector<std::string>{"1200", "2400", "4800", "9600", "19200",
+                                                         "38400", "57600", "115200"}));
+    EXPECT_EQ(setup.PortShown(), "3");
+    // A device is remembered by its name, whichever way it was chosen; a number is a port.
+    for (const std::string& chosen : {setup.portList[1], ublox}) {
+        setup.port_Change(chosen);
+        EXPECT_EQ(setup.Device, ublox);
+        EXPECT_EQ(setup.PortShown(), setup.portList[1]);
+    }
+    setup.port_Change("/tmp/gps-out");
+    EXPECT_EQ(setup.PortShown(), "/tmp/gps-out");
+    setup.port_Change("5");
+    EXPECT_EQ(setup.Device + "|" + setup.PortShown(), "|5");
+    setup.port_Change(ublox);
+    setup.speed = "115200";
     setup.OKButton_Click();
+    EXPECT_EQ(settings.Device, ublox);
+    EXPECT_EQ(settings.Speed, 115200);
+    EXPECT_EQ(settings.Port, 5);
     EXPECT_FALSE(setup.Visible());
     EXPECT_TRUE(setup.Stored());
-    EXPECT_EQ(settings.Port, 3);
     EXPECT_EQ(settings.Acc, 25);
     EXPECT_TRUE(dialogs.messages.empty());
 }
@@ -34,17 +55,29 @@ TEST(GpsSetup, ShowsTheSettingsAndOkStoresThemBack) {
 TEST(GpsSetup, AccuracyValidation) {
     GpsSettings settings;
     FakeDialogs dialogs;
+    // The box follows the operator's locale: "12,5" in a comma locale is what "12.5" is in a
+    // point locale, whether validated first or stored straight from OK.
+    for (const char separator : {'.', ','}) {
+        for (auto [typed, shown, stored] :
+             {std::tuple<std::string, std::string, int>{"-5", "0", -5},
+              {"12.5", "13", 12},
+              {"abc", "0", 0},
+              {" 7 ", "7", 7},
+              {"1e2", "100", 100}}) {
+            if (separator == ',' && typed.find('.') != std::string::npos)
+                typed.replace(typed.find('.'), 1, ",");
+            GpsSetupModel setup(settings, dialogs, {}, separator);
+            setup.Form_Load();
+            setup.acc = typed;
+            setup.OKButton_Click();
+            EXPECT_EQ(settings.Acc, stored) << typed;
+            setup.acc = typed;
+            setup.acc_Validate();
+            EXPECT_EQ(setup.acc, shown) << typed;
+        }
+    }
     GpsSetupModel setup(settings, dialogs);
     setup.Form_Load();
-    for (auto [typed, shown] : {std::pair<std::string, std::string>{"-5", "0"},
-                                {"12.5", "13"},
-                                {"abc", "0"},
-                                {" 7 ", "7"},
-                                {"1e2", "100"}}) {
-        setup.acc = typed;
-        setup.acc_Validate();
-        EXPECT_EQ(setup.acc, shown) << typed;
-    }
     setup.accSelected = false;
     setup.acc = "4.4";
     setup.acc_KeyPress('a');
@@ -61,7 +94,7 @@ TEST(GpsSetup, OkConvertsOrReportsWhatDoesNotFitAndCancelDiscards) {
     GpsSetupModel setup(settings, dialogs);
     setup.Form_Load();
     setup.port = "7";
-    setup.speed = "38400"; // offered by the list, but the setting is 16-bit
+    setup.speed = "5000000"; // past any serial line
     setup.parity = "O";
     setup.dbits = "eight";
     setup.sbits = "1.5"; // a 16-bit count: rounds half to even
@@ -69,7 +102,7 @@ TEST(GpsSetup, OkConvertsOrReportsWhatDoesNotFitAndCancelDiscards) {
     setup.Device = "/dev/ttyUSB1";
     const std::pair<std::string*, const char*> fixes[] = {
         {&setup.speed, "9600"}, {&setup.dbits, "7"}, {&setup.acc, "2.5"}};
-    const char* const errors[] = {"Error: Overflow (Speed \"38400\")",
+    const char* const errors[] = {"Error: Overflow (Speed \"5000000\")",
                                   "Error: Type mismatch (Dbits \"eight\")",
                                   "Error: Overflow (Acc \"40000\")"};
     for (std::size_t i = 0; i < 3; ++i) {

@@ -184,3 +184,64 @@ TEST(NmeaInterpreter, HostileInputOnlyEverEndsInItsOwnErrors) {
     EXPECT_GT(parsed, 1000);
     EXPECT_GT(errors, 100);
 }
+
+namespace {
+
+// The lines of `events` that start with `prefix`, their values joined by blanks.
+std::string valuesOf(const std::string& events, const std::string& prefix) {
+    std::istringstream in(events);
+    std::string out;
+    for (std::string line; std::getline(in, line);)
+        if (line.rfind(prefix, 0) == 0)
+            out += (out.empty() ? "" : " ") + line.substr(line.find('\t') + 1);
+    return out;
+}
+
+} // namespace
+
+TEST(NmeaInterpreter, EverySatelliteSystemAndOneEpochOfSeveral) {
+    Interpreter nmea;
+    const std::string fix = "GGA,123519,4807.038,N,01131.000,E,1,08,0.9,545.4,M,46.9,M,,";
+    for (const char* talker : {"GP", "GN", "GL", "GA", "GB", "BD", "GQ", "QZ"}) {
+        EXPECT_TRUE(nmea.FParse(Sentence(talker + fix))) << talker;
+        EXPECT_EQ(nmea.Talker(), talker);
+        EXPECT_EQ(valuesOf(nmea.events(), "HDOP"), "0.9");
+    }
+    for (const char* other : {"XX", "P", "GPX", "gp", "G"})
+        EXPECT_FALSE(nmea.FParse(Sentence(other + fix))) << other;
+    for (const char* type : {"GLL,4916.45,N,12311.12,W,225444,A", "RMC,225446,A,4916.45,N",
+                             "GSA,A,3,04", "GSV,1,1,01"})
+        EXPECT_TRUE(nmea.FParse(Sentence(std::string("BD") + type + ",,,,,,,,,,,,,,,,"))) << type;
+    nmea.events();
+
+    // One epoch: GPS in two messages, then BeiDou, whose number 1 is another satellite than
+    // GPS 1. In view is the sum; the satellites are numbered on across the systems.
+    Interpreter sky;
+    sky.FParse(Sentence("GPGSV,2,1,05,01,10,100,40,02,20,200,41,03,30,300,42,04,40,40,43,0"));
+    sky.FParse(Sentence("GPGSV,2,2,05,05,50,50,44,0"));
+    sky.FParse(Sentence("BDGSV,1,1,03,01,11,110,30,07,21,210,31,13,31,310,32,0"));
+    EXPECT_EQ(sky.CurrentSatellite().talker, "BD");
+    std::string events = sky.events();
+    EXPECT_EQ(valuesOf(events, "SatellitesInView"), "5 5 8");
+    EXPECT_EQ(valuesOf(events, "SatelliteReceived"),
+              "1\t1\t100\t10\t40 2\t2\t200\t20\t41 3\t3\t300\t30\t42 4\t4\t40\t40\t43 "
+              "5\t5\t50\t50\t44 6\t1\t110\t11\t30 7\t7\t210\t21\t31 8\t13\t310\t31\t32");
+    // GPS reporting again begins the next epoch.
+    sky.FParse(Sentence("GPGSV,1,1,02,01,10,100,40,02,20,200,41"));
+    EXPECT_EQ(valuesOf(sky.events(), "SatellitesInView"), "2");
+    EXPECT_EQ(sky.SatellitesInView(), 2);
+
+    // The GSA of one epoch, one per system, fill the channels on from the first one's.
+    nmea.FParse(Sentence("GNGSA,A,3,01,02,,04,,,,,,,,,1.5,0.9,1.2,1"));
+    EXPECT_EQ(valuesOf(nmea.events(), "Ch"), "1 2 0 4 0 0 0 0 0 0 0 0");
+    nmea.FParse(Sentence("GNGSA,A,3,01,07,,,,,,,,,,,1.5,0.9,1.2,4"));
+    EXPECT_EQ(valuesOf(nmea.events(), "Ch"), "1 2 0 4 1 7 0 0 0 0 0 0");
+    nmea.FParse(Sentence("GNGSA,A,3,65,66,67,68,69,70,71,72,,,,,1.5,0.9,1.2,2"));
+    EXPECT_EQ(valuesOf(nmea.events(), "Ch"), "1 2 0 4 1 7 65 66 67 68 69 70");
+    // The same system again, or a GSA after another sentence, is the next epoch.
+    nmea.FParse(Sentence("GNGSA,A,3,03,,,,,,,,,,,,1.5,0.9,1.2,2"));
+    EXPECT_EQ(valuesOf(nmea.events(), "Ch"), "3 0 0 0 0 0 0 0 0 0 0 0");
+    nmea.FParse(Sentence("GP" + fix));
+    nmea.FParse(Sentence("GPGSA,A,3,,09,,,,,,,,,,,1.5,0.9,1.2"));
+    EXPECT_EQ(valuesOf(nmea.events(), "Ch"), "0 9 0 0 0 0 0 0 0 0 0 0");
+}

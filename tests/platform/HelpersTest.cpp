@@ -2,6 +2,7 @@
 #include "platform/CompareVersions.h"
 #include "platform/Conversions.h"
 #include "platform/Paths.h"
+#include "platform/PostOnce.h"
 #include "platform/UrlCoding.h"
 
 #include <gtest/gtest.h>
@@ -95,4 +96,20 @@ TEST(UrlCoding, KnownFormsMalformedEscapesAndEveryByteRoundTrips) {
             EXPECT_EQ(UrlDecode(e), s);
         }
     }
+}
+
+TEST(PostOnce, RedirectTargetsAndOrigins) {
+    const std::string from = "http://Example.org/zav/collect.php?x=1";
+    for (const auto& [location, resolved] :
+         {std::pair<std::string, std::string>{"https://other.org/a", "https://other.org/a"},
+          {"//other.org/a", "http://other.org/a"},
+          {"/a/b", "http://Example.org/a/b"},
+          {"moved.php", "http://Example.org/zav/moved.php"}})
+        EXPECT_EQ(zav::ResolveLocation(from, location), resolved) << location;
+    EXPECT_TRUE(zav::SameOrigin(from, "http://example.org:80/other"));
+    EXPECT_TRUE(zav::SameOrigin("https://a.org/x", "HTTPS://A.ORG:443/y"));
+    for (const char* other : {"https://example.org/zav/", "http://example.org:8080/zav/",
+                              "http://example.org.evil.net/zav/", "http://evil.net/?example.org",
+                              "http://user@evil.net/", "example.org/zav/"})
+        EXPECT_FALSE(zav::SameOrigin(from, other)) << other;
 }

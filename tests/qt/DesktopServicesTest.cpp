@@ -49,6 +49,32 @@ TEST(QtShell, ResultCodesForMissingFilesAssociationsAndSuccess) {
     EXPECT_EQ(real.Open(doc.toStdString()), 31);
 }
 
+TEST(QtShell, XdgOpenTellsNothingToOpenWithFromOpened) {
+    // A stand-in xdg-open first on the search path, answering as the real one does: 0 opened,
+    // 3 no tool for it; one still running has started a viewer.
+    QTemporaryDir dir;
+    const QString script = dir.filePath("xdg-open");
+    const QByteArray path = qgetenv("PATH");
+    qputenv("PATH", dir.path().toLocal8Bit() + ":" + path);
+    for (const auto& [body, opened] : {std::pair<const char*, bool>{"exit 0", true},
+                                       {"exit 3", false},
+                                       {"exec sleep 5", true}}) {
+        QFile file(script);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
+        file.write(QByteArray("#!/bin/sh\necho \"$1\" > ") + dir.filePath("asked").toLocal8Bit() +
+                   "\n" + body + "\n");
+        file.close();
+        file.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        EXPECT_EQ(XdgOpen(QUrl("https://www.zav-noise.org/zav/faq.htm")), opened) << body;
+        QFile asked(dir.filePath("asked"));
+        ASSERT_TRUE(asked.open(QIODevice::ReadOnly));
+        EXPECT_EQ(asked.readAll(), "https://www.zav-noise.org/zav/faq.htm\n");
+    }
+    QFile::remove(script);
+    EXPECT_FALSE(XdgOpen(QUrl("https://www.zav-noise.org/"))) << "no xdg-open at all";
+    qputenv("PATH", path);
+}
+
 TEST(QtShell, AddressesAreToldFromPaths) {
     EXPECT_TRUE(IsAddress("https://x/y"));
     EXPECT_TRUE(IsAddress("mailto:a@b"));

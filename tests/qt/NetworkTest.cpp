@@ -5,15 +5,19 @@
 
 #include "qt/services/QtHttpClient.h"
 #include "qt/services/QtXmlLookup.h"
+#include "qt/services/SocketPost.h"
 #include "report/PostVars.h"
 #include "report/TransferModel.h"
 #include "testsupport/FakeDialogs.h"
 #include "testsupport/FakePorts.h"
 
+#include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QTimer>
 
 #include <gtest/gtest.h>
+
+#include <functional>
 
 using namespace zav;
 using namespace zav::test;
@@ -66,8 +70,39 @@ TEST(QtHttpClient, StatusAndBodyOfRealRepliesAndNoStatusWithoutOne) {
     ASSERT_TRUE(closed.listen(QHostAddress::LocalHost, 0));
     const std::string nobody = "http://127.0.0.1:" + std::to_string(closed.serverPort()) + "/";
     closed.close();
-    EXPECT_EQ(http.Get(nobody).status, 0);
+    r = http.Get(nobody);
+    EXPECT_EQ(r.status, 0);
+    EXPECT_EQ(r.cause, "connection refused by " + nobody.substr(7, nobody.size() - 8));
     EXPECT_EQ(http.Get("not a url").status, 0);
+}
+
+TEST(SocketPost, ReplyIsWholeOnlyWhenItsLengthOrTheCloseSaysSo) {
+    struct Case {
+        std::string bytes;
+        bool closed;
+        int status; // 0: not (yet) a whole reply
+        std::string body, location;
+    };
+    const Case cases[] = {
+        {"HTTP/1.1 200 OK\r\nContent-Length: 4\r\n\r\n<r/>", false, 200, "<r/>", ""},
+        {"HTTP/1.1 200 OK\r\nContent-Length: 4\r\n\r\n<r/>tail", false, 200, "<r/>", ""},
+        {"HTTP/1.1 200 OK\r\ncontent-length:  5 \r\n\r\n<r/>", true, 0, "", ""},
+        {"HTTP/1.0 200 OK\r\n\r\n<r/>", false, 0, "", ""},
+        {"HTTP/1.0 200 OK\r\n\r\n<r/>", true, 200, "<r/>", ""},
+        {"HTTP/1.1 307 Temporary Redirect\r\nLOCATION: /b\r\nContent-Length: 0\r\n\r\n", false, 307,
+         "", "/b"},
+        {"HTTP/1.1 200 OK\r\nContent-Length: -1\r\n\r\n", true, 0, "", ""},
+        {"HTTP/1.1 2x0 OK\r\n\r\n", true, 0, "", ""},
+        {"SSH-2.0-OpenSSH\r\n\r\n", true, 0, "", ""},
+        {"HTTP/1.1 200 OK\r\nContent-Length: 4\r\n", true, 0, "", ""},
+    };
+    for (const Case& c : cases) {
+        HttpResponse r;
+        EXPECT_EQ(SocketPost::ParseReply(c.bytes, c.closed, r), c.status != 0) << c.bytes;
+        EXPECT_EQ(r.status, c.status) << c.bytes;
+        EXPECT_EQ(r.body, c.body) << c.bytes;
+        EXPECT_EQ(r.location, c.location) << c.bytes;
+    }
 }
 
 TEST(QtHttpClient, ServerThatNeverAnswersEndsInTheTimeOutAndAbortEndsTheWait) {
@@ -78,6 +113,7 @@ TEST(QtHttpClient, ServerThatNeverAnswersEndsInTheTimeOutAndAbortEndsTheWait) {
     clock.start();
     const HttpResponse r = http.Get(server.url("/Update.xml"));
     EXPECT_EQ(r.status, 0);
+    EXPECT_EQ(r.cause, "no answer in 1 s");
     EXPECT_GE(clock.elapsed(), 900);
     EXPECT_LT(clock.elapsed(), 20000);
     EXPECT_EQ(server.requests.size(), 1u); // it did arrive
@@ -202,12 +238,129 @@ TEST(TransferOverHttp, RefusalsAndFailuresShowTheirMessages) {
     }
 }
 
-TEST(TransferOverHttp, ServerStoppingMidReplyKeepsNoReceipt) {
-    ServerTransfer t;
+TEST(TransferOverHttp, EachPressSendsOnceAndAFailureSaysHowFarItGot) {
+    // A closed port, and a name no resolver knows: provably never sent, so OK comes back.
+    QTcpServer closed;
+    ASSERT_TRUE(closed.listen(QHostAddress::LocalHost, 0));
+    const std::string refusedAt = "127.0.0.1:" + std::to_string(closed.serverPort());
+    closed.close();
+    struct NotSent {
+        std::string url, message;
+    };
+    for (const NotSent& c :
+         {NotSent{refusedAt + "/collect.php",
+                  "Error: HTTP status code:0 (connection refused by " + refusedAt + ")"},
+          NotSent{"no-such-host.invalid/collect.php",
+                  "Error: HTTP status code:0 (host no-such-host.invalid not found)"}}) {
+        ServerTransfer t;
+        t.settings.URL = c.url;
+        TransferModel m = t.transfer();
+        EXPECT_EQ(m.Message, c.message);
+        EXPECT_TRUE(m.OKButtonVisible);
+        EXPECT_TRUE(t.history.lastObsTime.empty());
+    }
+    {
+        // A server that does not speak TLS: the handshake fails before anything is sent.
+        ServerTransfer t;
+        t.settings.URL = "https://" + t.server.hostAndPath("/collect.php");
+        TransferModel m = t.transfer();
+        EXPECT_EQ(m.Message, "Error: HTTP status code:0 (secure connection (TLS) with " +
+                                 t.server.hostAndPath("") + " failed)");
+        EXPECT_TRUE(m.OKButtonVisible);
+        EXPECT_TRUE(t.server.requests.empty());
+    }
+
+    // Sent, then the connection dropped, the reply cut off or never came: it may have
+    // arrived, and nothing sends it again.
     const std::string reply = "<result><cc>0</cc><receipt>ZAV-000123</receipt></result>";
+    struct Sent {
+        std::function<void(TestHttpServer&)> behave;
+        std::string cause;
+    };
+    for (const Sent& c : {Sent{[](TestHttpServer& s) { s.dropAfterRequest(); },
+                               "connection closed by %s before the whole reply arrived"},
+                          Sent{[&](TestHttpServer& s) { s.stopMidReply(reply.find("</r")); },
+                               "connection closed by %s before the whole reply arrived"},
+                          Sent{[](TestHttpServer& s) { s.neverAnswer(); }, "no answer in 1 s"}}) {
+        ServerTransfer t;
+        t.server.reply(200, reply);
+        c.behave(t.server);
+        TransferModel m = t.transfer();
+        std::string cause = c.cause;
+        if (const auto at = cause.find("%s"); at != std::string::npos)
+            cause.replace(at, 2, t.server.hostAndPath(""));
+        EXPECT_EQ(m.Message, "Error: HTTP status code:0 (" + cause +
+                                 "). The observation may have arrived at the server; it was "
+                                 "not sent again.");
+        EXPECT_FALSE(m.OKButtonVisible);
+        EXPECT_EQ(t.server.requests.size(), 1u);
+        EXPECT_TRUE(t.history.lastReceipt.empty());
+        QElapsedTimer settle; // anything resent would arrive now
+        settle.start();
+        while (settle.elapsed() < 300)
+            QCoreApplication::processEvents(QEventLoop::AllEvents, 50);
+        EXPECT_EQ(t.server.requests.size(), 1u);
+    }
+
+    // A second press delivered while the first waits (a double-click) sends nothing.
+    ServerTransfer t;
     t.server.reply(200, reply);
-    t.server.stopMidReply(reply.find("</receipt>"));
-    EXPECT_EQ(t.transfer().Message, "Error: HTTP status code:0");
-    EXPECT_TRUE(t.history.lastObsTime.empty());
-    EXPECT_TRUE(t.history.lastReceipt.empty());
+    TransferModel m(t.fixture.source(), t.settings, t.history,
+                    {t.http, t.xml, t.mailer, t.clipboard, t.dialogs});
+    m.Form_Load();
+    int pressesInside = 0;
+    t.http.waitStarted = [&] { ++pressesInside, m.OKButton_Click(); };
+    m.OKButton_Click();
+    EXPECT_EQ(pressesInside, 1);
+    EXPECT_EQ(m.Message, "Receipt: ZAV-000123");
+    EXPECT_EQ(t.server.requests.size(), 1u);
+}
+
+TEST(TransferOverHttp, RedirectsNeverMoveTheBodyElsewhereNorTurnItIntoAGet) {
+    const std::string receipt = "<result><cc>0</cc><receipt>ZAV-7</receipt></result>";
+    struct Case {
+        int status;
+        std::string location; // "%s" is this server's host and port
+        std::size_t requests;
+        std::string message;
+    };
+    const Case cases[] = {
+        {302, "/moved.php", 1,
+         "Error: HTTP status code:302 (redirected to http://%s/moved.php, "
+         "not followed)"},
+        {301, "http://%s/moved.php", 1,
+         "Error: HTTP status code:301 (redirected to http://%s/moved.php, not followed)"},
+        {303, "moved.php", 1,
+         "Error: HTTP status code:303 (redirected to http://%s/moved.php, not followed)"},
+        {307, "/moved.php", 2, "Receipt: ZAV-7"},
+        {308, "http://%s/moved.php", 2, "Receipt: ZAV-7"},
+        {307, "http://localhost.invalid/moved.php", 1,
+         "Error: HTTP status code:307 (redirected to http://localhost.invalid/moved.php, not "
+         "followed)"},
+        {308, "https://%s/moved.php", 1,
+         "Error: HTTP status code:308 (redirected to https://%s/moved.php, not followed)"},
+        {307, "/collect.php", 5, // a loop is given up
+         "Error: HTTP status code:307 (redirected too often, last to http://%s/collect.php)"},
+    };
+    for (const Case& c : cases) {
+        ServerTransfer t;
+        auto here = [&](std::string text) {
+            for (auto at = text.find("%s"); at != std::string::npos; at = text.find("%s"))
+                text.replace(at, 2, t.server.hostAndPath(""));
+            return text;
+        };
+        t.server.redirect(c.status, here(c.location));
+        t.server.replyAt("/moved.php", 200, receipt);
+        TransferModel m = t.transfer();
+        SCOPED_TRACE(std::to_string(c.status) + " " + c.location);
+        EXPECT_EQ(m.Message, here(c.message));
+        ASSERT_EQ(t.server.requests.size(), c.requests);
+        std::string body = expectedBody(t.fixture); // a plain user name: debug 0
+        body.replace(body.find("&debug=1"), 8, "&debug=0");
+        for (const TestHttpServer::Request& r : t.server.requests) {
+            EXPECT_EQ(r.method, "POST");
+            EXPECT_EQ(r.body, body);
+        }
+        EXPECT_EQ(t.history.lastReceipt.empty(), c.message.rfind("Receipt", 0) != 0);
+    }
 }

@@ -6,6 +6,9 @@
 #include "testsupport/PtyPair.h"
 
 #include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
@@ -72,4 +75,16 @@ TEST_F(SerialPortOnPty, BusyMissingAndBadlySetPorts) {
     EXPECT_EQ(settings.DeviceName(), "/dev/ttyS2");
     ASSERT_EQ(settings.SetDevice(pty.out()), 0);
     EXPECT_EQ(settings.DeviceName(), pty.out()); // a named device wins over the number
+}
+
+TEST_F(SerialPortOnPty, ADeviceIsNamedByItsStableLinkWhereThereIsOne) {
+    // A folder standing in for /dev/serial/by-id, its link pointing at the pseudo-terminal.
+    QTemporaryDir byId;
+    const QString link = byId.filePath("usb-u-blox_AG_GNSS_receiver-if00");
+    ASSERT_TRUE(QFile::link(QString::fromStdString(pty.out()), link));
+    const std::string device =
+        QFileInfo(QString::fromStdString(pty.out())).canonicalFilePath().toStdString();
+    EXPECT_EQ(QtSerialPort::StableName(device, byId.path().toStdString()), link.toStdString());
+    EXPECT_EQ(QtSerialPort::StableName("/dev/null", byId.path().toStdString()), "/dev/null");
+    EXPECT_EQ(QtSerialPort::StableName(device, "/no/such/folder"), device);
 }

@@ -2,6 +2,7 @@
 
 #include <QTcpSocket>
 
+#include <cctype>
 #include <memory>
 #include <stdexcept>
 
@@ -12,6 +13,10 @@ const char* reasonPhrase(int status) {
     switch (status) {
     case 200:
         return "OK";
+    case 302:
+        return "Found";
+    case 307:
+        return "Temporary Redirect";
     case 404:
         return "Not Found";
     case 500:
@@ -46,6 +51,17 @@ void TestHttpServer::reply(int status, std::string body, std::string contentType
     m_contentType = std::move(contentType);
     m_answer = true;
     m_cutAfter = std::string::npos;
+    m_dropHead = false;
+    m_location.clear();
+}
+
+void TestHttpServer::redirect(int status, const std::string& location) {
+    reply(status, "<html>moved</html>", "text/html");
+    m_location = location;
+}
+
+void TestHttpServer::replyAt(const std::string& path, int status, std::string body) {
+    m_pathReplies.push_back({path, {status, std::move(body)}});
 }
 
 void TestHttpServer::serve(QTcpSocket* socket) {
@@ -53,6 +69,11 @@ void TestHttpServer::serve(QTcpSocket* socket) {
     auto buffer = std::make_shared<QByteArray>();
     QObject::connect(socket, &QTcpSocket::readyRead, socket, [this, socket, buffer] {
         *buffer += socket->readAll();
+        if (!buffer->isEmpty() && !std::isupper(static_cast<unsigned char>(buffer->at(0)))) {
+            socket->write("not a secure server\r\n");
+            socket->disconnectFromHost();
+            return;
+        }
         const qsizetype headerEnd = buffer->indexOf("\r\n\r\n");
         if (headerEnd < 0)
             return;
@@ -76,11 +97,18 @@ void TestHttpServer::serve(QTcpSocket* socket) {
         buffer->clear();
         if (!m_answer)
             return;
-        const std::string head = "HTTP/1.1 " + std::to_string(m_status) + " " +
-                                 reasonPhrase(m_status) + "\r\nContent-Type: " + m_contentType +
-                                 "\r\nContent-Length: " + std::to_string(m_body.size()) +
+        int status = m_status;
+        std::string body = m_body, location = m_location;
+        for (const auto& [path, reply] : m_pathReplies)
+            if (path == request.path)
+                status = reply.status, body = reply.body, location.clear();
+        const std::string head = "HTTP/1.1 " + std::to_string(status) + " " + reasonPhrase(status) +
+                                 "\r\nContent-Type: " + m_contentType +
+                                 (location.empty() ? "" : "\r\nLocation: " + location) +
+                                 "\r\nContent-Length: " + std::to_string(body.size()) +
                                  "\r\nConnection: close\r\n\r\n";
-        socket->write(QByteArray::fromStdString(head + m_body.substr(0, m_cutAfter)));
+        if (!m_dropHead)
+            socket->write(QByteArray::fromStdString(head + body.substr(0, m_cutAfter)));
         socket->disconnectFromHost();
     });
 }

@@ -9,7 +9,9 @@ namespace zav::test {
 
 // A small HTTP server on 127.0.0.1 with a port of the system's choosing, living in the test's
 // own thread: it answers while the client under test waits in its event loop. Every request
-// gets the same canned reply, or none at all.
+// gets the same canned reply (or the one set for its path), or none at all. It counts what
+// arrives: exactly once is a count. Anything that is not HTTP (a TLS hello) gets a line of
+// text and the connection closed, and is not counted.
 class TestHttpServer {
 public:
     struct Request {
@@ -32,6 +34,12 @@ public:
     // Announces the whole reply's length but closes the connection after `bytes` of its body,
     // as a server that dies mid-reply does.
     void stopMidReply(std::size_t bytes) { m_cutAfter = bytes; }
+    // Reads the request whole, then closes the connection without a word.
+    void dropAfterRequest() { m_cutAfter = 0, m_dropHead = true; }
+    // A redirect with `status` to `location`.
+    void redirect(int status, const std::string& location);
+    // The reply for requests to `path` only, whatever the others get.
+    void replyAt(const std::string& path, int status, std::string body);
 
     std::vector<Request> requests;
 
@@ -44,6 +52,13 @@ private:
     std::string m_contentType = "text/xml";
     bool m_answer = true;
     std::size_t m_cutAfter = std::string::npos;
+    bool m_dropHead = false;
+    std::string m_location;
+    struct PathReply {
+        int status;
+        std::string body;
+    };
+    std::vector<std::pair<std::string, PathReply>> m_pathReplies;
 };
 
 } // namespace zav::test

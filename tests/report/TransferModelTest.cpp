@@ -134,6 +134,13 @@ TEST(TransferModel, LoadShowsNoticeAndOkOnlyWithAnAddressForTheChosenWay) {
     mail.URL.clear();
     mail.URL_LostFocus();
     EXPECT_FALSE(mail.OKButtonVisible);
+    // Typing follows at once, so OK is there for a click straight from another box.
+    mail.URL = "h";
+    mail.URL_Change();
+    EXPECT_TRUE(mail.OKButtonVisible);
+    mail.AtfEmail.clear();
+    mail.AtfEmail_Change();
+    EXPECT_FALSE(mail.OKButtonVisible);
 }
 
 TEST(TransferModel, StarredUserNameSetsTheServerDebugFlagForTheRestOfTheRun) {

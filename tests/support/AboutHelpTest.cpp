@@ -44,18 +44,24 @@ TEST(HelpMenu, ManualAndWebPagesOpenWhereTheyShould) {
                                 "/usr/share/zav/ZAV.pdf", "/usr/share/zav/ZAV.pdf", "docs/ZAV.pdf",
                                 "https://site.example/", "https://site.example/faq.htm",
                                 "https://site.example/support.htm"}));
+    // Nothing to open it with (31 or 32) is said, with where it is to open it by hand.
+    const std::string byHand = "\n\nOpen it by hand: ";
     EXPECT_EQ(dialogs.texts(),
               (std::vector<std::string>{
-                  "ZAV could not find a file association for ZAV.pdf on your system.",
+                  "ZAV could not find a file association for ZAV.pdf on your system." + byHand +
+                      "/usr/share/zav/ZAV.pdf",
+                  "ZAV could not find a file association for ZAV.pdf on your system." + byHand +
+                      "/usr/share/zav/ZAV.pdf",
                   "Problem accessing documentation. (Error 7)",
                   "Problem running your web browser. You should check that your browser is "
                   "correctly installed. (Error 2)",
                   "ZAV could not find a file association for https://site.example/faq.htm on "
                   "your system. You should check that your browser is correctly installed and "
-                  "associated with this type of file."}));
+                  "associated with this type of file." +
+                      byHand + "https://site.example/faq.htm"}));
     EXPECT_EQ(dialogs.messages[0].title, "Acrobat unavailable");
-    EXPECT_EQ(dialogs.messages[3].title, "Browser Unavailable");
-    EXPECT_EQ(dialogs.messages[3].icon, MessageIcon::Exclamation);
+    EXPECT_EQ(dialogs.messages[4].title, "Browser Unavailable");
+    EXPECT_EQ(dialogs.messages[4].icon, MessageIcon::Exclamation);
 }
 
 TEST(AboutModel, CaptionsLicenceAndSystemInformation) {
@@ -84,7 +90,7 @@ TEST(AboutModel, CaptionsLicenceAndSystemInformation) {
               (std::vector<std::string>{
                   "ZAV could not find a file association for licence.txt on your system. You "
                   "should check that your browser is correctly installed and associated with "
-                  "this type of file.",
+                  "this type of file.\n\nOpen it by hand: /opt/zav/licence.txt",
                   "Problem accessing licence file. (Error 3)"}));
     EXPECT_EQ(dialogs.messages[1].title, "Browser Unavailable");
 

@@ -40,6 +40,8 @@ TEST(UpdateModel, NewerVersionOffersTheDownloadPageOlderIsCurrent) {
     // A newer revision only: every part counts.
     const std::string newer = std::to_string(kVersionMajor) + "." + std::to_string(kVersionMinor) +
                               "." + std::to_string(kVersionRevision + 1);
+    rig.xml.elements = {{"url", "https://mirror.example/downloads/zav/"}, {"version", newer}};
+    EXPECT_EQ(rig.load().Message, "New version available: " + newer); // a secure site too
     rig.xml.elements = {{"url", "http://mirror.example/downloads/zav/"}, {"version", newer}};
     UpdateModel update = rig.load();
     EXPECT_EQ(update.Message, "New version available: " + newer);
@@ -70,8 +72,10 @@ TEST(UpdateModel, UpdaterButtonOnlyWithAnInstalledUpdaterAndItsLaunchAlwaysClose
 
     const std::pair<int, std::string> cases[] = {
         {2, "Problem accessing kwUpdate. (Error 2)"},
-        {31, ""},
-        {32, "ZAV could not find a file association for .kwupdate on your system."}};
+        {31, "ZAV could not find a file association for .kwupdate on your system.\n\nOpen it by "
+             "hand: /opt/zav/ZAV.kwupdate"},
+        {32, "ZAV could not find a file association for .kwupdate on your system.\n\nOpen it by "
+             "hand: /opt/zav/ZAV.kwupdate"}};
     for (const auto& [result, text] : cases) {
         UpdateRig each(VersionText());
         UpdateModel m = each.load();

@@ -12,6 +12,7 @@
 #include "platform/XmlLookup.h"
 
 #include <deque>
+#include <functional>
 #include <map>
 #include <string>
 #include <vector>
@@ -30,9 +31,13 @@ struct FakeHttp : HttpClient {
     HttpResponse Post(const std::string& url, const std::string& contentType,
                       const std::string& body) override {
         requests.push_back({"POST", url, contentType, body});
+        if (whileWaiting)
+            whileWaiting();
         return reply;
     }
     HttpResponse reply{200, ""};
+    // Runs inside a POST, as events delivered while a real request waits would.
+    std::function<void()> whileWaiting;
     std::vector<Request> requests;
 };
 

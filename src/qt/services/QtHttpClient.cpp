@@ -1,5 +1,7 @@
 #include "qt/services/QtHttpClient.h"
 
+#include "qt/services/SocketPost.h"
+
 #include <QEventLoop>
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
@@ -26,6 +28,34 @@ bool arrivedWhole(QNetworkReply::NetworkError error) {
            (code > 400 && code < 500);
 }
 
+// Why a reply without a usable answer failed, in the operator's words.
+std::string causeOf(QNetworkReply* reply, bool timedOut, std::chrono::milliseconds timeout) {
+    const QUrl url = reply->url();
+    const std::string where = url.host().toStdString() + ":" +
+                              std::to_string(url.port(url.scheme() == "https" ? 443 : 80));
+    if (timedOut)
+        return NoAnswerCause(timeout);
+    switch (reply->error()) {
+    case QNetworkReply::ConnectionRefusedError:
+        return "connection refused by " + where;
+    case QNetworkReply::HostNotFoundError:
+        return "host " + url.host().toStdString() + " not found";
+    case QNetworkReply::SslHandshakeFailedError:
+        return "secure connection (TLS) with " + where + " failed";
+    case QNetworkReply::RemoteHostClosedError:
+        return "connection closed by " + where + " before the whole reply arrived";
+    case QNetworkReply::OperationCanceledError:
+        return "cancelled";
+    case QNetworkReply::ProtocolUnknownError:
+    case QNetworkReply::ProtocolInvalidOperationError:
+        return "not a usable address: " + url.toString().toStdString();
+    default:
+        return reply->error() == QNetworkReply::NoError || arrivedWhole(reply->error())
+                   ? "connection closed by " + where + " before the whole reply arrived"
+                   : "connection to " + where + " failed";
+    }
+}
+
 } // namespace
 
 QtHttpClient::QtHttpClient(std::chrono::milliseconds timeout)
@@ -33,20 +63,35 @@ QtHttpClient::QtHttpClient(std::chrono::milliseconds timeout)
 
 QtHttpClient::~QtHttpClient() = default;
 
+HttpResponse QtHttpClient::busy() {
+    HttpResponse response;
+    response.failure = HttpFailure::NotSent;
+    response.cause = "another request is still waiting for its reply";
+    return response;
+}
+
 HttpResponse QtHttpClient::Get(const std::string& url) {
+    if (m_current || m_post)
+        return busy();
     return wait(m_manager->get(requestFor(url)));
 }
 
 HttpResponse QtHttpClient::Post(const std::string& url, const std::string& contentType,
                                 const std::string& body) {
-    QNetworkRequest request = requestFor(url);
-    request.setHeader(QNetworkRequest::ContentTypeHeader, QString::fromStdString(contentType));
-    return wait(m_manager->post(request, QByteArray::fromStdString(body)));
+    if (m_current || m_post)
+        return busy();
+    SocketPost post(m_timeout, kMaxReplyBytes);
+    m_post = &post;
+    HttpResponse response = post.Send(url, contentType, body, waitStarted, waitFinished);
+    m_post = nullptr;
+    return response;
 }
 
 void QtHttpClient::Abort() {
     if (m_current)
         m_current->abort();
+    if (m_post)
+        m_post->Abort();
 }
 
 HttpResponse QtHttpClient::wait(QNetworkReply* reply) {
@@ -54,8 +99,12 @@ HttpResponse QtHttpClient::wait(QNetworkReply* reply) {
     m_current = reply;
     QEventLoop loop;
     QTimer timer;
+    bool timedOut = false;
     timer.setSingleShot(true);
-    QObject::connect(&timer, &QTimer::timeout, reply, &QNetworkReply::abort);
+    QObject::connect(&timer, &QTimer::timeout, reply, [reply, &timedOut] {
+        timedOut = true;
+        reply->abort();
+    });
     QObject::connect(reply, &QNetworkReply::finished, &loop, &QEventLoop::quit);
     QObject::connect(reply, &QNetworkReply::downloadProgress, reply, [reply](qint64 received) {
         if (received > kMaxReplyBytes)
@@ -74,10 +123,17 @@ HttpResponse QtHttpClient::wait(QNetworkReply* reply) {
     HttpResponse response; // no status: the error texts stay in the adapter
     const QVariant status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute);
     // The check during the download may come too late for a reply that arrived in one piece.
-    if (!arrivedWhole(reply->error()) || !status.isValid() ||
-        reply->bytesAvailable() > kMaxReplyBytes)
+    const bool tooLong = reply->bytesAvailable() > kMaxReplyBytes;
+    if (!arrivedWhole(reply->error()) || !status.isValid() || tooLong) {
+        // A GET changes nothing on the server: how far it got does not matter to anyone.
+        response.failure = HttpFailure::MayHaveArrived;
+        response.cause = tooLong ? "reply longer than " + std::to_string(kMaxReplyBytes) + " bytes"
+                                 : causeOf(reply, timedOut, m_timeout);
         return response;
+    }
     response.status = status.toInt();
+    response.location =
+        reply->header(QNetworkRequest::LocationHeader).toUrl().toString().toStdString();
     if (reply->isOpen())
         response.body = reply->readAll().toStdString();
     return response;

@@ -10,13 +10,19 @@
 
 class QNetworkAccessManager;
 class QNetworkReply;
-class QNetworkRequest;
 
 namespace zav {
 
-// Synchronous HTTP over QNetworkAccessManager: the call waits in a local event loop, so a
-// window keeps repainting, until the reply is complete, the time-out passes or Abort() is
-// called. A time-out or an abort is reported like any request without a reply (status 0).
+class SocketPost;
+
+// Synchronous HTTP: the call waits in a local event loop, so a window keeps repainting, until
+// the reply is complete, the time-out passes or Abort() is called. A time-out or an abort is
+// reported like any request without a reply (status 0), with its cause in words.
+//
+// GET goes through QNetworkAccessManager. POST is written by hand over a socket: Qt's network
+// layer sends a POST again by itself when a connection drops, and an observation must reach
+// the server once per press. One request at a time: a request asked for while another is
+// waiting (a second click delivered inside the wait) is refused without being sent.
 class QtHttpClient : public HttpClient {
 public:
     // The server's replies are a few hundred bytes; a reply growing past this is abandoned as
@@ -39,10 +45,12 @@ public:
 
 private:
     HttpResponse wait(QNetworkReply* reply);
+    static HttpResponse busy();
 
     std::unique_ptr<QNetworkAccessManager> m_manager;
     std::chrono::milliseconds m_timeout;
     QNetworkReply* m_current = nullptr;
+    SocketPost* m_post = nullptr;
 };
 
 } // namespace zav

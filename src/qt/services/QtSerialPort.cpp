@@ -1,6 +1,13 @@
 #include "qt/services/QtSerialPort.h"
 
+#include <QDir>
+#include <QFileInfo>
 #include <QSerialPortInfo>
+
+#ifdef Q_OS_UNIX
+#include <cerrno>
+#include <unistd.h>
+#endif
 
 #include <charconv>
 
@@ -178,8 +185,17 @@ int QtSerialPort::SetPortOpen(bool open) {
     m_opening = true;
     const bool opened = m_port->open(QIODevice::ReadWrite);
     m_opening = false;
-    if (!opened)
-        return ErrorNumber(m_port->error(), true);
+    if (!opened) {
+        const QSerialPort::SerialPortError error = m_port->error();
+#ifdef Q_OS_UNIX
+        // Qt reports a busy device and one the user may not open alike; only the second is
+        // mended by joining the device's group.
+        if (error == QSerialPort::PermissionError &&
+            ::access(DeviceName().c_str(), R_OK | W_OK) != 0 && errno == EACCES)
+            return kSerialPermissionDenied;
+#endif
+        return ErrorNumber(error, true);
+    }
     if (!apply(m_settings)) {
         m_port->close();
         return kSerialDeviceControlBlock;
@@ -210,6 +226,31 @@ std::vector<std::string> QtSerialPort::ListPorts() const {
 #endif
     }
     return names;
+}
+
+std::string QtSerialPort::StableName(const std::string& device, const std::string& byIdFolder) {
+    const QString target = QFileInfo(QString::fromStdString(device)).canonicalFilePath();
+    const QDir byId(QString::fromStdString(byIdFolder));
+    for (const QFileInfo& link : byId.entryInfoList(QDir::System | QDir::Files, QDir::Name))
+        if (!target.isEmpty() && link.canonicalFilePath() == target)
+            return link.absoluteFilePath().toStdString();
+    return device;
+}
+
+std::vector<SerialDevice> QtSerialPort::ListDevices() const {
+    std::vector<SerialDevice> devices;
+    for (const QSerialPortInfo& info : QSerialPortInfo::availablePorts()) {
+#ifdef Q_OS_WIN
+        const std::string name = info.portName().toStdString();
+#else
+        const std::string name = StableName(info.systemLocation().toStdString());
+#endif
+        QString description = info.description();
+        if (description.isEmpty())
+            description = info.manufacturer();
+        devices.push_back({name, description.toStdString()});
+    }
+    return devices;
 }
 
 void QtSerialPort::onError(QSerialPort::SerialPortError error) {

@@ -25,6 +25,9 @@ public:
     void SetReceiveHandler(ReceiveHandler handler) override;
     void SetErrorHandler(ErrorHandler handler) override;
     std::vector<std::string> ListPorts() const override;
+    // Stable names first: a receiver's /dev/serial/by-id/... link where there is one, since
+    // ttyACM numbers change from one plugging-in to the next.
+    std::vector<SerialDevice> ListDevices() const override;
 
     struct LineSettings {
         qint32 baudRate = 9600;
@@ -37,11 +40,14 @@ public:
     static std::optional<LineSettings> ParseSettings(const std::string& settings);
     // The device that port number `number` names on this platform.
     static std::string DeviceForPortNumber(int number);
+    // A link to `device` in `byIdFolder` where there is one, else `device` itself.
+    static std::string StableName(const std::string& device,
+                                  const std::string& byIdFolder = "/dev/serial/by-id");
     // The error number for a Qt error: while opening, or on a port that was open.
     static int ErrorNumber(QSerialPort::SerialPortError error, bool opening);
 
     // The device the next open uses.
-    std::string DeviceName() const;
+    std::string DeviceName() const override;
 
 private:
     bool apply(const LineSettings& settings);

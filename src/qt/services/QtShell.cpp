@@ -4,7 +4,9 @@
 
 #include <QDesktopServices>
 #include <QFileInfo>
+#include <QGuiApplication>
 #include <QProcess>
+#include <QStandardPaths>
 #include <QStringList>
 #include <QUrl>
 
@@ -27,9 +29,38 @@ bool IsAddress(const std::string& target) {
     return true;
 }
 
+bool XdgOpen(const QUrl& url) {
+    const QString tool = QStandardPaths::findExecutable(QStringLiteral("xdg-open"));
+    if (tool.isEmpty())
+        return false;
+    auto* process = new QProcess;
+    process->start(tool,
+                   {url.isLocalFile() ? url.toLocalFile() : url.toString(QUrl::FullyEncoded)});
+    if (!process->waitForStarted(5000)) {
+        delete process;
+        return false;
+    }
+    if (!process->waitForFinished(2000)) {
+        // Still at work: it has handed the target to something that is opening it.
+        QObject::connect(process, &QProcess::finished, process, &QObject::deleteLater);
+        return true;
+    }
+    const bool opened = process->exitStatus() == QProcess::NormalExit && process->exitCode() == 0;
+    delete process;
+    return opened;
+}
+
 QtShell::QtShell(Opener opener) : m_opener(std::move(opener)) {
-    if (!m_opener)
-        m_opener = [](const QUrl& url) { return QDesktopServices::openUrl(url); };
+    if (m_opener)
+        return;
+#if defined(Q_OS_UNIX) && !defined(Q_OS_MACOS)
+    const QString platform = QGuiApplication::platformName();
+    if (platform == QLatin1String("xcb") || platform == QLatin1String("wayland")) {
+        m_opener = XdgOpen;
+        return;
+    }
+#endif
+    m_opener = [](const QUrl& url) { return QDesktopServices::openUrl(url); };
 }
 
 int QtShell::Open(const std::string& target) {

@@ -13,7 +13,8 @@ namespace zav {
 // Open's result keeps the program's convention: 42 opened, 2 no such file, 31 nothing took it.
 class QtShell : public Shell {
 public:
-    // What hands a URL to the desktop; QDesktopServices::openUrl unless told otherwise.
+    // What hands a URL to the desktop; unless told otherwise QDesktopServices::openUrl, or on
+    // a Unix desktop XdgOpen.
     using Opener = std::function<bool(const QUrl&)>;
 
     static constexpr int kOpened = 42;
@@ -29,6 +30,12 @@ public:
 private:
     Opener m_opener;
 };
+
+// Opens `url` with xdg-open and waits a moment for its verdict: true when it opened it or is
+// still busy opening it (a viewer was started), false when it is missing or found nothing to
+// open it with. Qt's own hand-off reports success as soon as xdg-open has started, so a
+// desktop without any browser or viewer would fail in silence.
+bool XdgOpen(const QUrl& url);
 
 // A web address or other URL (it names a scheme such as "https:" or "mailto:"), as opposed
 // to a local path, a Windows drive letter included.

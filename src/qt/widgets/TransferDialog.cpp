@@ -43,6 +43,9 @@ TransferDialog::TransferDialog(TransferModel& model, QWidget* parent)
     m_atfEmail = field("AtfEmail", m_model.AtfEmail, this);
     m_url->installEventFilter(this);
     m_atfEmail->installEventFilter(this);
+    connect(m_url, &QLineEdit::textEdited, this, [this] { after(&TransferModel::URL_Change); });
+    connect(m_atfEmail, &QLineEdit::textEdited, this,
+            [this] { after(&TransferModel::AtfEmail_Change); });
 
     m_online = new QRadioButton(tr("Post to the collection &server"), this);
     m_online->setObjectName(QStringLiteral("OptionOnline"));
@@ -64,7 +67,13 @@ TransferDialog::TransferDialog(TransferModel& model, QWidget* parent)
     m_cancel = new QPushButton(tr("Cancel"), this);
     m_cancel->setObjectName(QStringLiteral("CancelButton"));
     m_cancel->setAutoDefault(false);
-    connect(m_ok, &QPushButton::clicked, this, [this] { after(&TransferModel::OKButton_Click); });
+    connect(m_ok, &QPushButton::clicked, this, [this] {
+        // Off at once and until the press is handled: a second click arriving while the
+        // server is awaited finds it disabled, whatever else is shown meanwhile.
+        m_okPressed = true;
+        m_ok->setEnabled(false);
+        after(&TransferModel::OKButton_Click);
+    });
     connect(m_cancel, &QPushButton::clicked, this,
             [this] { after(&TransferModel::CancelButton_Click); });
 
@@ -93,6 +102,8 @@ void TransferDialog::after(void (TransferModel::*handler)()) {
     if (m_unloaded) // focus leaving the boxes as the dialog closes
         return;
     (m_model.*handler)();
+    if (handler == &TransferModel::OKButton_Click)
+        m_okPressed = false;
     render();
     if (m_model.CloseRequested)
         accept();
@@ -110,6 +121,7 @@ void TransferDialog::render() {
         m_message->setPlainText(QString::fromStdString(m_model.Message));
     m_ok->setText(QString::fromStdString(m_model.OKButtonCaption));
     m_ok->setVisible(m_model.OKButtonVisible);
+    m_ok->setEnabled(!m_okPressed);
     m_cancel->setVisible(m_model.CancelButtonVisible);
     if (m_model.OKButtonFocus) {
         m_ok->setDefault(true);

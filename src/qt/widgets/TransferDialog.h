@@ -38,6 +38,7 @@ private:
     QPushButton* m_ok;
     QPushButton* m_cancel;
     bool m_unloaded = false;
+    bool m_okPressed = false; // an OK press is being handled
 };
 
 } // namespace zav

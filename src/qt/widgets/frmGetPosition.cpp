@@ -34,6 +34,7 @@ public:
     int SetPortOpen(bool open) override { return m_port.SetPortOpen(open); }
     bool PortOpen() const override { return m_port.PortOpen(); }
     std::vector<std::string> ListPorts() const override { return m_port.ListPorts(); }
+    std::string DeviceName() const override { return m_port.DeviceName(); }
 
     void SetReceiveHandler(ReceiveHandler handler) override {
         if (!handler) {

@@ -3,7 +3,6 @@
 #include "qt/widgets/DialogButtons.h"
 
 #include "gps/GpsSetupModel.h"
-#include "platform/Number.h"
 #include "qt/services/QtSerialPort.h"
 
 #include <QComboBox>
@@ -13,6 +12,7 @@
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
+#include <QLocale>
 #include <QPushButton>
 #include <QTimer>
 #include <QVBoxLayout>
@@ -57,11 +57,7 @@ frmGpsSetup::frmGpsSetup(GpsSetupModel& model, QWidget* parent) : QDialog(parent
     setModal(true);
     m_model.Form_Load();
 
-    std::vector<std::string> ports = m_model.portList;
-    for (const std::string& device : m_model.DeviceList)
-        if (!device.empty())
-            ports.push_back(device);
-    m_port = makeList("port", ports, true, this);
+    m_port = makeList("port", m_model.portList, true, this);
     m_port->setMinimumContentsLength(14);
     m_speed = makeList("speed", m_model.speedList, false, this);
     m_parity = makeList("parity", m_model.parityList, true, this);
@@ -108,23 +104,17 @@ frmGpsSetup::frmGpsSetup(GpsSetupModel& model, QWidget* parent) : QDialog(parent
 }
 
 bool frmGpsSetup::Edit(GpsSettings& settings, Dialogs& dialogs, QWidget* parent) {
-    GpsSetupModel model(settings, dialogs, QtSerialPort().ListPorts());
+    const QString point = QLocale().decimalPoint();
+    GpsSetupModel model(settings, dialogs, QtSerialPort().ListDevices(),
+                        point.size() == 1 ? point.at(0).toLatin1() : '.');
     frmGpsSetup dialog(model, parent);
     dialog.exec();
     return model.Stored();
 }
 
 void frmGpsSetup::portEdited(const QString& text) {
-    if (m_rendering)
-        return;
-    // A number is a port number; anything else names the device itself.
-    const std::string typed = text.toStdString();
-    if (typed.empty() || IsNumber(typed)) {
-        m_model.port = typed;
-        m_model.Device.clear();
-    } else {
-        m_model.Device = typed;
-    }
+    if (!m_rendering)
+        m_model.port_Change(text.toStdString());
 }
 
 void frmGpsSetup::okClicked() {
@@ -188,7 +178,7 @@ bool frmGpsSetup::eventFilter(QObject* watched, QEvent* event) {
 void frmGpsSetup::render() {
     const GpsSetupModel& m = m_model;
     m_rendering = true;
-    showText(m_port, m.Device.empty() ? m.port : m.Device);
+    showText(m_port, m.PortShown());
     showText(m_speed, m.speed);
     showText(m_parity, m.parity);
     showText(m_dbits, m.dbits);

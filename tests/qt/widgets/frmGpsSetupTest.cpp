@@ -30,9 +30,12 @@ struct Desk {
     std::unique_ptr<GpsSetupModel> model;
     std::unique_ptr<frmGpsSetup> dialog;
 
-    void open(std::vector<std::string> devices = {}) {
+    void open(const std::vector<std::string>& names = {}) {
         dialog.reset();
-        model = std::make_unique<GpsSetupModel>(settings, dialogs, std::move(devices));
+        std::vector<SerialDevice> devices;
+        for (const std::string& name : names)
+            devices.push_back({name, name == "/dev/ttyACM0" ? "u-blox GNSS receiver" : ""});
+        model = std::make_unique<GpsSetupModel>(settings, dialogs, devices);
         dialog = std::make_unique<frmGpsSetup>(*model);
         dialog->show();
         QApplication::setActiveWindow(dialog.get());
@@ -93,13 +96,13 @@ TEST(GpsSetupDialog, ShowsTheSettingsAndOffersNumbersAndDevices) {
         EXPECT_EQ(d.shown(name), shown) << name;
     EXPECT_EQ(d.acc()->text(), "25");
 
-    // The 99 port numbers, then the devices found.
+    // The devices found, then the 99 port numbers.
     QComboBox* port = d.list("port");
     ASSERT_EQ(port->count(), 101);
-    EXPECT_EQ(port->itemText(98), "99");
-    EXPECT_EQ(port->itemText(99), "/dev/ttyUSB0");
-    EXPECT_EQ(port->itemText(100), "/dev/ttyACM0");
-    EXPECT_EQ(d.list("speed")->count(), 6);
+    EXPECT_EQ(port->itemText(0), "/dev/ttyUSB0");
+    EXPECT_EQ(port->itemText(1), QString::fromUtf8("/dev/ttyACM0 \u2014 u-blox GNSS receiver"));
+    EXPECT_EQ(port->itemText(100), "99");
+    EXPECT_EQ(d.list("speed")->count(), 8);
     EXPECT_TRUE(d.list("parity")->isEditable() && d.list("dbits")->isEditable() &&
                 d.list("sbits")->isEditable());
     bool labelled = false;
@@ -111,6 +114,8 @@ TEST(GpsSetupDialog, ShowsTheSettingsAndOffersNumbersAndDevices) {
     d.settings.Device = "/dev/ttyACM0";
     d.open({"/dev/ttyUSB0"});
     EXPECT_EQ(d.shown("port"), "/dev/ttyACM0");
+    d.open({"/dev/ttyACM0"});
+    EXPECT_EQ(d.shown("port"), "/dev/ttyACM0 \u2014 u-blox GNSS receiver");
     // An unusual stored speed is still shown, not replaced by the first entry.
     d.settings.Speed = 300;
     d.open();
@@ -176,24 +181,21 @@ TEST(GpsSetupDialog, CancelEscapeAndClosingStoreNothing) {
     }
 }
 
-TEST(GpsSetupDialog, SpeedThatDoesNotFitIsAClearErrorAndNothingIsStored) {
+TEST(GpsSetupDialog, TodaysSpeedsAreOfferedAndStored) {
     Desk d;
     d.open();
-    d.type("port", "4");
-    d.pick("speed", "38400");
+    d.pick("speed", "115200");
     d.click("OKButton");
-    ASSERT_EQ(d.dialogs.messages.size(), 1u);
-    EXPECT_EQ(d.dialogs.messages[0].text, "Error: Overflow (Speed \"38400\")");
-    EXPECT_EQ(d.dialogs.messages[0].title, kAppTitle);
-    EXPECT_TRUE(d.dialog->isVisible()); // open for a better value
-    expectSettings(d.settings, GpsSettings{});
+    EXPECT_TRUE(d.dialogs.messages.empty());
+    EXPECT_FALSE(d.dialog->isVisible());
+    EXPECT_EQ(d.settings.Speed, 115200);
 }
 
 TEST(GpsSetupDialog, DevicePickedOrTypedWinsUntilANumberIsChosen) {
     Desk d;
     d.open({"/dev/ttyUSB0"});
-    // The last entry, as the drop-down picks it: the device after the 99 numbers.
-    d.list("port")->setCurrentIndex(99);
+    // The first entry, as the drop-down picks it: the device before the 99 numbers.
+    d.list("port")->setCurrentIndex(0);
     EXPECT_EQ(d.shown("port"), "/dev/ttyUSB0");
     d.click("OKButton");
     EXPECT_EQ(d.settings.Device, "/dev/ttyUSB0");
