@@ -29,7 +29,8 @@ MainModel::MainModel(const StartupState& startup, MainPorts ports, MainEnvironme
           if (chooseRecording)
               return chooseRecording();
           FileDialogRequest request;
-          request.title = steps.shownTitle;
+          // The step about to be recorded, not the one shown last.
+          request.title = m_recordingTitle;
           request.initialDir = state.CurrentDir;
           request.filter = "WAVE files (*.wav)|*.wav|All Files (*.*)|*.*";
           return m_ports.dialogs.OpenFileName(request);
@@ -111,7 +112,8 @@ Recording MainModel::RecordWave(const RecordingRequest& request) {
     return rec;
 }
 
-void MainModel::runStep(void (MeasurementSteps::*step)()) {
+void MainModel::runStep(void (MeasurementSteps::*step)(), const std::string& title) {
+    m_recordingTitle = title;
     steps.focus = FocusTarget::Unchanged;
     (steps.*step)();
     if (steps.focus != FocusTarget::Unchanged)

@@ -5,11 +5,28 @@
 #include "report/DataLog.h"
 #include "report/TextReport.h"
 
+#include <fstream>
+
 namespace zav {
+namespace {
+
+// The log's rows after its heading line.
+std::size_t dataRows(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    std::size_t lines = 0;
+    for (std::string line; std::getline(in, line);)
+        ++lines;
+    return lines > 0 ? lines - 1 : 0;
+}
+
+} // namespace
 
 void ObservationOutputs::MenuSaveTsv_Click() {
-    if (!AppendDataLog(TsvFileName, m_source()))
+    if (!AppendDataLog(TsvFileName, m_source())) {
+        status = "No row appended: " + TsvFileName + " could not be written";
         return;
+    }
+    status = "Row " + std::to_string(dataRows(TsvFileName)) + " appended to " + TsvFileName;
     m_commands.MenuSaveTsv = false;
     m_commands.RTSVB = false;
     focus = FocusTarget::Step3;
@@ -23,14 +40,18 @@ void ObservationOutputs::MenuSaveText_Click() {
     request.filterIndex = 2;
     request.fileName = source.observation.ObsTime;
     const auto path = m_ports.dialogs.SaveFileName(request);
+    status.clear();
     if (!path)
         return;
     // File errors end the command quietly; the old file stays whole if the write fails.
-    WriteFileAtomically(*path, SavedTextResults(source));
+    status = WriteFileAtomically(*path, SavedTextResults(source))
+                 ? "Text results saved to " + *path
+                 : "Text results not saved: " + *path + " could not be written";
 }
 
 void ObservationOutputs::MenuCopyTextClip_Click() {
     m_ports.clipboard.SetText(TextResults(m_source()));
+    status = "Text results copied to the clipboard";
 }
 
 void ObservationOutputs::MenuSendText_Click() {

@@ -37,6 +37,8 @@ public:
     std::string TsvFileName = "ZavData.tab";
     std::string CurrentDir; // where the save dialog starts
     FocusTarget focus = FocusTarget::Unchanged;
+    // What the last command did and where, for the status bar; empty when it was cancelled.
+    std::string status;
 
 private:
     std::function<ReportSource()> m_source;
