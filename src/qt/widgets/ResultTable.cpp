@@ -32,7 +32,7 @@ ResultTable::ResultTable(const ResultGrid& layout, const QString& name, Clipboar
     verticalHeader()->setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
     verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 6);
     setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    setHorizontalScrollBarPolicy(Qt::ScrollBarAsNeeded);
+    setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     horizontalHeader()->setMinimumSectionSize(60);
     setWordWrap(false);
     for (int r = 0; r < rowCount(); ++r)

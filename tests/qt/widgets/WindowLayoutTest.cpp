@@ -169,6 +169,24 @@ TEST(WindowLayout, EveryWindowFitsHasUniqueAccessKeysAndNamedControls) {
     const Findings main = inspect(d.window.get());
     expectFits(main, kMainWindowMinHeight);
 
+    // Every set-up box, grid heading and P.372 figure says what it is.
+    std::string unexplained;
+    for (int i = 0; i < kSetupFieldCount; ++i)
+        if (d.window->setupPanel()->fieldWidget(static_cast<SetupField>(i))->toolTip().isEmpty())
+            unexplained += "field " + std::to_string(i) + "; ";
+    for (ResultTable* grid : {d.window->measurementsGrid(), d.window->resultsGrid()}) {
+        for (int c = 0; c < grid->columnCount(); ++c)
+            if (grid->horizontalHeaderItem(c)->toolTip().isEmpty())
+                unexplained += grid->horizontalHeaderItem(c)->text().toStdString() + "; ";
+        for (int r = 0; r < grid->rowCount(); ++r)
+            if (grid->verticalHeaderItem(r)->toolTip().isEmpty())
+                unexplained += grid->verticalHeaderItem(r)->text().toStdString() + "; ";
+    }
+    for (const char* figure : {"lblFa", "lblFam", "lblDelta", "lblPlacement", "lblGalactic"})
+        if (d.window->findChild<QLabel*>(figure)->toolTip().isEmpty())
+            unexplained += std::string(figure) + "; ";
+    EXPECT_EQ(unexplained, "");
+
     // Each menu on its own: no two visible entries share a key.
     for (QMenu* menu : d.window->findChildren<QMenu*>()) {
         std::map<QChar, QStringList> keys;
