@@ -43,8 +43,8 @@ ResultTable::ResultTable(const ResultGrid& layout, const QString& name, Clipboar
         }
     showGrid(layout);
     // Tall enough for every row without a scroll bar.
-    const int height = horizontalHeader()->sizeHint().height() +
-                       rowCount() * verticalHeader()->defaultSectionSize() + 2 * frameWidth() + 2;
+    const int height =
+        horizontalHeader()->sizeHint().height() + verticalHeader()->length() + 2 * frameWidth() + 2;
     setFixedHeight(height);
 }
 
