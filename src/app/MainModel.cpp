@@ -30,7 +30,8 @@ MainModel::MainModel(const StartupState& startup, MainPorts ports, MainEnvironme
           if (chooseRecording)
               return chooseRecording();
           FileDialogRequest request;
-          request.title = steps.shownTitle;
+          // The step about to be recorded, not the one shown last.
+          request.title = m_recordingTitle;
           request.initialDir = state.CurrentDir;
           request.filter = "WAVE files (*.wav)|*.wav|All Files (*.*)|*.*";
           return m_ports.dialogs.OpenFileName(request);
@@ -131,13 +132,14 @@ void MainModel::GetPosition(const std::function<void(SetupRecord&)>& capture) {
     }
 }
 
-void MainModel::runStep(void (MeasurementSteps::*step)()) {
+void MainModel::runStep(void (MeasurementSteps::*step)(), const std::string& title) {
     // Every way to start a step checks the boxes as a click on its button does.
     if (const auto refused = form.ValidateAll()) {
         focus = FocusTarget::SetupBox;
         focusField = *refused;
         return;
     }
+    m_recordingTitle = title;
     steps.focus = FocusTarget::Unchanged;
     (steps.*step)();
     if (steps.focus != FocusTarget::Unchanged)

@@ -44,9 +44,9 @@ public:
     // The running clock: true when its text changed.
     bool Timer1_Timer(std::time_t now);
 
-    void Step1() { runStep(&MeasurementSteps::Step1); }
-    void Step2() { runStep(&MeasurementSteps::Step2); }
-    void Step3() { runStep(&MeasurementSteps::Step3); }
+    void Step1() { runStep(&MeasurementSteps::Step1, steps.S1.Title); }
+    void Step2() { runStep(&MeasurementSteps::Step2, steps.S2.Title); }
+    void Step3() { runStep(&MeasurementSteps::Step3, steps.S3.Title); }
     void RTSVB_Click() { MenuSaveTsv_Click(); }
     void MenuSaveTsv_Click();
 
@@ -105,12 +105,13 @@ private:
     // AudioInput: the chosen input records each step.
     Recording RecordWave(const RecordingRequest& request) override;
 
-    void runStep(void (MeasurementSteps::*step)());
+    void runStep(void (MeasurementSteps::*step)(), const std::string& title);
     void afterStep3();
 
     MainPorts m_ports;
     MainEnvironment m_environment;
     FileAudioInput m_fileInput;
+    std::string m_recordingTitle; // the step being recorded, for the file chooser's title
 };
 
 } // namespace zav

@@ -30,6 +30,16 @@ public:
     void SetColour(int row, int column, CellColour colour) {
         SetColour(row * m_columns + column, colour);
     }
+    // What a cell's colour means, in words (its tooltip in the window); empty for none.
+    const std::string& Note(int row, int column) const {
+        return m_note.at(check(row * m_columns + column));
+    }
+    void SetNote(int row, int column, std::string note) {
+        m_note.at(check(row * m_columns + column)) = std::move(note);
+    }
+    // The selected block (rows and columns inclusive, 1-based cells) as tab-separated lines
+    // ending CR LF, the column headings first and each row's heading before its cells.
+    std::string CopyText(int firstRow, int firstColumn, int lastRow, int lastColumn) const;
 
     // gridMeas: rows "Avg (V)" .. "Pk/RMS (dB)" (1..6), columns Sound card, Receiver,
     // External (1..3).
@@ -45,6 +55,11 @@ private:
     int m_columns;
     std::vector<std::string> m_text;
     std::vector<CellColour> m_colour;
+    std::vector<std::string> m_note;
 };
+
+// A heading as the window shows it: "dBµV/m" for the machine-readable "dBuV/m", and the
+// normalised field strength said to be per 1 Hz of bandwidth.
+std::string ShownHeading(const std::string& heading);
 
 } // namespace zav

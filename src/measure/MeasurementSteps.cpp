@@ -87,7 +87,14 @@ void MeasurementSteps::writeColumn(int column, const Measurement& m) {
     }
 }
 
-void MeasurementSteps::judgeClipping(int column, const Measurement&) {
+void MeasurementSteps::explain(int row, int column, const StepJudgement& judgement) {
+    verdict = judgement.text;
+    gridMeas.SetNote(row, column, judgement.text);
+}
+
+void MeasurementSteps::judgeClipping(int column, const Measurement& m) {
+    const char* sources[] = {"", "Sound card", "Receiver", "External"};
+    explain(kRowPk, column, ClippingVerdict(sources[column], m, decimalSeparator));
     gridMeas.SetColour(kRowPk, column, CellColour::Red);
     say("Clipping detected.", MessageIcon::Critical);
 }
@@ -97,6 +104,8 @@ void MeasurementSteps::Step1() {
         return;
     if (!takeStep(1, S1, &MeasurementSteps::Reset1))
         return;
+    if (S1.ClipFlag == 0)
+        explain(kRowRms, 1, SoundCardVerdict(S1, decimalSeparator));
     if (S1.ClipFlag != 0) {
         judgeClipping(1, S1);
     } else if (S1.Pk > 10 * S1.Rms) { // crest factor above 20 dB
@@ -121,6 +130,8 @@ void MeasurementSteps::Step2() {
     if (!takeStep(2, S2, &MeasurementSteps::Reset2))
         return;
     const double r1 = S1.Rms, r2 = S2.Rms;
+    if (S2.ClipFlag == 0)
+        explain(kRowRms, 2, ReceiverVerdict(S1, S2, decimalSeparator));
     if (S2.ClipFlag != 0) {
         judgeClipping(2, S2);
     } else if (r2 * r2 - r1 * r1 < 0 || r2 == 0) { // the receiver adds no noise power
@@ -148,6 +159,8 @@ void MeasurementSteps::Step3() {
         return;
     }
     const double r1 = S1.Rms, r2 = S2.Rms, r3 = S3.Rms;
+    explain(kRowRms, 3,
+            ExternalVerdict(S1, S2, S3, Number(m_setup.AGC, decimalSeparator), decimalSeparator));
     if (r3 * r3 - r1 * r1 < 0 || r3 == 0) {
         gridMeas.SetColour(kRowRms, 3, CellColour::Red);
         say(kCheckVoltage, MessageIcon::Critical);
@@ -178,10 +191,12 @@ void MeasurementSteps::resetColumn(int column, Measurement& m) {
     for (int row = kRowAvg; row <= kRowPkRms; ++row) {
         gridMeas.SetText(row, column, "");
         gridMeas.SetColour(row, column, CellColour::WindowText);
+        gridMeas.SetNote(row, column, "");
     }
 }
 
 void MeasurementSteps::Reset1() {
+    verdict.clear();
     resetColumn(1, S1);
     m_commands.Step2 = false;
     Reset2();

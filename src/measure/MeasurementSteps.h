@@ -8,6 +8,7 @@
 #include "measure/FieldStrength.h"
 #include "measure/Measurement.h"
 #include "measure/Observation.h"
+#include "measure/StepJudgement.h"
 #include "platform/AudioInput.h"
 #include "platform/Beeper.h"
 #include "platform/Dialogs.h"
@@ -53,6 +54,8 @@ public:
     ResultGrid gridCalc = ResultGrid::MakeCalcGrid();
     Observation observation;
     std::string shownTitle; // the title of the step last measured
+    // The last step's judgement in words; also the note on the cell it coloured.
+    std::string verdict;
     FocusTarget focus = FocusTarget::Unchanged;
 
     // Kept from the last calculation that got that far; a reset does not clear them.
@@ -72,6 +75,7 @@ private:
     void resetColumn(int column, Measurement& m);
     void say(const char* text, MessageIcon icon);
     void judgeClipping(int column, const Measurement& m);
+    void explain(int row, int column, const StepJudgement& judgement);
 
     SetupRecord& m_setup;
     Options& m_options;

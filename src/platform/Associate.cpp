@@ -162,4 +162,12 @@ bool MenuAssociate_Click(const std::string& exePath, Shell& shell) {
     return Associate("ZAV", ".zav", exePath, XdgDataHome(), shell);
 }
 
+std::string AssociationStatus(bool done, const std::string& dataHome) {
+    if (!done)
+        return ".zav files not associated: the desktop entry could not be written in " +
+               (dataHome.empty() ? std::string("the data folder") : dataHome);
+    return ".zav files now open with ZAV: desktop entry " +
+           (fs::path(dataHome) / "applications" / "zav.desktop").string();
+}
+
 } // namespace zav

@@ -24,6 +24,8 @@ std::string XdgDataHome();
 // "Associate .zav files": profiles open in this program. Silent whatever happens; the
 // result is only for tests.
 bool MenuAssociate_Click(const std::string& exePath, Shell& shell);
+// The status bar's account of the association: where its desktop entry went, or that it failed.
+std::string AssociationStatus(bool done, const std::string& dataHome);
 
 // `path` as one argument of a desktop entry's Exec value: double-quoted, with the characters
 // that stay special inside the quotes escaped, "%" doubled, then escaped as a string value.

@@ -22,4 +22,12 @@ bool HasDirectoryPart(std::string_view path);
 // the last separator, cut at the last ".zav". C:\data\home.zav gives home.
 std::string ProfileBaseName(std::string_view path);
 
+// The suffix, without its dot, of the file type a chooser's filter ("Name|*.txt;*.tab|...")
+// is for: the first pattern of the chosen entry (1-based), or of the first entry that names
+// one when "*.*" is chosen; empty when none does.
+std::string FilterSuffix(std::string_view filter, int filterIndex);
+
+// A name for remembering the folder of one kind of file: the filter's suffix, or "any".
+std::string FileKind(std::string_view filter);
+
 } // namespace zav

@@ -5,12 +5,31 @@
 #include "report/DataLog.h"
 #include "report/TextReport.h"
 
+#include <fstream>
+
 namespace zav {
+namespace {
+
+// The log's rows after its heading line.
+std::size_t dataRows(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    std::size_t lines = 0;
+    for (std::string line; std::getline(in, line);)
+        ++lines;
+    return lines > 0 ? lines - 1 : 0;
+}
+
+} // namespace
 
 void ObservationOutputs::MenuSaveTsv_Click() {
     const ReportSource source = m_source();
-    if (!HasResults(source) || !AppendDataLog(TsvFileName, source))
+    if (!HasResults(source))
         return;
+    if (!AppendDataLog(TsvFileName, source)) {
+        status = "No row appended: " + TsvFileName + " could not be written";
+        return;
+    }
+    status = "Row " + std::to_string(dataRows(TsvFileName)) + " appended to " + TsvFileName;
     m_commands.MenuSaveTsv = false;
     m_commands.RTSVB = false;
     focus = FocusTarget::Step3;
@@ -27,11 +46,16 @@ void ObservationOutputs::MenuSaveText_Click() {
     request.filterIndex = 2;
     request.fileName = source.observation.ObsTime;
     const auto path = m_ports.dialogs.SaveFileName(request);
+    status.clear();
     if (!path)
         return;
     // File errors end the command quietly; the old file stays whole if the write fails.
-    if (WriteFileAtomically(*path, SavedTextResults(source)))
-        outputTaken();
+    if (!WriteFileAtomically(*path, SavedTextResults(source))) {
+        status = "Text results not saved: " + *path + " could not be written";
+        return;
+    }
+    status = "Text results saved to " + *path;
+    outputTaken();
 }
 
 void ObservationOutputs::MenuCopyTextClip_Click() {
@@ -39,6 +63,7 @@ void ObservationOutputs::MenuCopyTextClip_Click() {
     if (!HasResults(source))
         return;
     m_ports.clipboard.SetText(TextResults(source));
+    status = "Text results copied to the clipboard";
     outputTaken();
 }
 

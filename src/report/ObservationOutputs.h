@@ -39,6 +39,8 @@ public:
     FocusTarget focus = FocusTarget::Unchanged;
     // Runs when an observation's results went out (logged, saved, copied or sent).
     std::function<void()> observationOutput;
+    // What the last command did and where, for the status bar; empty when it was cancelled.
+    std::string status;
 
 private:
     void outputTaken() {

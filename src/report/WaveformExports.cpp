@@ -44,10 +44,13 @@ std::optional<std::string> WaveformExports::askSaveName(const WaveformSource& so
 void WaveformExports::MenuSaveWave_Click() {
     const WaveformSource source = m_source();
     const auto path = askSaveName(source, "All Files (*.*)|*.*|Wave files (*.wav)|*.wav");
+    status.clear();
     if (!path)
         return;
-    // A failed copy ends the command without a message.
-    copyFile(source.wavePath, *path);
+    // A failed copy ends the command without a message box.
+    status = copyFile(source.wavePath, *path)
+                 ? "Recording saved to " + *path
+                 : "Recording not saved: " + *path + " could not be written";
 }
 
 void WaveformExports::MenuExportGnuplot_Click() {
@@ -56,11 +59,15 @@ void WaveformExports::MenuExportGnuplot_Click() {
     if (samples.Open(source.wavePath, m_ports.dialogs) != WaveSampleReader::Status::Ok)
         return;
     const auto path = askSaveName(source, "All Files (*.*)|*.*|Plot files (*.plt)|*.plt");
+    status.clear();
     if (!path)
         return;
     AtomicFileWriter writer(*path);
-    if (WriteGnuplotScript(samples, source.stepTitle, source.obsTime, writer.Stream()))
+    const bool written =
+        WriteGnuplotScript(samples, source.stepTitle, source.obsTime, writer.Stream()) &&
         writer.Commit();
+    status = written ? "Gnuplot file exported to " + *path
+                     : "Gnuplot file not exported: " + *path + " could not be written";
 }
 
 void WaveformExports::MenuCopyWaveClip_Click() {
@@ -71,6 +78,7 @@ void WaveformExports::MenuCopyWaveClip_Click() {
     std::ostringstream table;
     WriteSampleTable(samples, table, decimalSeparator);
     m_ports.clipboard.SetText(table.str());
+    status = "Wave samples copied to the clipboard";
 }
 
 void WaveformExports::MenuPlotWave_Click() {

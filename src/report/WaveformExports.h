@@ -52,6 +52,8 @@ public:
     char decimalSeparator = '.';
     // Opens the plot window on a loaded recording; the view sets it.
     std::function<void(WavePlot)> showPlot;
+    // What the last command did and where, for the status bar; empty when it was cancelled.
+    std::string status;
 
 private:
     std::optional<std::string> askSaveName(const WaveformSource& source, const char* filter);

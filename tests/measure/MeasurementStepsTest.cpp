@@ -1,4 +1,5 @@
 #include "measure/MeasurementSteps.h"
+#include "platform/Format.h"
 #include "testsupport/FakeDialogs.h"
 #include "testsupport/ScratchDir.h"
 #include "testsupport/TestWave.h"
@@ -318,4 +319,100 @@ TEST(MeasurementSteps, ArithmeticFailureShowsTheCalculationError) {
     EXPECT_EQ(b.dialogs.messages[0].title, "Calculation error, check input values on form");
     EXPECT_TRUE(gridCalcEmpty(b.steps));
     EXPECT_FALSE(b.commands.RTSVB);
+}
+
+// Every judgement also in words, on the coloured cell and as the step's verdict, with the
+// figures worked out here from the readings and the separator of the shown numbers.
+TEST(MeasurementSteps, VerdictsInWordsCarryTheFiguresAndWhatToDo) {
+    auto db = [](double a, double b, char sep) {
+        return Format(20 * std::log10(a / b), "0.0", sep);
+    };
+    for (char sep : {'.', ','}) {
+        Bench b;
+        b.options.Verbose = false;
+        b.steps.decimalSeparator = sep;
+        b.runAllSteps();
+        const auto& s = b.steps;
+        EXPECT_EQ(s.verdict, "External noise " + db(s.S3.Rms, s.S2.Rms, sep) +
+                                 " dB above the receiver's noise: good");
+        EXPECT_EQ(s.gridMeas.Note(2, 3), s.verdict);
+        EXPECT_EQ(s.gridMeas.Note(2, 2), "Receiver noise " + db(s.S2.Rms, s.S1.Rms, sep) +
+                                             " dB above the sound card's noise: good");
+
+        // A new step 1 clears every word with the readings.
+        b.queue(3, 9);
+        b.steps.Step1();
+        EXPECT_EQ(b.steps.gridMeas.Note(2, 3), "");
+        EXPECT_EQ(b.steps.verdict.rfind("Sound card noise ", 0), 0u);
+
+        struct Case {
+            double soundCard, receiver, external, agcDb;
+            int row, column;
+            bool coloured;
+            std::string start, end;
+        };
+        const Case cases[] = {
+            {100, 0, 0, 30, 2, 1, true, "Sound card noise ",
+             " dBFS, above the -60 dBFS limit: turn the recording level down or choose a quieter "
+             "input"},
+            {30, 60, 0, 30, 2, 2, true, "Receiver noise only ",
+             " dB above the sound card's noise (at least 14 dB): turn the receiver's audio gain "
+             "up"},
+            {30, -1, 0, 30, 2, 2, true, "Receiver adds no noise", "reaches the chosen input"},
+            {3, 100, 120, 30, 2, 3, false, "External noise only ",
+             " dB above the receiver's noise: use a better antenna or less attenuation"},
+            {3, 100, 1500, 20, 2, 3, true, "External noise ",
+             " dB above the receiver's noise, more than the AGC threshold of 20" +
+                 std::string(1, sep) + "0 dB: add attenuation or turn the AGC off"},
+            {3, 2000, 300, 10, 2, 3, true, "Receiver noise ",
+             " dB above the external noise, more than the AGC threshold of 10" +
+                 std::string(1, sep) + "0 dB: repeat step 2 with the AGC off"},
+            {3, 100, 10, 30, 2, 3, true, "External noise only ",
+             " dB above the sound card's noise (at least 14 dB): turn the receiver's audio gain "
+             "up"},
+            {40000, 0, 0, 30, 4, 1, true, "Sound card reading clips (peak ",
+             " V, limit 0" + std::string(1, sep) +
+                 "700 V): turn the receiver's audio gain or the recording level down"},
+        };
+        for (const Case& c : cases) {
+            Bench t;
+            t.options.Verbose = false;
+            t.options.Limits = false; // every step runs whatever the one before found
+            t.steps.decimalSeparator = sep;
+            t.setup.AGC = std::to_string(static_cast<int>(c.agcDb));
+            if (c.soundCard > 32767)
+                t.input.signals.push_back(test::Sine(32767, 1000, kRate, kCount));
+            else
+                t.queue(c.soundCard, 1);
+            t.steps.Step1();
+            if (c.receiver != 0) {
+                if (c.receiver < 0)
+                    t.input.signals.push_back(std::vector<std::int16_t>(kCount, 0));
+                else
+                    t.queue(c.receiver, 2);
+                t.steps.Step2();
+            }
+            if (c.external != 0) {
+                t.queue(c.external, 3);
+                t.steps.Step3();
+            }
+            const std::string& v = t.steps.verdict;
+            EXPECT_EQ(v.rfind(c.start, 0), 0u) << v;
+            EXPECT_TRUE(v.size() > c.end.size() &&
+                        v.compare(v.size() - c.end.size(), c.end.size(), c.end) == 0)
+                << v;
+            EXPECT_EQ(t.steps.gridMeas.Note(c.row, c.column), v);
+            // The weak-antenna advice is in words only.
+            EXPECT_EQ(t.steps.gridMeas.Colour(c.row, c.column) != CellColour::WindowText,
+                      c.coloured)
+                << v;
+            // The figure between the words is the one the readings give.
+            if (c.start == "Receiver noise only ") {
+                EXPECT_EQ(v, c.start + db(t.steps.S2.Rms, t.steps.S1.Rms, sep) + c.end);
+            }
+            if (c.external == 120) {
+                EXPECT_EQ(v, c.start + db(t.steps.S3.Rms, t.steps.S2.Rms, sep) + c.end);
+            }
+        }
+    }
 }

@@ -1,6 +1,8 @@
 #include "measure/WaveRecorder.h"
 #include "WaveBytes.h"
+#include "measure/InputLevel.h"
 #include "measure/LevelMeter.h"
+#include "measure/Measurement.h"
 #include "measure/SineTone.h"
 #include "measure/WaveDeviceMessages.h"
 #include "measure/WaveHeader.h"
@@ -259,6 +261,56 @@ TEST(LevelMeter, RmsOfTheLastWindowInDecibelsOfFullScale) {
     partly.Add(zeros.data(), 1000 - 3);
     partly.Add(zeros.data(), 3); // the loud samples left the window: silence again
     EXPECT_EQ(LevelText(partly.Dbfs()), "-inf dBFS");
+}
+
+// The input meter against sines of known level: RMS A/√2, peak A, and its clipping warning
+// at the same point where a step's peak reading (a sine's RMS) passes 0.7 of full scale.
+TEST(InputLevel, ReadsASinesLevelsAndWarnsWhereTheStepsWouldClip) {
+    Measurement limit;
+    for (double amplitude : {0.25, 0.9, 0.985, 0.995}) {
+        InputLevel meter(4410, 3);
+        const auto sine = test::Sine(amplitude * 32768, 1000, 44100, 4410);
+        meter.Add(sine.data(), sine.size());
+        const InputLevelReading r = meter.TakeReading();
+        EXPECT_NEAR(r.rmsDbfs, 20 * std::log10(amplitude / std::sqrt(2.0)), 0.05) << amplitude;
+        EXPECT_NEAR(r.peakDbfs, 20 * std::log10(amplitude), 0.05) << amplitude;
+        limit.Pk = amplitude / std::sqrt(2.0); // what the peak detector reads for this sine
+        limit.Calc();
+        EXPECT_EQ(r.clipping, limit.ClipFlag != 0) << amplitude;
+        EXPECT_NEAR(r.headroomDb, ClipLimitDbfs() - r.peakDbfs, 1e-9);
+        EXPECT_EQ(LevelAdvice(r).rfind("Clipping", 0) == 0, r.clipping);
+    }
+    InputLevel meter(4410, 2);
+    const auto quiet = test::Sine(0.25 * 32768, 1000, 44100, 4410);
+    meter.Add(quiet.data(), quiet.size());
+    const InputLevelReading r = meter.TakeReading();
+    EXPECT_EQ(RmsLevelText(r, ','), "RMS -15,1 dBFS");
+    EXPECT_EQ(PeakLevelText(r, '.'), "Peak -12.0 dBFS");
+    EXPECT_EQ(HeadroomText(r, '.'), "Headroom 12.0 dB to the clipping limit (-0.1 dBFS)");
+    EXPECT_EQ(LevelAdvice(r), "Level good for measuring");
+
+    // One overload is held for the next readings, then the warning goes.
+    const std::int16_t over[] = {32767, -32768};
+    meter.Add(over, 2);
+    EXPECT_TRUE(meter.TakeReading().clipping);
+    for (bool held : {true, true, false}) {
+        meter.Add(quiet.data(), 10);
+        EXPECT_EQ(meter.TakeReading().clipping, held);
+    }
+    // A peak is measured between readings, not kept for ever.
+    meter.Add(quiet.data(), quiet.size());
+    EXPECT_NEAR(meter.TakeReading().peakDbfs, 20 * std::log10(0.25), 0.05);
+
+    InputLevel silent(100);
+    const std::vector<std::int16_t> zeros(100, 0);
+    silent.Add(zeros.data(), zeros.size());
+    const InputLevelReading none = silent.TakeReading();
+    EXPECT_EQ(HeadroomText(none, '.'), "Headroom: no signal");
+    EXPECT_EQ(LevelAdvice(none), "No signal: check the chosen input and its cable");
+    const auto low = test::Sine(0.003 * 32768, 1000, 44100, 4410);
+    InputLevel faint(4410);
+    faint.Add(low.data(), low.size());
+    EXPECT_EQ(LevelAdvice(faint.TakeReading()), "Low level: turn the receiver's audio gain up");
 }
 
 TEST(SineTone, TheBeepIsTheAskedFrequencyAndLengthWithoutClicks) {

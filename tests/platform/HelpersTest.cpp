@@ -59,6 +59,30 @@ TEST(Paths, ProfileBaseNameAndTrailingSeparator) {
     EXPECT_EQ(WithTrailingSeparator(""), std::string(1, kDirSeparator));
 }
 
+// The suffix a typed name without one gets, from the chooser's filters as the commands give
+// them, and the kind of file whose folder is remembered.
+TEST(Paths, FilterSuffixFollowsTheChosenTypeOrTheCommandsOwn) {
+    const struct {
+        const char* filter;
+        int index;
+        const char* suffix;
+    } cases[] = {
+        {"All Files (*.*)|*.*|Text files (*.txt;*.tab)|*.txt;*.tab", 2, "txt"},
+        {"All Files (*.*)|*.*|Text files (*.txt;*.tab)|*.txt;*.tab", 1, "txt"}, // "*.*": own type
+        {"All Files (*.*)|*.*|Plot files (*.plt)|*.plt", 1, "plt"},
+        {"All Files (*.*)|*.*|Wave files (*.wav)|*.wav", 2, "wav"},
+        {"ZAV files (*.zav)|*.zav|Other (*.ini)|*.ini", 2, "ini"},
+        {"ZAV files (*.zav)|*.zav", 7, "zav"}, // out of range: the first type
+        {"All Files (*.*)|*.*", 1, ""},
+        {"Antenna (ant*)|ant*|Any|*", 1, ""},
+        {"", 1, ""},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(FilterSuffix(c.filter, c.index), c.suffix) << c.filter << " " << c.index;
+    EXPECT_EQ(FileKind("All Files (*.*)|*.*|Wave files (*.wav)|*.wav"), "wav");
+    EXPECT_EQ(FileKind("All Files (*.*)|*.*"), "any");
+}
+
 TEST(SplitCommandLine, QuotesBlanksLimitAndJoinRoundTrip) {
     using Args = std::vector<std::string>;
     EXPECT_EQ(SplitCommandLine("  a\t\tb   c d e f g  ", 5), (Args{"5", "a", "b", "c", "d", "e"}));

@@ -7,10 +7,13 @@
 #include "platform/ResourceFolder.h"
 #include "platform/SettingsStore.h"
 #include "platform/Version.h"
+#include "qt/services/QtAudioCapture.h"
 #include "qt/widgets/AboutDialog.h"
 #include "qt/widgets/CalRxDialog.h"
+#include "qt/widgets/InputLevelDialog.h"
 #include "qt/widgets/P372Panel.h"
 #include "qt/widgets/PlotWindow.h"
+#include "qt/widgets/ResultTable.h"
 #include "qt/widgets/SetupPanel.h"
 #include "qt/widgets/TransferDialog.h"
 #include "qt/widgets/UpdateDialog.h"
@@ -28,12 +31,13 @@
 #include <QFontDatabase>
 #include <QGroupBox>
 #include <QHBoxLayout>
-#include <QHeaderView>
 #include <QLabel>
 #include <QMenuBar>
 #include <QPushButton>
+#include <QScreen>
+#include <QScrollArea>
 #include <QStatusBar>
-#include <QTableWidget>
+#include <QStyle>
 #include <QTimer>
 #include <QVBoxLayout>
 
@@ -50,30 +54,6 @@ QString qs(const std::string& s) {
 constexpr const char* kWindowSection = "window";
 constexpr const char* kGeometryKey = "geometry";
 
-QTableWidget* makeGrid(int rows, int columns, QWidget* parent) {
-    auto* table = new QTableWidget(rows - 1, columns - 1, parent);
-    table->setEditTriggers(QAbstractItemView::NoEditTriggers);
-    table->setSelectionMode(QAbstractItemView::NoSelection);
-    table->setFocusPolicy(Qt::NoFocus);
-    table->horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
-    table->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
-    table->verticalHeader()->setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
-    table->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    table->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    table->setMinimumWidth(columns * 120);
-    for (int r = 0; r < rows - 1; ++r)
-        for (int c = 0; c < columns - 1; ++c) {
-            auto* item = new QTableWidgetItem;
-            item->setTextAlignment(Qt::AlignRight | Qt::AlignVCenter);
-            table->setItem(r, c, item);
-        }
-    // Tall enough for every row without a scroll bar.
-    const int height = table->horizontalHeader()->sizeHint().height() +
-                       (rows - 1) * table->verticalHeader()->defaultSectionSize() + 4;
-    table->setFixedHeight(height);
-    return table;
-}
-
 } // namespace
 
 MainWindow::MainWindow(MainModel& model, Dialogs& dialogs, SettingsStore& settings,
@@ -81,7 +61,13 @@ MainWindow::MainWindow(MainModel& model, Dialogs& dialogs, SettingsStore& settin
                        QWidget* parent)
     : QMainWindow(parent), m_model(model), m_dialogs(dialogs), m_settings(settings),
       m_desktop(desktop), m_inputNames(std::move(inputNames)) {
-    auto* central = new QWidget(this);
+    // The content scrolls, so that a small screen or a large scaling still reaches every
+    // part, and the status bar with the verdicts stays in sight below it.
+    m_scroll = new QScrollArea(this);
+    m_scroll->setWidgetResizable(true);
+    m_scroll->setFrameShape(QFrame::NoFrame);
+    m_scroll->setAccessibleName("Main window content");
+    auto* central = new QWidget(m_scroll);
     auto* layout = new QVBoxLayout(central);
     layout->setContentsMargins(12, 12, 12, 8);
     layout->setSpacing(10);
@@ -98,11 +84,19 @@ MainWindow::MainWindow(MainModel& model, Dialogs& dialogs, SettingsStore& settin
                               "Step &2: measure receiver noise", "Step &3: measure external noise"};
     const std::function<void()> handlers[] = {
         [this] { m_model.Step1(); }, [this] { m_model.Step2(); }, [this] { m_model.Step3(); }};
+    const char* tips[] = {"Records the sound card's own noise with the receiver off",
+                          "Records the receiver's own noise with its antenna input terminated",
+                          "Records the noise the antenna brings; then the results are worked out"};
     for (int i = 0; i < 3; ++i) {
         m_steps[i] = new QPushButton(captions[i], central);
+        m_steps[i]->setToolTip(tips[i]);
         auto handler = handlers[i];
-        QObject::connect(m_steps[i], &QPushButton::clicked, this,
-                         [this, handler] { run(handler); });
+        QObject::connect(m_steps[i], &QPushButton::clicked, this, [this, handler] {
+            run([this, handler] {
+                handler();
+                m_status = m_model.steps.verdict;
+            });
+        });
         stepRow->addWidget(m_steps[i]);
     }
     m_getPos = new QPushButton("Get &position", central);
@@ -118,19 +112,31 @@ MainWindow::MainWindow(MainModel& model, Dialogs& dialogs, SettingsStore& settin
     });
     stepRow->addWidget(m_getPos);
     m_rtsvb = new QPushButton("Record TS&V", central);
-    QObject::connect(m_rtsvb, &QPushButton::clicked, this,
-                     [this] { run([this] { m_model.RTSVB_Click(); }); });
+    m_rtsvb->setToolTip("Appends this observation's row to the data log");
+    QObject::connect(m_rtsvb, &QPushButton::clicked, this, [this] {
+        run([this] {
+            m_model.RTSVB_Click();
+            m_status = m_model.outputs.status;
+        });
+    });
     stepRow->addWidget(m_rtsvb);
     layout->addLayout(stepRow);
     layout->addWidget(buildResults());
     m_p372 = new P372Panel(central);
     layout->addWidget(m_p372);
-    setCentralWidget(central);
+    layout->addStretch();
+    m_scroll->setWidget(central);
+    setCentralWidget(m_scroll);
 
     m_stepTitle = new QLabel(this);
+    m_stepTitle->setAccessibleName("Step last measured");
+    m_message = new QLabel(this);
+    m_message->setAccessibleName("Last result");
+    m_message->setTextInteractionFlags(Qt::TextSelectableByMouse);
     m_clock = new QLabel(this);
     m_clock->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
-    statusBar()->addWidget(m_stepTitle, 1);
+    statusBar()->addWidget(m_stepTitle);
+    statusBar()->addWidget(m_message, 1);
     statusBar()->addPermanentWidget(m_clock);
 
     buildMenus();
@@ -148,6 +154,13 @@ MainWindow::MainWindow(MainModel& model, Dialogs& dialogs, SettingsStore& settin
     if (!restoreGeometry(QByteArray::fromBase64(QByteArray::fromStdString(geometry))))
         resize(sizeHint());
     m_model.showState = [this] { refresh(); };
+    // Never taller or wider than the screen: a window from a larger screen or a lower scaling
+    // would hide its status bar below the edge.
+    if (const QScreen* screen = this->screen()) {
+        const QRect available = screen->availableGeometry();
+        if (!isMaximized() && !isFullScreen())
+            resize(size().boundedTo(available.size()));
+    }
     refresh();
 }
 
@@ -157,13 +170,18 @@ QWidget* MainWindow::buildResults() {
     layout->setContentsMargins(0, 0, 0, 0);
     auto* measBox = new QGroupBox("Measurements", row);
     auto* measLayout = new QVBoxLayout(measBox);
-    const ResultGrid meas = ResultGrid::MakeMeasGrid();
-    m_gridMeas = makeGrid(meas.Rows(), meas.Columns(), measBox);
+    auto copied = [this](const std::string&) {
+        m_message->setText("Selected cells copied to the clipboard");
+    };
+    m_gridMeas =
+        new ResultTable(ResultGrid::MakeMeasGrid(), "Measurements", m_desktop.clipboard, measBox);
+    m_gridMeas->copied = copied;
     measLayout->addWidget(m_gridMeas);
     auto* calcBox = new QGroupBox("Calculated results", row);
     auto* calcLayout = new QVBoxLayout(calcBox);
-    const ResultGrid calc = ResultGrid::MakeCalcGrid();
-    m_gridCalc = makeGrid(calc.Rows(), calc.Columns(), calcBox);
+    m_gridCalc = new ResultTable(ResultGrid::MakeCalcGrid(), "Calculated results",
+                                 m_desktop.clipboard, calcBox);
+    m_gridCalc->copied = copied;
     calcLayout->addWidget(m_gridCalc);
     calcLayout->addStretch();
     layout->addWidget(measBox, 1);
@@ -181,22 +199,43 @@ QAction* MainWindow::addCommand(QMenu* menu, const QString& caption,
 }
 
 QAction* MainWindow::action(const QString& caption) const {
+    // By the words alone: moving an access key does not lose the command.
+    const QString words = QString(caption).remove('&');
     for (QAction* a : m_actions)
-        if (a->text() == caption)
+        if (a->text().remove('&') == words)
             return a;
     return nullptr;
 }
 
 void MainWindow::run(const std::function<void()>& handler) {
+    m_status.clear();
     handler();
+    if (!m_status.empty())
+        m_message->setText(qs(m_status));
     refresh();
+}
+
+QAction* MainWindow::addShortcutCommand(QMenu* menu, const QString& caption,
+                                        QKeySequence::StandardKey key,
+                                        std::function<void()> handler) {
+    // A shortcut leaves the focus where it is, so the box being typed in is checked first,
+    // as leaving it would; a refused value stops the command.
+    QAction* action = addCommand(menu, caption, [this, handler = std::move(handler)] {
+        if (m_setup->validateFocused())
+            handler();
+    });
+    action->setShortcut(key);
+    action->setShortcutContext(Qt::WindowShortcut);
+    return action;
 }
 
 void MainWindow::buildMenus() {
     MainModel& m = m_model;
     QMenu* file = menuBar()->addMenu("&File");
-    addCommand(file, "&Open profile", [&m] { m.profiles.MenuOpenProfile_Click(); });
-    addCommand(file, "Save &profile", [&m] { m.profiles.MenuSaveProfile_Click(); });
+    addShortcutCommand(file, "&Open profile", QKeySequence::Open,
+                       [&m] { m.profiles.MenuOpenProfile_Click(); });
+    addShortcutCommand(file, "Save &profile", QKeySequence::Save,
+                       [&m] { m.profiles.MenuSaveProfile_Click(); });
     file->addSeparator();
     for (int i = 1; i <= MaxMru; ++i) {
         m_recent.push_back(addCommand(file, QString("&%1").arg(i),
@@ -207,11 +246,19 @@ void MainWindow::buildMenus() {
                [&m] { m.antenna.MenuImportAntenna_Click(m.state.CurrentDir); });
     addCommand(file, "&Unload antenna file", [&m] { m.antenna.MenuAntUnl_Click(); });
     file->addSeparator();
-    addCommand(file, "&Save text file", [&m] { m.outputs.MenuSaveText_Click(); });
-    addCommand(file, "&Copy text results to Clipboard",
-               [&m] { m.outputs.MenuCopyTextClip_Click(); });
+    addCommand(file, "&Save text file", [this, &m] {
+        m.outputs.MenuSaveText_Click();
+        m_status = m.outputs.status;
+    });
+    addCommand(file, "&Copy text results to Clipboard", [this, &m] {
+        m.outputs.MenuCopyTextClip_Click();
+        m_status = m.outputs.status;
+    });
     addCommand(file, "S&end text file", [&m] { m.outputs.MenuSendText_Click(); });
-    addCommand(file, "&Record TSV", [&m] { m.MenuSaveTsv_Click(); });
+    addCommand(file, "&Record TSV", [this, &m] {
+        m.MenuSaveTsv_Click();
+        m_status = m.outputs.status;
+    });
     addCommand(file, "&Transfer results", [this, &m] {
         const DesktopPorts& d = m_desktop;
         TransferModel transfer(m.reportSource(), m.state.transfer, m.transferHistory,
@@ -221,7 +268,7 @@ void MainWindow::buildMenus() {
         m.steps.observation.positionFrozen = true; // the observation has been offered out
     });
     file->addSeparator();
-    addCommand(file, "&CalibrateRx", [this, &m] {
+    addCommand(file, "Ca&librateRx", [this, &m] {
         CalRxModel calibration(
             m.setup, m.steps.yfact, m_dialogs, [&m] { m.steps.CalcCalc(); },
             m.form.decimalSeparator);
@@ -229,11 +276,13 @@ void MainWindow::buildMenus() {
         dialog.exec();
     });
     file->addSeparator();
-    addCommand(file, "Associate .zav files", [this] {
-        MenuAssociate_Click(QCoreApplication::applicationFilePath().toStdString(), m_desktop.shell);
+    addCommand(file, "&Associate .zav files", [this] {
+        const bool done = MenuAssociate_Click(QCoreApplication::applicationFilePath().toStdString(),
+                                              m_desktop.shell);
+        m_status = AssociationStatus(done, XdgDataHome());
     });
     file->addSeparator();
-    addCommand(file, "E&xit", [this] { close(); });
+    addShortcutCommand(file, "E&xit", QKeySequence::Quit, [this] { close(); });
 
     QMenu* options = menuBar()->addMenu("&Options");
     const std::pair<const char*, std::function<void()>> checks[] = {
@@ -255,15 +304,23 @@ void MainWindow::buildMenus() {
     fillAudioInputMenu();
 
     QMenu* utility = menuBar()->addMenu("&Utility");
-    addCommand(utility, "Save &wave file", [&m] { m.waveExports.MenuSaveWave_Click(); });
-    addCommand(utility, "Export to &Gnuplot file",
-               [&m] { m.waveExports.MenuExportGnuplot_Click(); });
-    addCommand(utility, "Copy &WAVE samples to clipboard",
-               [&m] { m.waveExports.MenuCopyWaveClip_Click(); });
+    addCommand(utility, "Save &wave file", [this, &m] {
+        m.waveExports.MenuSaveWave_Click();
+        m_status = m.waveExports.status;
+    });
+    addCommand(utility, "Export to &Gnuplot file", [this, &m] {
+        m.waveExports.MenuExportGnuplot_Click();
+        m_status = m.waveExports.status;
+    });
+    addCommand(utility, "Copy WAVE samples to &clipboard", [this, &m] {
+        m.waveExports.MenuCopyWaveClip_Click();
+        m_status = m.waveExports.status;
+    });
     addCommand(utility, "&Plot wave", [&m] { m.waveExports.MenuPlotWave_Click(); });
-    addCommand(utility, "Play Wave samples", [&m] { m.waveExports.MenuPlayWave_Click(); });
+    addCommand(utility, "Play Wave &samples", [&m] { m.waveExports.MenuPlayWave_Click(); });
     utility->addSeparator();
-    addCommand(utility, "Sound Card Control - &Playback",
+    addCommand(utility, "Input &level...", [this] { openInputLevel(); });
+    addCommand(utility, "Sound Card Control - Pla&yback",
                [&m] { m.soundControls.MenuSCCP_Click(); });
     addCommand(utility, "Sound Card Control - &Record", [&m] { m.soundControls.MenuSCCR_Click(); });
     addCommand(utility, "&Audio properties", [&m] { m.soundControls.mnuMMSYS_Click(); });
@@ -275,7 +332,7 @@ void MainWindow::buildMenus() {
 
     QMenu* help = menuBar()->addMenu("&Help");
     const std::string programDir = QCoreApplication::applicationDirPath().toStdString();
-    addCommand(help, "&Manual", [this, programDir] {
+    addShortcutCommand(help, "&Manual", QKeySequence::HelpContents, [this, programDir] {
         HelpMenu(m_desktop.shell, m_dialogs)
             .MenuHelpHelp_Click(ResourceFolder(programDir, "ZAV.pdf"));
     });
@@ -325,40 +382,12 @@ void MainWindow::fillAudioInputMenu() {
     add(kFileInputName, kFileInputName);
 }
 
-void MainWindow::showGrid(QTableWidget* table, const ResultGrid& grid) {
-    QStringList columns, rows;
-    for (int c = 1; c < grid.Columns(); ++c)
-        columns << qs(grid.Text(0, c));
-    for (int r = 1; r < grid.Rows(); ++r)
-        rows << qs(grid.Text(r, 0));
-    table->setHorizontalHeaderLabels(columns);
-    table->setVerticalHeaderLabels(rows);
-    const QColor normal = palette().color(QPalette::Text);
-    for (int r = 1; r < grid.Rows(); ++r) {
-        for (int c = 1; c < grid.Columns(); ++c) {
-            QTableWidgetItem* item = table->item(r - 1, c - 1);
-            item->setText(qs(grid.Text(r, c)));
-            switch (grid.Colour(r, c)) {
-            case CellColour::Red:
-                item->setForeground(QColor(255, 0, 0));
-                break;
-            case CellColour::Orange:
-                item->setForeground(QColor(255, 128, 0));
-                break;
-            case CellColour::WindowText:
-                item->setForeground(normal);
-                break;
-            }
-        }
-    }
-}
-
 void MainWindow::refresh() {
     MainModel& m = m_model;
     setWindowTitle(qs(m.Caption));
     m_setup->refresh();
-    showGrid(m_gridMeas, m.steps.gridMeas);
-    showGrid(m_gridCalc, m.steps.gridCalc);
+    m_gridMeas->showGrid(m.steps.gridMeas);
+    m_gridCalc->showGrid(m.steps.gridCalc);
     m_stepTitle->setText(qs(m.steps.shownTitle));
     m_p372->refresh(m.steps, m.setup);
 
@@ -371,14 +400,14 @@ void MainWindow::refresh() {
         {"&Copy text results to Clipboard", c.MenuCopyTextClip},
         {"S&end text file", c.MenuSendText},
         {"&Record TSV", c.MenuSaveTsv},
-        {"&CalibrateRx", c.MenuCalRx},
+        {"Ca&librateRx", c.MenuCalRx},
         {"&Transfer results", c.MenuTransfer},
         {"Save &wave file", m.waveExports.MenuSaveWave},
         {"Export to &Gnuplot file", c.MenuExportGnuplot},
-        {"Copy &WAVE samples to clipboard", m.waveExports.MenuCopyWaveClip},
+        {"Copy WAVE samples to &clipboard", m.waveExports.MenuCopyWaveClip},
         {"&Plot wave", m.waveExports.MenuPlotWave},
-        {"Play Wave samples", m.waveExports.MenuPlayWave},
-        {"Sound Card Control - &Playback", m.MenuSCCPEnabled},
+        {"Play Wave &samples", m.waveExports.MenuPlayWave},
+        {"Sound Card Control - Pla&yback", m.MenuSCCPEnabled},
         {"Sound Card Control - &Record", m.MenuSCCREnabled},
         {"&Unload antenna file", m.antenna.MenuAntUnlEnabled},
         {"Antenna&Factor", m.controls.MenuOptionsAntFactEnabled},
@@ -420,6 +449,31 @@ void MainWindow::refresh() {
     case FocusTarget::Unchanged:
         break;
     }
+}
+
+QSize MainWindow::sizeHint() const {
+    // Everything without scrolling: the content's own size and the bars around it.
+    const QSize content = m_scroll->widget()->sizeHint();
+    const int scrollBar = style()->pixelMetric(QStyle::PM_ScrollBarExtent);
+    return {content.width() + scrollBar,
+            content.height() + menuBar()->sizeHint().height() + statusBar()->sizeHint().height()};
+}
+
+QString MainWindow::statusMessage() const {
+    return m_message->text();
+}
+
+void MainWindow::openInputLevel() {
+    const std::string& input = m_model.state.InputDevice;
+    if (input == kFileInputName) {
+        m_dialogs.ShowMessage("The chosen input reads recordings from files and has no live "
+                              "level: choose a sound card input under Options, Audio input.",
+                              kAppTitle, MessageIcon::Information);
+        return;
+    }
+    QtAudioCapture capture;
+    InputLevelDialog dialog(capture, input, this, m_model.form.decimalSeparator);
+    dialog.exec();
 }
 
 void MainWindow::closeEvent(QCloseEvent* event) {

@@ -2,6 +2,7 @@
 
 #include "config/ResultGrid.h"
 
+#include <QKeySequence>
 #include <QMainWindow>
 
 #include <functional>
@@ -13,7 +14,7 @@ class QActionGroup;
 class QLabel;
 class QMenu;
 class QPushButton;
-class QTableWidget;
+class QScrollArea;
 
 namespace zav {
 
@@ -29,6 +30,7 @@ class Updater;
 class XmlLookup;
 class P372Panel;
 class SettingsStore;
+class ResultTable;
 class SetupPanel;
 
 // The desktop services the window's dialogs reach through.
@@ -57,8 +59,12 @@ public:
 
     QPushButton* stepButton(int step) const { return m_steps[step - 1]; }
     QPushButton* recordTsvButton() const { return m_rtsvb; }
-    QTableWidget* measurementsGrid() const { return m_gridMeas; }
-    QTableWidget* resultsGrid() const { return m_gridCalc; }
+    ResultTable* measurementsGrid() const { return m_gridMeas; }
+    ResultTable* resultsGrid() const { return m_gridCalc; }
+    // The size that shows everything without scrolling.
+    QSize sizeHint() const override;
+    // The status bar's account of the last command or step.
+    QString statusMessage() const;
     SetupPanel* setupPanel() const { return m_setup; }
     // A menu command by its caption, for tests and for keyboard reachability checks.
     QAction* action(const QString& caption) const;
@@ -70,24 +76,29 @@ private:
     void buildMenus();
     QWidget* buildResults();
     QAction* addCommand(QMenu* menu, const QString& caption, std::function<void()> handler);
+    QAction* addShortcutCommand(QMenu* menu, const QString& caption, QKeySequence::StandardKey key,
+                                std::function<void()> handler);
+    void openInputLevel();
     void run(const std::function<void()>& handler);
     void fillAudioInputMenu();
-    void showGrid(QTableWidget* table, const ResultGrid& grid);
 
     MainModel& m_model;
     Dialogs& m_dialogs;
     SettingsStore& m_settings;
     DesktopPorts m_desktop;
     std::function<std::vector<std::string>()> m_inputNames;
+    QScrollArea* m_scroll = nullptr;
     SetupPanel* m_setup = nullptr;
     QPushButton* m_steps[3] = {};
     QPushButton* m_rtsvb = nullptr;
     QPushButton* m_getPos = nullptr;
-    QTableWidget* m_gridMeas = nullptr;
-    QTableWidget* m_gridCalc = nullptr;
+    ResultTable* m_gridMeas = nullptr;
+    ResultTable* m_gridCalc = nullptr;
     P372Panel* m_p372 = nullptr;
     QLabel* m_clock = nullptr;
     QLabel* m_stepTitle = nullptr;
+    QLabel* m_message = nullptr;
+    std::string m_status; // what the command being run did, set by its handler
     QMenu* m_audioInputMenu = nullptr;
     QActionGroup* m_audioInputs = nullptr;
     std::vector<QAction*> m_recent;

@@ -1,17 +1,20 @@
 #include "qt/widgets/P372Panel.h"
 
+#include "config/ToolTips.h"
 #include "measure/MeasurementSteps.h"
 #include "platform/Format.h"
 
 #include <QAreaSeries>
 #include <QChart>
 #include <QChartView>
+#include <QEvent>
 #include <QFormLayout>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineSeries>
 #include <QLogValueAxis>
 #include <QScatterSeries>
+#include <QVBoxLayout>
 #include <QValueAxis>
 
 #include <algorithm>
@@ -49,18 +52,64 @@ P372Panel::P372Panel(QWidget* parent) : QGroupBox(tr("Site against ITU-R P.372")
     m_note->setWordWrap(true);
 
     auto* figures = new QFormLayout;
-    figures->addRow(tr("Fa (dB above kT0b)"), m_fa);
-    figures->addRow(m_famCaption, m_fam);
-    figures->addRow(tr("Difference (dB)"), m_delta);
-    figures->addRow(tr("Falls"), m_placement);
-    figures->addRow(tr("Galactic median (dB)"), m_galactic);
+    const std::pair<QString, QLabel*> rows[] = {{tr("Fa (dB above kT0b)"), m_fa},
+                                                {tr("Median man-made noise"), m_fam},
+                                                {tr("Difference (dB)"), m_delta},
+                                                {tr("Falls"), m_placement},
+                                                {tr("Galactic median (dB)"), m_galactic}};
+    for (const auto& [caption, field] : rows) {
+        const QString tip = QString::fromStdString(P372FigureTip(caption.toStdString()));
+        QLabel* label = field == m_fam ? m_famCaption : new QLabel(caption, this);
+        label->setToolTip(tip);
+        field->setToolTip(tip);
+        field->setAccessibleName(caption);
+        figures->addRow(label, field);
+    }
+    m_note->setAccessibleName(tr("Notes on the comparison"));
     figures->addRow(m_note);
 
     buildChart();
-    auto* layout = new QHBoxLayout(this);
+    // The panel folds away to its title on a small screen; the title's check box opens it.
+    auto* content = new QWidget(this);
+    auto* layout = new QHBoxLayout(content);
+    layout->setContentsMargins(0, 0, 0, 0);
     layout->addLayout(figures, 2);
     layout->addWidget(m_view, 3);
+    auto* outer = new QVBoxLayout(this);
+    outer->addWidget(content);
+    setCheckable(true);
+    setChecked(true);
+    setToolTip(tr("Untick to fold the comparison away"));
+    QObject::connect(this, &QGroupBox::toggled, this, [this, content](bool open) {
+        content->setVisible(open);
+        updateGeometry();
+    });
     clear();
+}
+
+void P372Panel::changeEvent(QEvent* event) {
+    if (event->type() == QEvent::PaletteChange)
+        followPalette();
+    QGroupBox::changeEvent(event);
+}
+
+void P372Panel::followPalette() {
+    // A dark desktop gets the dark chart; the observation's mark takes the text colour.
+    const bool dark = palette().color(QPalette::Window).lightness() < 128;
+    const auto theme = dark ? QChart::ChartThemeDark : QChart::ChartThemeLight;
+    if (m_chart->theme() != theme) {
+        std::array<QPen, 5> pens;
+        for (std::size_t i = 0; i < m_curves.size(); ++i)
+            pens[i] = m_curves[i]->pen();
+        m_chart->setTheme(theme); // resets the series' pens
+        for (std::size_t i = 0; i < m_curves.size(); ++i)
+            m_curves[i]->setPen(pens[i]);
+        m_band->setColor(QColor(230, 120, 0, 50));
+        m_band->setBorderColor(Qt::transparent);
+    }
+    m_chart->setBackgroundBrush(palette().color(QPalette::Base));
+    m_point->setColor(palette().color(QPalette::Text));
+    m_point->setBorderColor(palette().color(QPalette::Text));
 }
 
 void P372Panel::buildChart() {
@@ -111,7 +160,7 @@ void P372Panel::buildChart() {
     m_point = new QScatterSeries;
     m_point->setName(tr("This site"));
     m_point->setMarkerSize(10);
-    m_point->setColor(Qt::black);
+
     m_chart->addSeries(m_point);
     m_point->attachAxis(x);
     m_point->attachAxis(m_yAxis);
@@ -119,7 +168,12 @@ void P372Panel::buildChart() {
     m_view = new QChartView(m_chart, this);
     m_view->setObjectName(QStringLiteral("chartP372"));
     m_view->setRenderHint(QPainter::Antialiasing);
-    m_view->setMinimumSize(360, 220);
+    m_view->setMinimumSize(340, 200);
+    m_view->setAccessibleName(tr("Chart of the ITU-R P.372 noise curves"));
+    m_view->setToolTip(tr("Median noise against frequency for each environment (dB above kT0b, "
+                          "0.3 to 30 MHz), the chosen one bold with its deciles shaded, and "
+                          "this site's Fa as a dot"));
+    followPalette();
 }
 
 void P372Panel::clear() {

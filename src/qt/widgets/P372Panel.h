@@ -35,8 +35,12 @@ public:
 
     QChart* chart() const { return m_chart; }
 
+protected:
+    void changeEvent(QEvent* event) override;
+
 private:
     void buildChart();
+    void followPalette();
     void clear();
 
     QLabel* m_fa;

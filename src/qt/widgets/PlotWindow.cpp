@@ -5,6 +5,7 @@
 #include "qt/widgets/ZoomableChartView.h"
 #include "report/MinMaxDecimation.h"
 
+#include <QApplication>
 #include <QBuffer>
 #include <QChart>
 #include <QHBoxLayout>
@@ -39,6 +40,9 @@ QValueAxis* addAxis(QChart* chart, QLineSeries* series, Qt::Alignment side, cons
 
 QChart* makeChart(const std::string& title, QLineSeries* series) {
     auto* chart = new QChart;
+    // A dark desktop gets the dark chart; set before the series, whose own colours stay.
+    if (QApplication::palette().color(QPalette::Window).lightness() < 128)
+        chart->setTheme(QChart::ChartThemeDark);
     chart->setTitle(qs(title));
     chart->legend()->hide();
     chart->addSeries(series);
@@ -84,8 +88,8 @@ PlotWindow::PlotWindow(WavePlot plot, Dialogs& dialogs, QWidget* parent)
     m_status = new QLabel(note, this);
     m_status->setWordWrap(true);
     bottom->addWidget(m_status, 1);
-    auto* save = new QPushButton(QStringLiteral("Save image..."), this);
-    auto* close = new QPushButton(QStringLiteral("Close"), this);
+    auto* save = new QPushButton(QStringLiteral("&Save image..."), this);
+    auto* close = new QPushButton(QStringLiteral("&Close"), this);
     bottom->addWidget(save);
     bottom->addWidget(close);
     layout->addLayout(bottom);
@@ -101,6 +105,7 @@ void PlotWindow::buildWaveChart() {
     m_timeAxis = addAxis(chart, m_waveSeries, Qt::AlignBottom, kPlotTimeLabel);
     QValueAxis* voltage = addAxis(chart, m_waveSeries, Qt::AlignLeft, kPlotVoltageLabel);
     m_waveView = new ZoomableChartView(chart, m_tabs);
+    m_waveView->setAccessibleName(QStringLiteral("Waveform chart"));
     m_tabs->addTab(m_waveView, QStringLiteral("Waveform"));
     // Every change of the time range or of the chart's size draws the samples in view again.
     QObject::connect(m_timeAxis, &QValueAxis::rangeChanged, this, [this] { redrawWave(); });
@@ -126,6 +131,7 @@ void PlotWindow::buildSpectrumChart() {
     QValueAxis* frequency = addAxis(chart, m_spectrumSeries, Qt::AlignBottom, kPlotFrequencyLabel);
     QValueAxis* level = addAxis(chart, m_spectrumSeries, Qt::AlignLeft, kPlotLevelLabel);
     m_spectrumView = new ZoomableChartView(chart, m_tabs);
+    m_spectrumView->setAccessibleName(QStringLiteral("Spectrum chart"));
     m_tabs->addTab(m_spectrumView, QStringLiteral("Spectrum"));
     // Full scale at the top (or the loudest bin, rounded up to 10 dB), 140 dB below it.
     const double yMax = std::max(0.0, std::ceil(top / 10) * 10);

@@ -1,6 +1,9 @@
 #include "qt/widgets/QtDialogs.h"
 
+#include "platform/Paths.h"
+
 #include <QFileDialog>
+#include <QFileInfo>
 #include <QMessageBox>
 #include <QStringList>
 
@@ -56,28 +59,51 @@ MessageResult QtDialogs::ShowMessage(const std::string& text, const std::string&
     return box.exec() == QMessageBox::Cancel ? MessageResult::Cancel : MessageResult::Ok;
 }
 
+QString QtDialogs::startFolder(const FileDialogRequest& request) const {
+    const auto last = m_lastFolder.find(FileKind(request.filter));
+    if (last != m_lastFolder.end())
+        return last->second;
+    return QString::fromStdString(request.initialDir);
+}
+
+void QtDialogs::remember(const FileDialogRequest& request, const QString& chosen) {
+    m_lastFolder[FileKind(request.filter)] = QFileInfo(chosen).absolutePath();
+}
+
 std::optional<std::string> QtDialogs::OpenFileName(const FileDialogRequest& request) {
     const QString filters = QtFilterFromList(request.filter);
     QString chosenFilter = selectedFilter(filters, request.filterIndex);
-    const QString start =
-        QString::fromStdString(request.initialDir) + '/' + QString::fromStdString(request.fileName);
+    const QString start = startFolder(request) + '/' + QString::fromStdString(request.fileName);
     const QString path = QFileDialog::getOpenFileName(
         m_parent, QString::fromStdString(request.title), start, filters, &chosenFilter);
     if (path.isEmpty())
         return std::nullopt;
+    remember(request, path);
     return path.toStdString();
 }
 
 std::optional<std::string> QtDialogs::SaveFileName(const FileDialogRequest& request) {
     const QString filters = QtFilterFromList(request.filter);
-    QString chosenFilter = selectedFilter(filters, request.filterIndex);
     QString start = QString::fromStdString(request.fileName);
-    if (!start.contains('/') && !request.initialDir.empty())
-        start = QString::fromStdString(request.initialDir) + '/' + start;
-    const QString path = QFileDialog::getSaveFileName(
-        m_parent, QString::fromStdString(request.title), start, filters, &chosenFilter);
-    if (path.isEmpty())
+    if (!start.contains('/'))
+        start = startFolder(request) + '/' + start;
+    QFileDialog dialog(m_parent, QString::fromStdString(request.title), start, filters);
+    dialog.setAcceptMode(QFileDialog::AcceptSave);
+    dialog.selectNameFilter(selectedFilter(filters, request.filterIndex));
+    // A name typed without a suffix gets the type's, before the overwrite question is asked.
+    dialog.setDefaultSuffix(
+        QString::fromStdString(FilterSuffix(request.filter, request.filterIndex)));
+    QObject::connect(
+        &dialog, &QFileDialog::filterSelected, &dialog,
+        [&dialog, &request, filters](const QString& chosen) {
+            const int index =
+                static_cast<int>(filters.split(QStringLiteral(";;")).indexOf(chosen) + 1);
+            dialog.setDefaultSuffix(QString::fromStdString(FilterSuffix(request.filter, index)));
+        });
+    if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
         return std::nullopt;
+    const QString path = dialog.selectedFiles().front();
+    remember(request, path);
     return path.toStdString();
 }
 

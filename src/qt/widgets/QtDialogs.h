@@ -4,6 +4,9 @@
 
 #include <QString>
 
+#include <map>
+#include <string>
+
 class QWidget;
 
 namespace zav {
@@ -20,7 +23,12 @@ public:
     std::optional<std::string> SaveFileName(const FileDialogRequest& request) override;
 
 private:
+    QString startFolder(const FileDialogRequest& request) const;
+    void remember(const FileDialogRequest& request, const QString& chosen);
+
     QWidget* m_parent;
+    // The folder each kind of file was last chosen in during this run.
+    std::map<std::string, QString> m_lastFolder;
 };
 
 // "Name|pattern|Name|pattern" as Qt's "Name (pattern);;Name (pattern)".

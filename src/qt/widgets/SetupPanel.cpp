@@ -2,6 +2,9 @@
 
 #include "app/MainModel.h"
 #include "config/SetupRecord.h"
+#include "config/ToolTips.h"
+
+#include <QApplication>
 
 #include <QComboBox>
 #include <QEvent>
@@ -45,7 +48,7 @@ SetupPanel::SetupPanel(MainModel& model, std::function<void()> changed, QWidget*
     addRow(grid, row++, 0, SetupField::Tester, "&Tester", line(SetupField::Tester));
     addRow(grid, row++, 0, SetupField::Location, "Location", line(SetupField::Location));
     addRow(grid, row++, 0, SetupField::lat, "Lat&itude", line(SetupField::lat));
-    addRow(grid, row++, 0, SetupField::lon, "L&ongitude", line(SetupField::lon));
+    addRow(grid, row++, 0, SetupField::lon, "Lon&gitude", line(SetupField::lon));
     m_environment = new QComboBox(this);
     for (const char* e : kEnvironments)
         m_environment->addItem(e);
@@ -92,6 +95,7 @@ void SetupPanel::addRow(QGridLayout* grid, int row, int column, SetupField field
                         const QString& caption, QWidget* editor, int rowSpan) {
     auto* label = new QLabel(caption, this);
     label->setBuddy(editor);
+    m_labels[static_cast<int>(field)] = label;
     grid->addWidget(label, row, column, rowSpan > 1 ? Qt::AlignTop : Qt::Alignment());
     grid->addWidget(editor, row, column + 1, rowSpan, 1);
     editor->setObjectName(QString("field%1").arg(static_cast<int>(field)));
@@ -110,7 +114,14 @@ int SetupPanel::fieldOf(QObject* watched) const {
     return -1;
 }
 
-void SetupPanel::validate(SetupField field) {
+bool SetupPanel::validateFocused() {
+    const int index = fieldOf(QApplication::focusWidget());
+    if (index < 0)
+        return true;
+    return validate(static_cast<SetupField>(index));
+}
+
+bool SetupPanel::validate(SetupField field) {
     bool cancel = false;
     m_validating = true;
     m_model.form.Validate(field, cancel);
@@ -121,6 +132,7 @@ void SetupPanel::validate(SetupField field) {
         QTimer::singleShot(0, editor, [editor] { editor->setFocus(Qt::OtherFocusReason); });
     }
     m_changed();
+    return !cancel;
 }
 
 bool SetupPanel::eventFilter(QObject* watched, QEvent* event) {
@@ -189,6 +201,14 @@ void SetupPanel::refresh() {
         m_notes->setPlainText(notes);
     m_lblAntGain->setText(qs(m_model.controls.lblAntGain));
     m_lblInterval->setText(qs(m_model.controls.lblInterval));
+    for (int i = 0; i < kSetupFieldCount; ++i) {
+        const QString tip = qs(SetupFieldTip(static_cast<SetupField>(i), m_model.options.AntFact,
+                                             m_model.options.Samples));
+        m_editors[i]->setToolTip(tip);
+        m_labels[i]->setToolTip(tip);
+        // The caption names the box for a screen reader, without its access key.
+        m_editors[i]->setAccessibleName(m_labels[i]->text().remove('&'));
+    }
     fieldWidget(SetupField::AntGain)->setEnabled(m_model.controls.AntGainEnabled);
 }
 

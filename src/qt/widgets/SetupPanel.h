@@ -26,19 +26,23 @@ public:
     // Shows the model's texts, captions and enabled states.
     void refresh();
     QWidget* fieldWidget(SetupField field) const;
+    // Checks the box that has the focus, as leaving it would; false when its value is refused
+    // (the message is shown and the focus stays).
+    bool validateFocused();
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
-    void addRow(QGridLayout* grid, int row, int column, SetupField field,
-                const QString& caption, QWidget* editor, int rowSpan = 1);
+    void addRow(QGridLayout* grid, int row, int column, SetupField field, const QString& caption,
+                QWidget* editor, int rowSpan = 1);
     int fieldOf(QObject* watched) const;
-    void validate(SetupField field);
+    bool validate(SetupField field);
 
     MainModel& m_model;
     std::function<void()> m_changed;
     std::array<QWidget*, kSetupFieldCount> m_editors{};
+    std::array<QLabel*, kSetupFieldCount> m_labels{};
     QLabel* m_lblAntGain = nullptr;
     QLabel* m_lblInterval = nullptr;
     QComboBox* m_environment = nullptr;

@@ -58,6 +58,7 @@ TransferDialog::TransferDialog(TransferModel& model, QWidget* parent)
 
     m_message = new QPlainTextEdit(this);
     m_message->setObjectName(QStringLiteral("Message"));
+    m_message->setAccessibleName(tr("Message"));
     m_message->setReadOnly(true);
     m_message->viewport()->installEventFilter(this);
 
@@ -78,7 +79,7 @@ TransferDialog::TransferDialog(TransferModel& model, QWidget* parent)
             [this] { after(&TransferModel::CancelButton_Click); });
 
     auto* account = new QFormLayout;
-    account->addRow(tr("&User name"), m_username);
+    account->addRow(tr("User &name"), m_username);
     account->addRow(tr("&Password"), m_password);
     account->addRow(tr("Your e-&mail"), m_email);
     account->addRow(m_online);

@@ -1,10 +1,5 @@
-#include "qt/widgets/MainWindow.h"
-#include "app/MainModel.h"
-#include "platform/MemorySettingsStore.h"
-#include "qt/widgets/SetupPanel.h"
-#include "testsupport/FakeDialogs.h"
-#include "testsupport/FakePorts.h"
-#include "testsupport/ScratchDir.h"
+#include "MainWindowDesk.h"
+#include "qt/widgets/ResultTable.h"
 
 #include <QAction>
 #include <QApplication>
@@ -22,83 +17,9 @@
 #include <fstream>
 
 using namespace zav;
+using zav::test::Desk;
+using zav::test::kExamples;
 namespace fs = std::filesystem;
-
-namespace {
-
-const std::string kExamples = std::string(ZAV_SOURCE_DIR) + "/examples/";
-
-// The real window over the real model, with the outside world faked.
-struct Desk {
-    fs::path dir = test::ScratchDir();
-    test::FakeDialogs dialogs;
-    MemorySettingsStore settings;
-    test::NoDevices devices;
-    test::FakeShell shell;
-    test::FakeHttp http;
-    test::FakeXml xml;
-    test::FakeSystemInfo systemInfo;
-    test::FakeUpdater updater;
-    DesktopPorts desktop{http, xml, shell, systemInfo, updater, devices, devices, devices};
-    std::unique_ptr<MainModel> model;
-    std::unique_ptr<MainWindow> window;
-    std::deque<std::string> recordings;
-
-    Desk() {
-        // A copy: closing the window saves the profile it has open.
-        fs::create_directories(dir);
-        const std::string profile = (dir / "example.zav").string();
-        fs::copy_file(kExamples + "example.zav", profile, fs::copy_options::overwrite_existing);
-        StartupState startup;
-        startup.currentDir = dir.string() + "/";
-        startup.profilePath = profile;
-        startup.profileName = "example";
-        startup.tsvFileName = (dir / "log.tab").string();
-        MainEnvironment env;
-        env.tempDir = dir.string() + "/";
-        env.processId = "1A2B";
-        env.osVersion = "6.1";
-        model = std::make_unique<MainModel>(
-            startup,
-            MainPorts{dialogs, settings, devices, devices, devices, devices, devices, shell}, env);
-        model->chooseRecording = [this]() -> std::optional<std::string> {
-            if (recordings.empty())
-                return std::nullopt;
-            auto next = recordings.front();
-            recordings.pop_front();
-            return next;
-        };
-        model->Form_Load();
-        model->state.InputDevice = kFileInputName;
-        window = std::make_unique<MainWindow>(*model, dialogs, settings, desktop, nullptr);
-        window->show();
-        QApplication::setActiveWindow(window.get());
-        QTest::qWait(20);
-    }
-    ~Desk() {
-        window.reset();
-        fs::remove_all(dir);
-    }
-
-    QLineEdit* field(SetupField f) {
-        return static_cast<QLineEdit*>(window->setupPanel()->fieldWidget(f));
-    }
-    // Types into a box and leaves it for the next one, as the operator would with Tab.
-    void typeAndLeave(SetupField f, const QString& text) {
-        QLineEdit* edit = field(f);
-        edit->setFocus();
-        QTest::qWait(5);
-        edit->selectAll();
-        QTest::keyClicks(edit, text);
-        QTest::keyClick(edit, Qt::Key_Tab);
-        QTest::qWait(20);
-    }
-    QString cell(QTableWidget* t, int row, int column) {
-        return t->item(row - 1, column - 1)->text();
-    }
-};
-
-} // namespace
 
 TEST(MainWindow, LeavingABoxValidatesAndARefusedValueKeepsTheFocus) {
     Desk d;
@@ -149,13 +70,40 @@ TEST(MainWindow, ThreeStepsFromFilesFillTheGridsAndEnableTheOutputs) {
     EXPECT_TRUE(d.window->recordTsvButton()->hasFocus());
     EXPECT_TRUE(d.window->action("&Save text file")->isEnabled());
 
+    // The judgement of the last step in words, and each action's account in the status bar.
+    EXPECT_EQ(d.window->statusMessage().toStdString(), d.model->steps.verdict);
+    EXPECT_EQ(d.window->statusMessage().left(15), "External noise ");
     QTest::mouseClick(d.window->recordTsvButton(), Qt::LeftButton);
     EXPECT_TRUE(fs::exists(d.dir / "log.tab"));
+    EXPECT_EQ(d.window->statusMessage().toStdString(),
+              "Row 1 appended to " + (d.dir / "log.tab").string());
     EXPECT_FALSE(d.window->recordTsvButton()->isEnabled());
     EXPECT_FALSE(d.window->action("&Record TSV")->isEnabled());
 
     d.window->action("&Copy text results to Clipboard")->trigger();
     EXPECT_EQ(d.devices.clipboard.rfind("Program\tZAV\r\n", 0), 0u);
+    EXPECT_EQ(d.window->statusMessage(), "Text results copied to the clipboard");
+    const std::string wave = (d.dir / "kept").string();
+    d.dialogs.files.push_back(wave);
+    d.window->action("Save wave file")->trigger();
+    EXPECT_EQ(d.window->statusMessage().toStdString(), "Recording saved to " + wave);
+
+    // The results grid: the reader's units on screen, the grid's own text on the clipboard.
+    ResultTable* results = d.window->resultsGrid();
+    EXPECT_EQ(results->horizontalHeaderItem(1)->text(), QString::fromUtf8("FS (dB\u00b5V/m)"));
+    EXPECT_EQ(results->horizontalHeaderItem(2)->text(),
+              QString::fromUtf8("Normalised FS (dB\u00b5V/m in 1 Hz)"));
+    results->setFocus();
+    EXPECT_TRUE(results->hasFocus());
+    results->setRangeSelected(QTableWidgetSelectionRange(1, 1, 2, 2), true);
+    QTest::keyClick(results, Qt::Key_C, Qt::ControlModifier);
+    EXPECT_EQ(d.devices.clipboard, "Detector\tFS (dBuV/m)\tNormalised FS (dBuV/m)\r\n"
+                                   "RMS\t" +
+                                       d.model->steps.gridCalc.Text(2, 2) + "\t" +
+                                       d.model->steps.gridCalc.Text(2, 3) + "\r\nQP\t" +
+                                       d.model->steps.gridCalc.Text(3, 2) + "\t" +
+                                       d.model->steps.gridCalc.Text(3, 3) + "\r\n");
+    EXPECT_EQ(d.window->statusMessage(), "Selected cells copied to the clipboard");
 
     // Repeating step 1 clears what stood on it.
     d.recordings.push_back(kExamples + "soundcard.wav");
@@ -171,8 +119,12 @@ TEST(MainWindow, LoudSoundCardIsOrangeAndTheMessageComesThroughTheDialogs) {
     ASSERT_GE(d.dialogs.messages.size(), 2u);
     EXPECT_EQ(d.dialogs.messages[0].buttons, MessageButtons::OkCancel);
     EXPECT_EQ(d.dialogs.messages[1].text, "Check voltage range.");
-    const QColor orange = d.window->measurementsGrid()->item(1, 0)->foreground().color();
-    EXPECT_EQ(orange, QColor(255, 128, 0));
+    const QTableWidgetItem* rms = d.window->measurementsGrid()->item(1, 0);
+    EXPECT_EQ(rms->foreground().color(), QColor(255, 128, 0));
+    // Not the colour alone: the cell's tooltip and the status bar say it in words.
+    EXPECT_TRUE(rms->toolTip().startsWith("Sound card noise ")) << rms->toolTip().toStdString();
+    EXPECT_TRUE(rms->toolTip().endsWith("choose a quieter input"));
+    EXPECT_EQ(d.window->statusMessage(), rms->toolTip());
 }
 
 TEST(MainWindow, OptionsFlipWithTheirLabelsAndChecks) {
@@ -223,7 +175,7 @@ TEST(MainWindow, ClosingSavesProfileSettingsAndPlaceAndRemovesTheRecordings) {
     const std::string recording = d.model->steps.TempWave + ".wav";
     ASSERT_TRUE(fs::exists(recording));
     d.typeAndLeave(SetupField::Tester, "Closing time");
-    d.window->resize(1311, 1077);
+    d.window->resize(731, 577); // within the offscreen screen
 
     d.window->action("E&xit")->trigger();
     EXPECT_FALSE(fs::exists(recording));
@@ -234,7 +186,7 @@ TEST(MainWindow, ClosingSavesProfileSettingsAndPlaceAndRemovesTheRecordings) {
 
     // The next window opens where this one was.
     MainWindow again(*d.model, d.dialogs, d.settings, d.desktop, nullptr);
-    EXPECT_EQ(again.size(), QSize(1311, 1077));
+    EXPECT_EQ(again.size(), QSize(731, 577));
 }
 
 TEST(MainWindow, TabWalksTheSetupInTheOrderOfEntry) {
@@ -246,4 +198,45 @@ TEST(MainWindow, TabWalksTheSetupInTheOrderOfEntry) {
             w = w->nextInFocusChain();
         EXPECT_EQ(w, d.window->setupPanel()->fieldWidget(static_cast<SetupField>(i))) << i;
     }
+}
+
+TEST(MainWindow, ShortcutsCheckTheBoxBeingTypedInFirst) {
+    Desk d;
+    QLineEdit* bandwidth = d.field(SetupField::Bandwidth);
+    bandwidth->setFocus();
+    bandwidth->selectAll();
+    QTest::keyClicks(bandwidth, "0");
+    const std::string saved = (d.dir / "site.zav").string();
+    d.dialogs.files.push_back(saved);
+    QTest::keyClick(bandwidth, Qt::Key_S, Qt::ControlModifier);
+    ASSERT_EQ(d.dialogs.messages.size(), 1u);
+    EXPECT_EQ(d.dialogs.messages[0].text, "Bandwidth must be > 0 and  <= 200000");
+    EXPECT_TRUE(d.dialogs.fileRequests.empty()); // refused: the command did not run
+    QTest::qWait(10);
+    EXPECT_TRUE(bandwidth->hasFocus());
+
+    bandwidth->selectAll();
+    QTest::keyClicks(bandwidth, "2400");
+    QTest::keyClick(bandwidth, Qt::Key_S, Qt::ControlModifier);
+    EXPECT_TRUE(fs::exists(saved));
+    EXPECT_EQ(d.model->setup.Bandwidth, "2400");
+
+    // Each standard key reaches its command.
+    EXPECT_EQ(d.window->action("Open profile")->shortcut(), QKeySequence(QKeySequence::Open));
+    EXPECT_EQ(d.window->action("Exit")->shortcut(), QKeySequence(QKeySequence::Quit));
+    EXPECT_EQ(d.window->action("Manual")->shortcut(), QKeySequence(QKeySequence::HelpContents));
+    QTest::keyClick(bandwidth, Qt::Key_F1);
+    EXPECT_EQ(d.shell.opened.size(), 1u);
+}
+
+TEST(MainWindow, TheRecordingChooserIsTitledAfterTheStepItRecords) {
+    Desk d;
+    d.model->options.Verbose = false;
+    d.model->chooseRecording = nullptr; // the operator picks each file
+    d.dialogs.files = {kExamples + "soundcard.wav", kExamples + "receiver.wav"};
+    QTest::mouseClick(d.window->stepButton(1), Qt::LeftButton);
+    QTest::mouseClick(d.window->stepButton(2), Qt::LeftButton);
+    ASSERT_EQ(d.dialogs.fileRequests.size(), 2u);
+    EXPECT_EQ(d.dialogs.fileRequests[0].title, "Sound Card Internal Noise");
+    EXPECT_EQ(d.dialogs.fileRequests[1].title, "Receiver Internal Noise");
 }

@@ -1,0 +1,249 @@
+// Every window of the program, reached from the main window as the operator would: it fits
+// a laptop's screen (1366x768 at 100 %, 1920x1080 at 150 %: about 690 and 650 logical pixels
+// of height once the title bar and a panel are off), no two of its items share an access key,
+// and every control has a name a screen reader can say. The same program runs again under
+// QT_SCALE_FACTOR=1.5.
+#include "MainWindowDesk.h"
+#include "qt/widgets/ResultTable.h"
+#include "qt/widgets/WorkingDialog.h"
+
+#include <QAbstractButton>
+#include <QAccessible>
+#include <QAction>
+#include <QGroupBox>
+#include <QLabel>
+#include <QMenu>
+#include <QMenuBar>
+#include <QPushButton>
+#include <QScreen>
+#include <QScrollArea>
+#include <QStatusBar>
+#include <QTimer>
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <functional>
+#include <iostream>
+#include <map>
+#include <set>
+
+using namespace zav;
+using zav::test::Desk;
+using zav::test::kExamples;
+
+namespace {
+
+// Logical pixels left at 1920x1080 and 150 % (the tighter of the two screens).
+constexpr int kBudgetWidth = 1280, kBudgetHeight = 650;
+constexpr int kMainWindowMinHeight = 620;
+
+// The access key of a caption: the letter after a single "&".
+QChar accessKey(const QString& text) {
+    for (int i = 0; i + 1 < text.size(); ++i) {
+        if (text[i] != '&')
+            continue;
+        if (text[i + 1] == '&') {
+            ++i;
+            continue;
+        }
+        return text[i + 1].toLower();
+    }
+    return {};
+}
+
+// The access keys in one window: captions of buttons and group boxes, labels for their boxes,
+// and for a main window its menu titles, which Alt opens from anywhere in it.
+std::map<QChar, QStringList> windowKeys(QWidget* window) {
+    std::map<QChar, QStringList> keys;
+    auto add = [&keys](const QString& caption) {
+        if (const QChar key = accessKey(caption); !key.isNull())
+            keys[key] << caption;
+    };
+    for (QWidget* w : window->findChildren<QWidget*>()) {
+        if (!w->isVisibleTo(window) || w->window() != window)
+            continue;
+        if (auto* button = qobject_cast<QAbstractButton*>(w))
+            add(button->text());
+        else if (auto* box = qobject_cast<QGroupBox*>(w))
+            add(box->title());
+        else if (auto* label = qobject_cast<QLabel*>(w); label && label->buddy())
+            add(label->text());
+    }
+    if (auto* main = qobject_cast<QMainWindow*>(window))
+        for (QAction* menu : main->menuBar()->actions())
+            add(menu->text());
+    return keys;
+}
+
+std::string clashes(const std::map<QChar, QStringList>& keys) {
+    std::string out;
+    for (const auto& [key, captions] : keys)
+        if (captions.size() > 1)
+            out += QString("'%1': %2; ").arg(key, captions.join(" / ")).toStdString();
+    return out;
+}
+
+// Controls the keyboard reaches whose accessible name is empty.
+std::string unnamed(QWidget* window) {
+    std::string out;
+    for (QWidget* w : window->findChildren<QWidget*>()) {
+        if (!w->isVisibleTo(window) || w->window() != window || !(w->focusPolicy() & Qt::TabFocus))
+            continue;
+        if (w->focusProxy())
+            continue; // the proxy answers for it
+        QAccessibleInterface* a = QAccessible::queryAccessibleInterface(w);
+        if (!a || a->text(QAccessible::Name).trimmed().isEmpty())
+            out += std::string(w->metaObject()->className()) + " " + w->objectName().toStdString() +
+                   "; ";
+    }
+    return out;
+}
+
+// What the walk found in one window.
+struct Findings {
+    QString title;
+    QSize minimum;
+    std::string keyClashes, unnamedControls;
+};
+
+Findings inspect(QWidget* window) {
+    Findings f;
+    f.title = window->windowTitle();
+    f.minimum = window->minimumSizeHint().expandedTo(window->minimumSize());
+    f.keyClashes = clashes(windowKeys(window));
+    f.unnamedControls = unnamed(window);
+    return f;
+}
+
+void expectFits(const Findings& f, int heightBudget) {
+    EXPECT_LE(f.minimum.width(), kBudgetWidth) << f.title.toStdString();
+    EXPECT_LE(f.minimum.height(), heightBudget) << f.title.toStdString();
+    EXPECT_EQ(f.keyClashes, "") << f.title.toStdString();
+    EXPECT_EQ(f.unnamedControls, "") << f.title.toStdString();
+    std::cout << "[ size ] " << f.title.toStdString() << ": minimum " << f.minimum.width() << "x"
+              << f.minimum.height() << " at scale "
+              << (std::getenv("QT_SCALE_FACTOR") ? std::getenv("QT_SCALE_FACTOR") : "1") << "\n";
+}
+
+// Runs `open`, which shows a window (a modal one blocks in it), inspects the window that
+// appeared and closes it.
+std::optional<Findings> walkInto(const std::function<void()>& open) {
+    const QWidgetList before = QApplication::topLevelWidgets();
+    std::optional<Findings> found;
+    auto look = [&] {
+        for (QWidget* w : QApplication::topLevelWidgets())
+            if (w->isVisible() && !before.contains(w) && !qobject_cast<QMenu*>(w)) {
+                found = inspect(w);
+                w->close();
+                return true;
+            }
+        return false;
+    };
+    QTimer poll;
+    poll.setInterval(20);
+    QObject::connect(&poll, &QTimer::timeout, [&] {
+        if (look())
+            poll.stop();
+    });
+    poll.start();
+    open();
+    QTest::qWait(30);
+    if (!found)
+        look();
+    return found;
+}
+
+} // namespace
+
+TEST(WindowLayout, EveryWindowFitsHasUniqueAccessKeysAndNamedControls) {
+    Desk d;
+    d.model->options.Verbose = false;
+    for (const char* f : {"soundcard.wav", "receiver.wav", "external.wav"})
+        d.recordings.push_back(kExamples + f);
+    for (int step = 1; step <= 3; ++step)
+        QTest::mouseClick(d.window->stepButton(step), Qt::LeftButton);
+    ASSERT_TRUE(d.window->action("Transfer results")->isEnabled());
+
+    // The main window, with results in its grids and the comparison open.
+    const Findings main = inspect(d.window.get());
+    expectFits(main, kMainWindowMinHeight);
+
+    // Every set-up box, grid heading and P.372 figure says what it is.
+    std::string unexplained;
+    for (int i = 0; i < kSetupFieldCount; ++i)
+        if (d.window->setupPanel()->fieldWidget(static_cast<SetupField>(i))->toolTip().isEmpty())
+            unexplained += "field " + std::to_string(i) + "; ";
+    for (ResultTable* grid : {d.window->measurementsGrid(), d.window->resultsGrid()}) {
+        for (int c = 0; c < grid->columnCount(); ++c)
+            if (grid->horizontalHeaderItem(c)->toolTip().isEmpty())
+                unexplained += grid->horizontalHeaderItem(c)->text().toStdString() + "; ";
+        for (int r = 0; r < grid->rowCount(); ++r)
+            if (grid->verticalHeaderItem(r)->toolTip().isEmpty())
+                unexplained += grid->verticalHeaderItem(r)->text().toStdString() + "; ";
+    }
+    for (const char* figure : {"lblFa", "lblFam", "lblDelta", "lblPlacement", "lblGalactic"})
+        if (d.window->findChild<QLabel*>(figure)->toolTip().isEmpty())
+            unexplained += std::string(figure) + "; ";
+    EXPECT_EQ(unexplained, "");
+
+    // Each menu on its own: no two visible entries share a key.
+    for (QMenu* menu : d.window->findChildren<QMenu*>()) {
+        std::map<QChar, QStringList> keys;
+        for (QAction* a : menu->actions())
+            if (a->isVisible() && !a->isSeparator())
+                if (const QChar key = accessKey(a->text()); !key.isNull())
+                    keys[key] << a->text();
+        EXPECT_EQ(clashes(keys), "") << menu->title().toStdString();
+    }
+
+    // Every window a command opens.
+    d.model->state.InputDevice = "no such input";
+    std::set<QString> seen;
+    for (const char* command : {"Transfer results", "CalibrateRx", "GPS setup...",
+                                "Check for updates", "About ZAV", "Plot wave", "Input level..."}) {
+        QAction* action = d.window->action(command);
+        ASSERT_NE(action, nullptr) << command;
+        const auto found = walkInto([action] { action->trigger(); });
+        ASSERT_TRUE(found) << command << " opened no window";
+        expectFits(*found, kBudgetHeight);
+        seen.insert(found->title);
+    }
+    const auto position =
+        walkInto([&] { d.window->findChild<QPushButton*>("btnGetPos")->click(); });
+    ASSERT_TRUE(position);
+    expectFits(*position, kBudgetHeight);
+
+    // The recording's progress window, which only a sound card input opens.
+    WorkingDialog working(d.window.get());
+    working.show();
+    expectFits(inspect(&working), kBudgetHeight);
+    EXPECT_EQ(seen.size(), 7u);
+}
+
+TEST(WindowLayout, MainWindowOpensWithinTheScreenAndFoldsTheComparison) {
+    Desk d;
+    const QRect screen = d.window->screen()->availableGeometry();
+    EXPECT_LE(d.window->height(), screen.height());
+    EXPECT_LE(d.window->width(), screen.width());
+
+    // A place saved on a larger screen is brought within this one.
+    d.settings.SaveSetting("window", "geometry", "");
+    d.window->resize(screen.width() + 300, screen.height() + 400);
+    d.window->close();
+    MainWindow again(*d.model, d.dialogs, d.settings, d.desktop, nullptr);
+    EXPECT_LE(again.height(), screen.height());
+
+    // Folding the comparison away shrinks what the window needs.
+    QGroupBox* p372 = nullptr;
+    for (QGroupBox* box : d.window->findChildren<QGroupBox*>())
+        if (box->title() == "Site against ITU-R P.372")
+            p372 = box;
+    ASSERT_NE(p372, nullptr);
+    ASSERT_TRUE(p372->isCheckable());
+    QWidget* content = static_cast<QScrollArea*>(d.window->centralWidget())->widget();
+    const int open = content->sizeHint().height();
+    p372->setChecked(false);
+    QTest::qWait(10);
+    EXPECT_LT(content->sizeHint().height(), open - 150);
+}
