@@ -62,7 +62,7 @@ int main(int argc, char* argv[]) {
         args.push_back(arg.toStdString());
 
     zav::QtSettingsStore settings;
-    zav::QtDialogs dialogs;
+    zav::QtDialogs dialogs(nullptr, &settings);
     const zav::StartupDecision decision = zav::DecideStartup(
         zav::JoinCommandLine(args), QDir::currentPath().toStdString(), settings, dialogs);
     if (!decision.showWindow)

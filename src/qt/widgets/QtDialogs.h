@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/Dialogs.h"
+#include "platform/SettingsStore.h"
 
 #include <QString>
 
@@ -11,10 +12,13 @@ class QWidget;
 
 namespace zav {
 
-// Message boxes and file choosers as Qt dialogs, modal to `parent`.
+// Message boxes and file choosers as Qt dialogs, modal to `parent`. A chooser opens in the
+// folder that its kind of file was last chosen in, kept in `folders` (section "folders")
+// from one run to the next when a store is given.
 class QtDialogs : public Dialogs {
 public:
-    explicit QtDialogs(QWidget* parent = nullptr) : m_parent(parent) {}
+    explicit QtDialogs(QWidget* parent = nullptr, SettingsStore* folders = nullptr)
+        : m_parent(parent), m_folders(folders) {}
     void setParent(QWidget* parent) { m_parent = parent; }
 
     MessageResult ShowMessage(const std::string& text, const std::string& title, MessageIcon icon,
@@ -27,6 +31,7 @@ private:
     void remember(const FileDialogRequest& request, const QString& chosen);
 
     QWidget* m_parent;
+    SettingsStore* m_folders;
     // The folder each kind of file was last chosen in during this run.
     std::map<std::string, QString> m_lastFolder;
 };

@@ -1,5 +1,7 @@
 #include "qt/widgets/QtDialogs.h"
 
+#include "platform/MemorySettingsStore.h"
+
 #include <QApplication>
 #include <QDir>
 #include <QFileDialog>
@@ -44,7 +46,8 @@ TEST(QtDialogs, FilterListsBecomeQtFilters) {
 // is added, and the next chooser for that kind of file opens where this one ended.
 TEST(QtDialogs, SaveChooserAddsTheSuffixAndRemembersTheFolderPerKind) {
     QTemporaryDir start, elsewhere;
-    QtDialogs dialogs;
+    MemorySettingsStore kept;
+    QtDialogs dialogs(nullptr, &kept);
     auto save = [&dialogs](const FileDialogRequest& request, const QString& typed) {
         ChooserAnswer answer([typed](QFileDialog* chooser) {
             chooser->selectFile(typed);
@@ -74,4 +77,12 @@ TEST(QtDialogs, SaveChooserAddsTheSuffixAndRemembersTheFolderPerKind) {
     FileDialogRequest wave = text;
     wave.filter = "All Files (*.*)|*.*|Wave files (*.wav)|*.wav";
     EXPECT_EQ(opensIn(wave), QDir(start.path()).absolutePath());
+
+    // The next run opens the text kind where this one left it.
+    QtDialogs nextRun(nullptr, &kept);
+    ChooserAnswer answer([&](QFileDialog* chooser) {
+        EXPECT_EQ(chooser->directory().absolutePath(), QDir(elsewhere.path()).absolutePath());
+        chooser->reject();
+    });
+    EXPECT_EQ(nextRun.SaveFileName(text), std::nullopt);
 }
