@@ -18,7 +18,7 @@ PACKAGES := cmake g++ make ninja-build ccache pkg-config file dpkg-dev time \
 
 SUDO := $(shell [ "$$(id -u)" = 0 ] || echo sudo)
 
-.PHONY: deps print-packages build test run demo package bench fuzz test-sanitize clean format
+.PHONY: deps print-packages build test run demo package bench fuzz test-sanitize clean format mutate
 
 deps:
 	@missing=""; \
@@ -72,6 +72,12 @@ FUZZ_SECONDS ?= 60
 fuzz: deps
 	@dpkg -s clang libclang-rt-14-dev >/dev/null 2>&1 || $(SUDO) env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq clang libclang-rt-14-dev
 	FUZZ_SECONDS=$(FUZZ_SECONDS) sh scripts/fuzz.sh
+
+# Plants one-line faults in the core, one at a time, and counts how many the tests notice
+# (scripts/mutations.tsv; MUTATE_ARGS="--only PATTERN" for a subset). Not part of `make test`.
+MUTATE_ARGS ?=
+mutate: build
+	sh scripts/mutate.sh --build-dir $(BUILD_DIR) --jobs $(JOBS) $(MUTATE_ARGS)
 
 # The whole suite built with the address and undefined-behaviour sanitizers (leaks checked).
 test-sanitize: deps
