@@ -6,6 +6,7 @@
 #include "cli/Json.h"
 #include "cli/PostCommand.h"
 #include "platform/AtomicFile.h"
+#include "platform/Number.h"
 #include "report/TextReport.h"
 
 #include <filesystem>
@@ -127,6 +128,19 @@ int RunMeasure(const std::vector<std::string>& args, CliIo& io) {
         verdicts[step].messages.assign(shown.begin() + static_cast<long>(before), shown.end());
     }
     const bool calculated = !m.steps.gridCalc.Text(9).empty();
+    if (!calculated && verdicts[2].ran) {
+        // The calculation needs a bandwidth and a frequency above zero; the window shows the
+        // empty grid, here the reason is said.
+        const char sep = m.steps.decimalSeparator;
+        if (!(Number(m.setup.Bandwidth, sep) > 0))
+            io.err
+                << "zavcli measure: no field strength: the bandwidth must be above 0 Hz (it is \""
+                << m.setup.Bandwidth << "\")\n";
+        else if (!(Number(m.setup.Frequency, sep) > 0))
+            io.err
+                << "zavcli measure: no field strength: the frequency must be above 0 MHz (it is \""
+                << m.setup.Frequency << "\")\n";
+    }
 
     int status = calculated ? kExitOk : kExitFailed;
     if (!a.log.empty()) {

@@ -24,9 +24,10 @@ int ProfileCommand(const std::vector<std::string>& args, CliIo& io) {
     if (path.empty())
         return UsageError(io, "profile", "no profile given");
 
+    // A profile that is there but cannot be read is reported by the loader itself.
     std::error_code ec;
-    if (!std::filesystem::is_regular_file(
-            std::filesystem::path(std::u8string(path.begin(), path.end())), ec))
+    if (!std::filesystem::exists(std::filesystem::path(std::u8string(path.begin(), path.end())),
+                                 ec))
         io.err << "zavcli profile: " << path
                << " cannot be read; every setting shows its default\n";
 

@@ -8,8 +8,12 @@
 namespace zav {
 
 void ObservationOutputs::MenuSaveTsv_Click() {
-    if (!AppendDataLog(TsvFileName, m_source()))
+    std::string error;
+    if (!AppendDataLog(TsvFileName, m_source(), &error)) {
+        m_ports.dialogs.ShowMessage("Error: the data log could not be written: " + error, kAppTitle,
+                                    MessageIcon::Critical);
         return;
+    }
     m_commands.MenuSaveTsv = false;
     m_commands.RTSVB = false;
     focus = FocusTarget::Step3;
@@ -25,8 +29,11 @@ void ObservationOutputs::MenuSaveText_Click() {
     const auto path = m_ports.dialogs.SaveFileName(request);
     if (!path)
         return;
-    // File errors end the command quietly; the old file stays whole if the write fails.
-    WriteFileAtomically(*path, SavedTextResults(source));
+    // The old file stays whole if the write fails.
+    std::string error;
+    if (!WriteFileAtomically(*path, SavedTextResults(source), &error))
+        m_ports.dialogs.ShowMessage("Error: the report could not be saved: " + error, kAppTitle,
+                                    MessageIcon::Critical);
 }
 
 void ObservationOutputs::MenuCopyTextClip_Click() {
