@@ -123,3 +123,30 @@ TEST(DataLog, AFailedAppendLeavesTheFileAsItWasSaysWhyAndLeavesTheCommandsEnable
     EXPECT_EQ(dialogs.messages.size(), 3u);
 #endif
 }
+
+TEST(ObservationOutputs, ASavedReportIsWholeOrTheFailureSaysWhy) {
+    test::TempDir dir;
+    test::ReportFixture f;
+    CommandStates commands;
+    test::FakeDialogs dialogs;
+    test::FakeClipboard clipboard;
+    test::FakeMailer mailer;
+    ObservationOutputs outputs([&f] { return f.source(); }, commands, {dialogs, clipboard, mailer});
+    const fs::path report = dir.path / "report.txt";
+    dialogs.files = {report.string(), report.string()};
+    outputs.MenuSaveText_Click();
+    const std::string saved = test::ReadFile(report);
+    EXPECT_FALSE(saved.empty());
+    EXPECT_TRUE(dialogs.messages.empty());
+#ifdef __linux__
+    std::ofstream(report) << "old";
+    {
+        test::FileSizeLimit full(saved.size() / 2);
+        outputs.MenuSaveText_Click();
+    }
+    EXPECT_EQ(test::ReadFile(report), "old");
+    EXPECT_EQ(dialogs.texts(), std::vector<std::string>{"Error: the report could not be saved: "
+                                                        "cannot write " +
+                                                        report.string() + ": File too large"});
+#endif
+}
