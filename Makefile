@@ -65,6 +65,7 @@ bench: deps
 	cmake -S . -B build-bench -G Ninja -DCMAKE_BUILD_TYPE=Release -DZAV_BENCHMARKS=ON -DZAV_TESTS=OFF
 	cmake --build build-bench -j $(JOBS)
 	build-bench/bin/zav_detector_benchmark
+	build-bench/bin/zav_profile_benchmark
 	sh benchmarks/analyse_vs_sox.sh build-bench/bin/zavcli
 
 # Every libFuzzer target for FUZZ_SECONDS seconds each (default 60); fails on any crash.

@@ -3,6 +3,7 @@
 #include "app/Caption.h"
 #include "app/GetPosition.h"
 #include "platform/CompareVersions.h"
+#include "platform/TempFolder.h"
 #include "platform/TextHelpers.h"
 
 #include <cstdio>
@@ -64,6 +65,9 @@ void MainModel::Form_Load() {
         MenuSCCPEnabled = MenuSCCREnabled = false;
     const std::string id = "0000000" + m_environment.processId;
     steps.TempWave = m_environment.tempDir + "~" + id.substr(id.size() - 8);
+    // A run that was killed left its recordings behind; one ended by a signal removes its own.
+    RemoveStaleRecordings(m_environment.tempDir);
+    RemoveOnTermination({steps.TempWave + ".wav", steps.TempWave + ".tmp"});
     profiles.LoadWindowSettings();
     profiles.GetProfileSettings();
 }

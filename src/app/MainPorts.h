@@ -28,7 +28,8 @@ struct MainPorts {
 // Facts about the machine the model is told once.
 struct MainEnvironment {
     char decimalSeparator = '.';
-    std::string tempDir;   // where the step recordings live, with a trailing separator
+    std::string tempDir;   // where the step recordings live, private to the user (see
+                           // PrivateTempFolder), with a trailing separator
     std::string processId; // makes the recordings' names this run's own
     std::string osVersion; // decides the two sound-mixer entries
 };

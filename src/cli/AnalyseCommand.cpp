@@ -56,7 +56,7 @@ int AnalyseCommand(const std::vector<std::string>& args, CliIo& io) {
     {
         BinaryFile probe;
         if (!probe.Open(path)) {
-            io.err << "zavcli analyse: cannot open " << path << "\n";
+            io.err << "zavcli analyse: cannot open " << path << ": " << probe.OpenError() << "\n";
             return kExitFailed;
         }
         SilentDialogs silent;

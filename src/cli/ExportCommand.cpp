@@ -62,7 +62,7 @@ int ExportCommand(const std::vector<std::string>& args, CliIo& io) {
     case WaveSampleReader::Status::Ok:
         break;
     case WaveSampleReader::Status::CannotOpen:
-        io.err << "zavcli export: cannot open " << path << "\n";
+        io.err << "zavcli export: cannot open " << path << ": " << samples.OpenError() << "\n";
         return kExitFailed;
     case WaveSampleReader::Status::NoSamples:
         if (dialogs.messages().empty())
@@ -86,10 +86,7 @@ int ExportCommand(const std::vector<std::string>& args, CliIo& io) {
     AtomicFileWriter writer(outPath);
     std::string error;
     if (!write(writer.Stream()) || !writer.Commit(&error)) {
-        io.err << "zavcli export: cannot write " << outPath;
-        if (!error.empty())
-            io.err << ": " << error;
-        io.err << "\n";
+        io.err << "zavcli export: " << (error.empty() ? "cannot write " + outPath : error) << "\n";
         return kExitFailed;
     }
     return kExitOk;

@@ -1,7 +1,7 @@
 #include "cli/GpsCommand.h"
 
 #include "cli/Commands.h"
-#include "cli/NmeaCommand.h"
+#include "cli/NmeaInput.h"
 #include "config/GpsSettings.h"
 #include "gps/GetPositionModel.h"
 #include "gps/NumberConversion.h"
@@ -16,7 +16,6 @@
 #include <QTimer>
 
 #include <algorithm>
-#include <fstream>
 #include <optional>
 
 namespace zav {
@@ -106,30 +105,44 @@ void reportNewError(const GetPositionModel& model, std::size_t& seen, CliIo& io)
 }
 
 int finish(const GetPositionModel& model, CliIo& io) {
+    if (model.Count == 0) {
+        io.err << "zavcli gps: no fix met the accuracy before the time-out\n";
+        return kExitFailed;
+    }
     io.out << model.lat << '\t' << model.lon << '\t' << model.ct << '\t' << model.acc << '\n';
     io.out.flush();
-    return model.Count > 0 ? kExitOk : kExitFailed;
+    return kExitOk;
 }
 
 int fromFile(const Request& request, CliIo& io) {
-    std::ifstream in(*request.file, std::ios::binary);
-    if (!in) {
-        io.err << "zavcli: cannot read " << *request.file << "\n";
+    NmeaInput in;
+    std::string error;
+    if (!in.Open(*request.file, error)) {
+        io.err << "zavcli: cannot read " << *request.file << ": " << error << "\n";
         return kExitFailed;
     }
+    // A file is replayed to its end; a pipe or a device (a receiver) is read until the
+    // time-out, whether or not it sends anything.
+    std::optional<NmeaInput::Clock::time_point> deadline;
+    if (!in.IsRegularFile())
+        deadline = NmeaInput::Clock::now() + std::chrono::milliseconds(static_cast<long long>(
+                                                 std::min(request.timeoutSeconds, 2e6) * 1000));
     NoPort port;
     SilentBeeper beeper;
     GetPositionModel model(request.settings, port, beeper, false);
     model.Form_Load();
     std::size_t errors = 0;
     std::string line;
-    while (ReadNmeaLine(in, line)) {
+    NmeaInput::Next next;
+    while ((next = in.Read(line, deadline)) == NmeaInput::Next::Line) {
         model.ComPort_OnComm(GetPositionModel::kCommEventReceive, line + "\r\n");
         reportNewError(model, errors, io);
         model.Timer1_Timer();
         if (model.result() != GetPositionModel::Result::Open)
             break;
     }
+    if (next == NmeaInput::Next::Failed)
+        io.err << "zavcli: reading " << *request.file << " failed: " << in.Error() << "\n";
     if (model.result() == GetPositionModel::Result::Open)
         model.OKButton_Click();
     return finish(model, io);

@@ -1,6 +1,7 @@
 #include "cli/HeadlessModel.h"
 
 #include "platform/Paths.h"
+#include "platform/TempFolder.h"
 
 #include <QCoreApplication>
 
@@ -31,7 +32,10 @@ HeadlessModel::HeadlessModel(const std::string& profilePath, std::ostream& err)
     startup.profilePath = profilePath;
     startup.profileName = ProfileBaseName(profilePath);
     MainEnvironment environment;
-    environment.tempDir = WithTrailingSeparator(std::filesystem::temp_directory_path().string());
+    std::string folderError;
+    environment.tempDir = PrivateTempFolder(&folderError);
+    if (environment.tempDir.empty())
+        err << "zavcli: " << folderError << "\n";
     environment.processId =
         QString::number(QCoreApplication::applicationPid(), 16).toUpper().toStdString();
     m_model = std::make_unique<MainModel>(startup,

@@ -6,6 +6,7 @@
 #include "cli/Json.h"
 #include "cli/PostCommand.h"
 #include "platform/AtomicFile.h"
+#include "platform/Number.h"
 #include "report/TextReport.h"
 
 #include <filesystem>

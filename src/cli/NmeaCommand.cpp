@@ -1,56 +1,35 @@
 #include "cli/NmeaCommand.h"
 
 #include "cli/Commands.h"
+#include "cli/NmeaInput.h"
 #include "gps/NmeaEventText.h"
 #include "gps/NmeaInterpreter.h"
 #include "gps/RuntimeError.h"
 
-#include <fstream>
-#include <iostream>
-#include <iterator>
-
 namespace zav {
-
-bool ReadNmeaLine(std::istream& in, std::string& line) {
-    line.clear();
-    std::istreambuf_iterator<char> it(in);
-    const std::istreambuf_iterator<char> end;
-    if (it == end)
-        return false;
-    for (; it != end; ++it) {
-        const char c = *it;
-        if (c == '\n') {
-            ++it;
-            break;
-        }
-        if (line.size() < kMaxNmeaLineBytes)
-            line += c;
-    }
-    if (!line.empty() && line.back() == '\r')
-        line.pop_back();
-    return true;
-}
 
 int NmeaCommand(const std::vector<std::string>& args, CliIo& io) {
     if (args.size() > 1 || (args.size() == 1 && args[0].size() > 1 && args[0][0] == '-')) {
         return UsageError(io, "nmea", "");
     }
-    std::ifstream file;
-    std::istream* in = &std::cin;
+    NmeaInput in;
     if (!args.empty() && args[0] != "-") {
-        file.open(args[0], std::ios::binary);
-        if (!file) {
-            io.err << "zavcli: cannot read " << args[0] << "\n";
+        std::string error;
+        // Followed like `cat` follows it: a named pipe is waited on until its writer comes.
+        if (!in.Open(args[0], error, true)) {
+            io.err << "zavcli: cannot read " << args[0] << ": " << error << "\n";
             return kExitFailed;
         }
-        in = &file;
+    } else {
+        in.OpenStandardInput();
     }
 
     NmeaEventText text(io.out);
     NmeaInterpreter interpreter(text);
     std::string sentence;
     // Each line's events go out at once, so a receiver piped in is followed live.
-    while (ReadNmeaLine(*in, sentence)) {
+    NmeaInput::Next next;
+    while ((next = in.Read(sentence)) == NmeaInput::Next::Line) {
         try {
             if (!interpreter.FParse(sentence))
                 io.out << "rejected\t" << sentence << '\n';
@@ -58,6 +37,12 @@ int NmeaCommand(const std::vector<std::string>& args, CliIo& io) {
             io.out << "error\t" << e.what() << '\n';
         }
         io.out.flush();
+    }
+    if (next == NmeaInput::Next::Failed) {
+        // A stick pulled out or a port gone: the events so far stand, the end is said.
+        io.err << "zavcli: reading " << (args.empty() ? "-" : args[0]) << " failed: " << in.Error()
+               << "\n";
+        return kExitFailed;
     }
     return kExitOk;
 }

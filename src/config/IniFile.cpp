@@ -2,16 +2,12 @@
 
 #include "config/TextEncoding.h"
 #include "platform/AtomicFile.h"
+#include "platform/FileAccess.h"
 
 #include <algorithm>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 
 namespace zav {
 namespace {
-
-namespace fs = std::filesystem;
 
 bool isBlank(char c) {
     return c == ' ' || c == '\t' || c == '\r';
@@ -44,14 +40,13 @@ std::string encodeValue(const std::string& value) {
     return quote ? '"' + value + '"' : value;
 }
 
-// Paths are UTF-8 everywhere in the program.
-fs::path toPath(const std::string& utf8) {
-    return fs::path(std::u8string(utf8.begin(), utf8.end()));
-}
-
-void setError(std::string* error, std::string text) {
-    if (error)
-        *error = std::move(text);
+// Section names compare without regard to ASCII case: the index key is the lower-case name.
+std::string foldedName(std::string_view name) {
+    std::string folded(name);
+    for (char& c : folded)
+        if (c >= 'A' && c <= 'Z')
+            c = static_cast<char>(c + 32);
+    return folded;
 }
 
 } // namespace
@@ -62,7 +57,9 @@ IniFile IniFile::Parse(std::string_view bytes) {
     Section* current = nullptr;
     std::string_view rest = text;
     while (!rest.empty()) {
-        const std::size_t end = rest.find('\n');
+        // LF, CR LF and a lone CR (old Mac editors) all end a line; the empty line between
+        // CR and LF is skipped like any other.
+        const std::size_t end = rest.find_first_of("\r\n");
         std::string_view line = trim(rest.substr(0, end));
         rest = end == std::string_view::npos ? std::string_view() : rest.substr(end + 1);
 
@@ -74,10 +71,8 @@ IniFile IniFile::Parse(std::string_view bytes) {
                 continue;
             const std::string_view name = trim(line.substr(1, close - 1));
             current = ini.findSection(name);
-            if (!current) {
-                ini.m_sections.push_back({std::string(name), {}});
-                current = &ini.m_sections.back();
-            }
+            if (!current)
+                current = ini.addSection(name);
             continue;
         }
         const std::size_t equals = line.find('=');
@@ -93,37 +88,23 @@ IniFile IniFile::Parse(std::string_view bytes) {
 }
 
 bool IniFile::Load(const std::string& path, std::string* error) {
-    m_sections.clear();
-    std::error_code ec;
-    const fs::path p = toPath(path);
-    if (!fs::is_regular_file(p, ec)) {
-        setError(error, fs::exists(p, ec) ? "not a file" : "no such file");
+    *this = IniFile();
+    std::string bytes;
+    if (!ReadRegularFile(path, kMaxFileBytes, bytes, error))
         return false;
-    }
-    const auto size = fs::file_size(p, ec);
-    if (ec || size > kMaxFileBytes) {
-        setError(error, ec ? ec.message() : "file too large for a profile");
-        return false;
-    }
-    std::ifstream in(p, std::ios::binary);
-    if (!in) {
-        setError(error, "cannot be opened");
-        return false;
-    }
-    std::string bytes((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-    if (in.bad()) {
-        setError(error, "cannot be read");
-        return false;
-    }
-    *this = Parse(bytes.substr(0, kMaxFileBytes));
+    *this = Parse(bytes);
     return true;
 }
 
 IniFile::Section* IniFile::findSection(std::string_view name) {
-    for (Section& s : m_sections)
-        if (sameName(s.name, name))
-            return &s;
-    return nullptr;
+    const auto found = m_index.find(foldedName(name));
+    return found == m_index.end() ? nullptr : &m_sections[found->second];
+}
+
+IniFile::Section* IniFile::addSection(std::string_view name) {
+    m_index.emplace(foldedName(name), m_sections.size());
+    m_sections.push_back({std::string(name), {}});
+    return &m_sections.back();
 }
 
 const IniFile::Section* IniFile::findSection(std::string_view name) const {
@@ -150,10 +131,8 @@ void IniFile::Set(std::string_view section, std::string_view key, std::string_vi
     std::replace_if(
         clean.begin(), clean.end(), [](char c) { return c == '\r' || c == '\n'; }, ' ');
     Section* s = findSection(section);
-    if (!s) {
-        m_sections.push_back({std::string(section), {}});
-        s = &m_sections.back();
-    }
+    if (!s)
+        s = addSection(section);
     for (Entry& e : s->entries) {
         if (sameName(e.key, key)) {
             e.value = std::move(clean);
@@ -175,8 +154,9 @@ std::string IniFile::Text() const {
     return out;
 }
 
-bool IniFile::Save(const std::string& path, std::string* error) const {
-    return WriteFileAtomically(path, Text(), error);
+bool IniFile::Save(const std::string& path, std::string* error, bool ownerOnly) const {
+    return WriteFileAtomically(path, Text(), error,
+                               ownerOnly ? FileAccessMode::OwnerOnly : FileAccessMode::Usual);
 }
 
 } // namespace zav

@@ -3,6 +3,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 namespace zav {
@@ -11,8 +12,9 @@ namespace zav {
 // between platforms unchanged: section and key names compare without regard to case, blanks
 // around names and values are dropped, one pair of double quotes around a value is removed,
 // the first of duplicate keys wins (a repeated section continues the first), lines starting
-// with ";" and lines without "=" are ignored. Lines end in CR LF when written; LF or CR LF is
-// read. Text is UTF-8; a file that is not valid UTF-8 is read as Windows-1252.
+// with ";" and lines without "=" are ignored. Lines end in CR LF when written; LF, CR LF or
+// a lone CR is read. Text is UTF-8; UTF-16 with a byte-order mark is converted, and a file
+// that is not valid UTF-8 is read as Windows-1252.
 class IniFile {
 public:
     // A profile is a few hundred bytes; anything this large is not one.
@@ -21,8 +23,9 @@ public:
     // Reads the text of a file.
     static IniFile Parse(std::string_view bytes);
 
-    // Reads `path` in place of the current contents. A missing, unreadable or oversized file
-    // leaves the profile empty, so that every key yields its default; false and `error` then.
+    // Reads `path` in place of the current contents. A missing, unreadable or oversized file,
+    // or one that is no regular file (a folder, a device, a pipe), leaves the profile empty,
+    // so that every key yields its default; false and `error` (the reason in words) then.
     bool Load(const std::string& path, std::string* error = nullptr);
 
     // The value of a key, or nothing when the section or key is absent.
@@ -40,7 +43,8 @@ public:
 
     // Writes the whole file to a temporary file in the same folder and renames it into place,
     // so that a failure never leaves half a profile. False and `error` when it cannot.
-    bool Save(const std::string& path, std::string* error = nullptr) const;
+    // `ownerOnly` (the file holds a password) makes the file readable by its owner alone.
+    bool Save(const std::string& path, std::string* error = nullptr, bool ownerOnly = false) const;
 
 private:
     struct Entry {
@@ -54,8 +58,11 @@ private:
 
     Section* findSection(std::string_view name);
     const Section* findSection(std::string_view name) const;
+    Section* addSection(std::string_view name);
 
     std::vector<Section> m_sections;
+    // Lower-case section name -> position in m_sections: a large file loads in linear time.
+    std::unordered_map<std::string, std::size_t> m_index;
 };
 
 } // namespace zav

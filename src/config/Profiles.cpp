@@ -39,6 +39,12 @@ bool isFile(const std::string& path) {
         std::filesystem::path(std::u8string(path.begin(), path.end())), ec);
 }
 
+bool pathExists(const std::string& path) {
+    std::error_code ec;
+    return std::filesystem::exists(std::filesystem::path(std::u8string(path.begin(), path.end())),
+                                   ec);
+}
+
 // A stored 16-bit setting, rounded to the nearest integer (halves to even); a text that is
 // not a number, or a number that does not fit, gives the default.
 std::int16_t toInt16(const std::string& text, std::int16_t defaultValue) {
@@ -106,7 +112,15 @@ std::string Profiles::GetProfileSetting(const std::string& defaultValue, const s
 
 void Profiles::GetProfileSettings() {
     IniFile ini;
-    ini.Load(m_state.ProfilePath); // a missing profile is no error: every key its default
+    std::string error;
+    // A missing profile is no error: every key its default. One that is there but cannot be
+    // read (a folder, a device, a pulled-out stick) is said, so its defaults are not mistaken
+    // for its content.
+    if (!ini.Load(m_state.ProfilePath, &error) && !m_state.ProfilePath.empty() &&
+        pathExists(m_state.ProfilePath))
+        m_dialogs.ShowMessage("Error: profile " + m_state.ProfilePath + " cannot be read: " +
+                                  error + ". Every setting shows its default.",
+                              kAppTitle, MessageIcon::Critical);
     SetupRecord& r = m_record;
     const char sep = decimalSeparator;
 
@@ -210,19 +224,29 @@ IniFile Profiles::profileContents() const {
 }
 
 bool Profiles::SaveProfileSettings(std::string* error) {
-    // Written whole and renamed into place: the file holds exactly what is written now.
-    const bool saved = profileContents().Save(m_state.ProfilePath, error);
+    // Written whole and renamed into place: the file holds exactly what is written now. A
+    // password in it makes it the owner's alone.
+    const bool saved =
+        profileContents().Save(m_state.ProfilePath, error, !m_state.transfer.password.empty());
 
     m_settings.DeleteSetting("default");
     m_settings.SaveSetting("default", "Profile", m_state.ProfilePath);
     if (!m_state.InputDevice.empty())
         m_settings.SaveSetting("default", "InputDevice", m_state.InputDevice);
+    // Only a profile that is on the disk goes to the top of the recent list.
+    if (saved)
+        pushRecent();
     saveRecentList();
     saveGpsSettings();
     return saved;
 }
 
-void Profiles::saveRecentList() {
+void Profiles::reportFailedSave(const std::string& error) {
+    m_dialogs.ShowMessage("Error: the profile could not be saved: " + error, kAppTitle,
+                          MessageIcon::Critical);
+}
+
+void Profiles::pushRecent() {
     // The saved path lands in entry 1 and pushes every entry that differs from its
     // predecessor down one place. A path already further down stays there too, and saving
     // the profile in entry 1 again copies it into entry 2: the list has always worked so.
@@ -233,8 +257,12 @@ void Profiles::saveRecentList() {
             std::swap(list.Caption[i], carry);
             list.Visible[i] = !list.Caption[i].empty();
         }
-        m_settings.SaveSetting("default", "MRUF" + std::to_string(i), list.Caption[i]);
     }
+}
+
+void Profiles::saveRecentList() {
+    for (int i = 1; i <= MaxMru; ++i)
+        m_settings.SaveSetting("default", "MRUF" + std::to_string(i), m_state.recent.Caption[i]);
 }
 
 void Profiles::saveGpsSettings() {
@@ -260,7 +288,9 @@ FileDialogRequest Profiles::profileDialog(const std::string& fileName) const {
 
 void Profiles::MenuOpenProfile_Click() {
     const FileDialogRequest request = profileDialog("");
-    SaveProfileSettings(); // the outgoing profile is always written first
+    std::string error;
+    if (!SaveProfileSettings(&error)) // the outgoing profile is always written first
+        reportFailedSave(error);
     const auto chosen = m_dialogs.OpenFileName(request);
     if (!chosen)
         return;
@@ -273,9 +303,17 @@ void Profiles::MenuSaveProfile_Click() {
     const auto chosen = m_dialogs.SaveFileName(profileDialog(m_state.ProfilePath));
     if (!chosen)
         return;
+    const std::string previousPath = m_state.ProfilePath;
     m_state.ProfilePath = *chosen;
+    std::string error;
+    if (!SaveProfileSettings(&error)) {
+        // Nothing was saved under the new name: the window goes on with the profile it had.
+        m_state.ProfilePath = previousPath;
+        m_settings.SaveSetting("default", "Profile", previousPath);
+        reportFailedSave(error);
+        return;
+    }
     m_state.ProfileName = ProfileBaseName(m_state.ProfilePath);
-    SaveProfileSettings();
     m_events.ProfileNameChanged(m_state.ProfileName);
 }
 
@@ -289,7 +327,9 @@ void Profiles::MenuRecentFile_Click(int index) {
                               MessageIcon::Critical);
         return;
     }
-    SaveProfileSettings();
+    std::string error;
+    if (!SaveProfileSettings(&error))
+        reportFailedSave(error);
     m_state.ProfilePath = path;
     m_state.ProfileName = ProfileBaseName(path);
     GetProfileSettings();

@@ -29,8 +29,9 @@ public:
                                   const std::string& section) const;
     // Loads the current profile into the window, then starts again from step 1.
     void GetProfileSettings();
-    // Writes the whole current profile, then the "Profile", recent-list and "gps" settings.
-    // False (and `error`) when the profile file could not be written.
+    // Writes the whole current profile (its owner's alone when it holds a password), then the
+    // "Profile", recent-list and "gps" settings. False (and `error`: the file and the reason)
+    // when the profile file could not be written; the recent list then stays as it was.
     bool SaveProfileSettings(std::string* error = nullptr);
 
     void MenuOpenProfile_Click();
@@ -56,7 +57,9 @@ private:
     std::string readNumber(const IniFile& ini, const char* defaultValue, const char* key,
                            const char* section = "conditions", bool optional = false) const;
     IniFile profileContents() const;
+    void pushRecent();
     void saveRecentList();
+    void reportFailedSave(const std::string& error);
     void saveGpsSettings();
     FileDialogRequest profileDialog(const std::string& fileName) const;
 

@@ -5,6 +5,7 @@
 #include "platform/CommandLine.h"
 #include "platform/Paths.h"
 #include "platform/ResourceFolder.h"
+#include "platform/TempFolder.h"
 #include "platform/Version.h"
 #include "qt/services/AudioDevices.h"
 #include "qt/services/LocaleSeparator.h"
@@ -93,7 +94,11 @@ int main(int argc, char* argv[]) {
     zav::QtUpdater updater;
     zav::MainEnvironment environment;
     environment.decimalSeparator = decimalSeparator();
-    environment.tempDir = zav::WithTrailingSeparator(QDir::tempPath().toStdString());
+    std::string folderError;
+    environment.tempDir = zav::PrivateTempFolder(&folderError);
+    if (environment.tempDir.empty())
+        dialogs.ShowMessage("Error: " + folderError + ".", zav::kAppTitle,
+                            zav::MessageIcon::Critical);
     environment.processId =
         QString::number(QApplication::applicationPid(), 16).toUpper().toStdString();
     environment.osVersion = osVersion();

@@ -1,10 +1,11 @@
 #include "measure/AntennaFile.h"
 
+#include "platform/FileAccess.h"
 #include "platform/Number.h"
 
+#include <algorithm>
 #include <cmath>
-#include <fstream>
-#include <iterator>
+#include <string_view>
 
 namespace zav {
 
@@ -16,23 +17,37 @@ constexpr const char* kTitle = "ZAV Antenna File error:";
 // without line ends cannot fill the memory.
 constexpr std::size_t kMaxLineBytes = 4096;
 
-// Reads lines ended by CR LF, LF or a lone CR; false at the end of the file.
-bool nextLine(std::istreambuf_iterator<char>& it, std::string& line) {
-    const std::istreambuf_iterator<char> end;
-    if (it == end)
+// A table holds at most 100 records; a megabyte leaves room for any comments around them.
+constexpr std::size_t kMaxFileBytes = 1024 * 1024;
+
+// Takes the next line, ended by CR LF, LF or a lone CR, off the front of `rest`; false at
+// the end of the file.
+bool nextLine(std::string_view& rest, std::string& line) {
+    if (rest.empty())
         return false;
-    line.clear();
-    while (it != end) {
-        const char c = *it++;
-        if (c == '\n')
-            return true;
-        if (c == '\r') {
-            if (it != end && *it == '\n')
-                ++it;
-            return true;
-        }
-        if (line.size() < kMaxLineBytes)
-            line += c;
+    const std::size_t end = rest.find_first_of("\r\n");
+    line.assign(rest.substr(0, std::min(end, kMaxLineBytes)));
+    if (end == std::string_view::npos) {
+        rest = {};
+        return true;
+    }
+    const bool crlf = rest[end] == '\r' && end + 1 < rest.size() && rest[end + 1] == '\n';
+    rest.remove_prefix(end + (crlf ? 2 : 1));
+    return true;
+}
+
+bool finiteRow(const AntennaRow& row) {
+    return std::isfinite(row[0]) && std::isfinite(row[1]) && std::isfinite(row[2]);
+}
+
+// The spline through extreme or infinite values yields NaN or infinity somewhere: such a
+// table would put those into every field strength, so it is refused.
+bool finiteTable(const std::vector<AntennaRow>& t) {
+    for (std::size_t i = 0; i < t.size(); ++i) {
+        if (!finiteRow(t[i]))
+            return false;
+        if (i > 0 && !std::isfinite(csinterpolate(t, (t[i - 1][0] + t[i][0]) / 2)))
+            return false;
     }
     return true;
 }
@@ -64,18 +79,18 @@ std::size_t roundHalfEvenMidpoint(std::size_t lo, std::size_t hi) {
 
 AntennaFile ReadAntennaFile(const std::string& path, Dialogs& dialogs, char decimalSeparator) {
     AntennaFile result;
-    std::ifstream in(path, std::ios::binary);
-    if (!in) {
-        dialogs.ShowMessage("Error: cannot open antenna file " + path + ".", kTitle,
+    std::string bytes, reason;
+    if (!ReadRegularFile(path, kMaxFileBytes, bytes, &reason)) {
+        dialogs.ShowMessage("Error: cannot open antenna file " + path + ": " + reason + ".", kTitle,
                             MessageIcon::Critical);
         return result;
     }
-    std::istreambuf_iterator<char> it(in);
+    std::string_view rest = bytes;
     bool failed = false;
     double previous = 0;
     std::string line;
     bool firstLine = true;
-    while (nextLine(it, line)) {
+    while (nextLine(rest, line)) {
         // Editors on some systems start a UTF-8 file with a byte-order mark; it is no text.
         if (firstLine && line.compare(0, 3, "\xEF\xBB\xBF") == 0)
             line.erase(0, 3);
@@ -112,8 +127,14 @@ AntennaFile ReadAntennaFile(const std::string& path, Dialogs& dialogs, char deci
                             MessageIcon::Critical);
         failed = true;
     }
-    if (!failed)
+    if (!failed) {
         SplineSecondDerivatives(result.IntTable);
+        if (!finiteTable(result.IntTable)) {
+            dialogs.ShowMessage("Antenna File values out of range (not finite), load aborted.",
+                                kTitle, MessageIcon::Critical);
+            failed = true;
+        }
+    }
     result.Ok = !failed;
     return result;
 }

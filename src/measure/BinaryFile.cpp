@@ -1,5 +1,7 @@
 #include "measure/BinaryFile.h"
 
+#include "platform/FileAccess.h"
+
 #include <cstring>
 
 #ifndef _WIN32
@@ -20,13 +22,32 @@ bool seekStream(std::FILE* f, std::int64_t offset) {
 #endif
 }
 
+std::int64_t fileSize(std::FILE* f) {
+#ifdef _WIN32
+    if (_fseeki64(f, 0, SEEK_END) != 0)
+        return -1;
+    const std::int64_t size = _ftelli64(f);
+#else
+    if (fseeko(f, 0, SEEK_END) != 0)
+        return -1;
+    const std::int64_t size = ftello(f);
+#endif
+    std::rewind(f);
+    return size;
+}
+
 } // namespace
 
 bool BinaryFile::Open(const std::string& path) {
     Close();
-    m_file = std::fopen(path.c_str(), "rb");
+    m_openError.clear();
+    m_file = OpenRegularFile(path, &m_openError);
     m_position = 0;
     m_streamAtPosition = true;
+    if (m_file && fileSize(m_file) > kMaxBytes) {
+        Close();
+        m_openError = "it is larger than a WAVE file can be";
+    }
     return m_file != nullptr;
 }
 

@@ -18,8 +18,14 @@ public:
     BinaryFile(const BinaryFile&) = delete;
     BinaryFile& operator=(const BinaryFile&) = delete;
 
-    // False when the file cannot be opened; the object then reads as an empty file.
+    // A WAVE file's sizes are 32-bit: nothing larger is one of its files.
+    static constexpr std::int64_t kMaxBytes = 0xFFFFFFFFLL + 8;
+
+    // False when the file cannot be opened, is no regular file (a folder, a device, a pipe)
+    // or is larger than kMaxBytes; the object then reads as an empty file and OpenError()
+    // says why.
     bool Open(const std::string& path);
+    const std::string& OpenError() const { return m_openError; }
     void Close();
     bool IsOpen() const { return m_file != nullptr; }
 
@@ -38,6 +44,7 @@ public:
 
 private:
     std::FILE* m_file = nullptr;
+    std::string m_openError;
     std::int64_t m_position = 0;
     bool m_streamAtPosition = true; // the stream's own position equals m_position
 };

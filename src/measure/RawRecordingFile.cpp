@@ -1,5 +1,8 @@
 #include "measure/RawRecordingFile.h"
 
+#include "platform/FileAccess.h"
+
+#include <cstdio>
 #include <vector>
 
 namespace zav {
@@ -20,7 +23,10 @@ RawRecordingFile::~RawRecordingFile() {
 bool RawRecordingFile::Create(const std::string& path, const std::string& header) {
     if (m_file)
         std::fclose(m_file);
-    m_file = std::fopen(path.c_str(), "wb");
+    // The raw recording is this program's own file: the previous one is removed and the new
+    // one created afresh, never written through a link someone placed at the name.
+    std::remove(path.c_str());
+    m_file = CreateExclusiveFile(path, &m_error);
     m_headerBytes = header.size();
     m_samples = 0;
     // The data size field stays zero until Finish knows the count.

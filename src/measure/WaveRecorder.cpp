@@ -79,7 +79,8 @@ Recording WaveRecorder::RecordWave(const RecordingRequest& request) {
     const std::string rawPath = RawRecordingPath(request.wavefile);
     RawRecordingFile raw;
     if (!raw.Create(rawPath, templ->header))
-        return fail(RecordingErrorMessage({kDeviceBadFile, "Cannot write " + rawPath + "."}));
+        return fail(RecordingErrorMessage(
+            {kDeviceBadFile, "Cannot write " + rawPath + ": " + raw.CreateError() + "."}));
 
     LevelMeter meter(static_cast<std::size_t>(rate * kLevelWindowSeconds + 0.5));
     RecordingSink sink(raw, meter, m_ports.progress);

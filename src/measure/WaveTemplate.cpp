@@ -33,9 +33,11 @@ struct NotingDialogs : Dialogs {
 std::optional<WaveTemplate> ReadWaveTemplate(const std::string& path, Dialogs& dialogs) {
     BinaryFile file;
     if (!file.Open(path)) {
-        dialogs.ShowMessage("Error: recording wave file: the recording template \"" + path +
-                                "\" is missing.",
-                            kAppTitle, MessageIcon::Critical);
+        const bool missing = file.OpenError() == "No such file or directory";
+        dialogs.ShowMessage(
+            "Error: recording wave file: the recording template \"" + path +
+                (missing ? "\" is missing." : "\" cannot be read: " + file.OpenError() + "."),
+            kAppTitle, MessageIcon::Critical);
         return std::nullopt;
     }
     NotingDialogs noting(dialogs);

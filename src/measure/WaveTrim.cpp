@@ -3,6 +3,8 @@
 #include "measure/BinaryFile.h"
 #include "platform/AtomicFile.h"
 
+#include <filesystem>
+
 #include <cmath>
 
 namespace zav {
@@ -48,9 +50,14 @@ bool TrimRecording(const std::string& rawPath, const std::string& wavPath,
     if (raw.Read(out.data() + start, sampleBytes) != sampleBytes)
         return fail(error, "the raw recording " + rawPath + " holds fewer samples than kept");
     raw.Close();
+    // The recording is this program's own file: a link placed at its name is replaced, not
+    // written through.
+    std::error_code ignored;
+    if (std::filesystem::is_symlink(wavPath, ignored))
+        std::filesystem::remove(wavPath, ignored);
     std::string writeError;
     if (!WriteFileAtomically(wavPath, out, &writeError))
-        return fail(error, "cannot write " + wavPath + ": " + writeError);
+        return fail(error, writeError);
     return true;
 }
 

@@ -14,6 +14,9 @@ public:
                              const std::string& value) = 0;
     // Removes a whole section; a missing section is not an error.
     virtual void DeleteSetting(const std::string& section) = 0;
+    // Why a change could not be written to the disk; "" while every change was (or when the
+    // store keeps nothing on a disk).
+    virtual std::string WriteError() const { return ""; }
 };
 
 } // namespace zav

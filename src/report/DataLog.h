@@ -13,8 +13,10 @@ std::string DataLogHeader();
 std::string DataLogRow(const ReportSource& source);
 
 // Appends the row to the log at `path`, preceded by the header when the file is new or
-// empty, in a single write so that a crash never leaves half a row. False on any failure;
-// earlier rows are never touched, and the part of a row a full disk let through stays.
-bool AppendDataLog(const std::string& path, const ReportSource& source);
+// empty, in a single write so that a crash never leaves half a row. False (and `error`: the
+// file and the system's reason) on any failure; the file is then exactly as long as it was,
+// earlier rows untouched and no part of the new row left behind.
+bool AppendDataLog(const std::string& path, const ReportSource& source,
+                   std::string* error = nullptr);
 
 } // namespace zav

@@ -25,8 +25,11 @@ void ObservationOutputs::MenuSaveTsv_Click() {
     const ReportSource source = m_source();
     if (!HasResults(source))
         return;
-    if (!AppendDataLog(TsvFileName, source)) {
-        status = "No row appended: " + TsvFileName + " could not be written";
+    std::string error;
+    if (!AppendDataLog(TsvFileName, source, &error)) {
+        status = "No row appended: " + error;
+        m_ports.dialogs.ShowMessage("Error: the data log could not be written: " + error, kAppTitle,
+                                    MessageIcon::Critical);
         return;
     }
     status = "Row " + std::to_string(dataRows(TsvFileName)) + " appended to " + TsvFileName;
@@ -49,9 +52,12 @@ void ObservationOutputs::MenuSaveText_Click() {
     status.clear();
     if (!path)
         return;
-    // File errors end the command quietly; the old file stays whole if the write fails.
-    if (!WriteFileAtomically(*path, SavedTextResults(source))) {
-        status = "Text results not saved: " + *path + " could not be written";
+    // The old file stays whole if the write fails.
+    std::string error;
+    if (!WriteFileAtomically(*path, SavedTextResults(source), &error)) {
+        status = "Text results not saved: " + error;
+        m_ports.dialogs.ShowMessage("Error: the report could not be saved: " + error, kAppTitle,
+                                    MessageIcon::Critical);
         return;
     }
     status = "Text results saved to " + *path;

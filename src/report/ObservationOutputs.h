@@ -26,8 +26,8 @@ public:
         : m_source(std::move(source)), m_commands(commands), m_ports(ports) {}
 
     // Appends the row to `TsvFileName`; on success "&Record TSV" and its button are disabled
-    // until the next calculation, so one observation is never logged twice. A failure says
-    // nothing and leaves both enabled for another try.
+    // until the next calculation, so one observation is never logged twice. A failure is
+    // shown with its reason and leaves both enabled for another try.
     void MenuSaveTsv_Click();
     void MenuSaveText_Click();
     void MenuCopyTextClip_Click();

@@ -27,6 +27,8 @@ public:
     std::int32_t SampleRate() const { return m_sampleRate; }
     // The samples that `Read` will deliver in all.
     std::int64_t Samples() const { return m_samples; }
+    // Why the file could not be opened (after CannotOpen).
+    const std::string& OpenError() const { return m_file.OpenError(); }
 
     // Up to `count` of the next samples into `out`; 0 once all are read.
     std::size_t Read(std::int16_t* out, std::size_t count);

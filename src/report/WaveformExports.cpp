@@ -1,35 +1,44 @@
 #include "report/WaveformExports.h"
 
 #include "platform/AtomicFile.h"
+#include "platform/FileAccess.h"
 #include "platform/Version.h"
 #include "report/WaveSampleReader.h"
 #include "report/WaveformText.h"
 
-#include <filesystem>
-#include <fstream>
+#include <cstdio>
 #include <sstream>
 
 namespace zav {
 namespace {
 
 // Copies `from` to `to` through a temporary file, so a failed copy leaves `to` as it was.
-bool copyFile(const std::string& from, const std::string& to) {
-    std::ifstream in(std::filesystem::path(std::u8string(from.begin(), from.end())),
-                     std::ios::binary);
-    if (!in)
+bool copyFile(const std::string& from, const std::string& to, std::string& error) {
+    std::FILE* in = OpenRegularFile(from, &error);
+    if (!in) {
+        error = from + ": " + error;
         return false;
+    }
     AtomicFileWriter writer(to);
     char buffer[65536];
-    while (in && writer.Stream()) {
-        in.read(buffer, sizeof buffer);
-        writer.Stream().write(buffer, in.gcount());
-    }
-    if (in.bad())
+    std::size_t got;
+    while (writer.Stream() && (got = std::fread(buffer, 1, sizeof buffer, in)) > 0)
+        writer.Stream().write(buffer, static_cast<std::streamsize>(got));
+    const bool readFailed = std::ferror(in) != 0;
+    std::fclose(in);
+    if (readFailed) {
+        error = "cannot read " + from;
         return false;
-    return writer.Commit();
+    }
+    return writer.Commit(&error);
 }
 
 } // namespace
+
+void WaveformExports::showFailedSave(const std::string& error) {
+    m_ports.dialogs.ShowMessage("Error: the file could not be saved: " + error, kAppTitle,
+                                MessageIcon::Critical);
+}
 
 std::optional<std::string> WaveformExports::askSaveName(const WaveformSource& source,
                                                         const char* filter) {
@@ -47,10 +56,13 @@ void WaveformExports::MenuSaveWave_Click() {
     status.clear();
     if (!path)
         return;
-    // A failed copy ends the command without a message box.
-    status = copyFile(source.wavePath, *path)
-                 ? "Recording saved to " + *path
-                 : "Recording not saved: " + *path + " could not be written";
+    std::string error;
+    if (!copyFile(source.wavePath, *path, error)) {
+        status = "Recording not saved: " + error;
+        showFailedSave(error);
+        return;
+    }
+    status = "Recording saved to " + *path;
 }
 
 void WaveformExports::MenuExportGnuplot_Click() {
@@ -63,11 +75,19 @@ void WaveformExports::MenuExportGnuplot_Click() {
     if (!path)
         return;
     AtomicFileWriter writer(*path);
+    std::string error;
     const bool written =
-        WriteGnuplotScript(samples, source.stepTitle, source.obsTime, writer.Stream()) &&
-        writer.Commit();
-    status = written ? "Gnuplot file exported to " + *path
-                     : "Gnuplot file not exported: " + *path + " could not be written";
+        WriteGnuplotScript(samples, source.stepTitle, source.obsTime, writer.Stream());
+    // The script is written only through its stream: when that failed, the commit refuses
+    // and says why, and the old file stays.
+    if (!writer.Commit(&error) || !written) {
+        if (error.empty())
+            error = "cannot write " + *path;
+        status = "Gnuplot file not exported: " + error;
+        showFailedSave(error);
+        return;
+    }
+    status = "Gnuplot file exported to " + *path;
 }
 
 void WaveformExports::MenuCopyWaveClip_Click() {

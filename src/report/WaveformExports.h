@@ -57,6 +57,7 @@ public:
 
 private:
     std::optional<std::string> askSaveName(const WaveformSource& source, const char* filter);
+    void showFailedSave(const std::string& error);
 
     std::function<WaveformSource()> m_source;
     CommandStates& m_commands;

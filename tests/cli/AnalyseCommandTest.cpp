@@ -8,6 +8,8 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/stat.h>
+
 #include <cmath>
 #include <cstdlib>
 #include <filesystem>
@@ -108,10 +110,16 @@ TEST(AnalyseCommand, UnusableFilesAndBadUsage) {
                        44);
     const std::string noSamples = scratch("no-samples.wav");
     test::WriteWave(noSamples, {}, 44100);
+    const std::string fifo = scratch("pipe.wav");
+    std::filesystem::remove(fifo);
+    ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+    // A pipe nobody writes to and an endless device are refused, never waited on or read.
     for (auto [file, message] :
-         {std::pair<std::string, const char*>{stereo, "Unsupported WAVE file format."},
+         {std::pair<std::string, std::string>{stereo, "Unsupported WAVE file format."},
           {noSamples, "no samples"},
-          {scratch("absent.wav"), "cannot open"}}) {
+          {scratch("absent.wav"), "cannot open"},
+          {fifo, "cannot open " + fifo + ": it is not a regular file"},
+          {"/dev/zero", "cannot open /dev/zero: it is not a regular file"}}) {
         Cli bad;
         EXPECT_EQ(bad.run({"analyse", file}), kExitFailed) << file;
         EXPECT_NE(bad.err.str().find(message), std::string::npos) << bad.err.str();

@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <fstream>
 #include <sstream>
+#include <sys/stat.h>
 
 using namespace zav;
 using zav::test::Cli;
@@ -42,5 +43,33 @@ TEST(AntennaCommand, FailedLoadsAndBadUsage) {
         Cli u;
         EXPECT_EQ(u.run(args), kExitUsage) << args.size();
         EXPECT_TRUE(u.out.str().empty());
+    }
+}
+
+TEST(AntennaCommand, AFolderADeviceOrAPipeIsRefusedByTheCommandAndByAProfileThatNamesIt) {
+    const auto dir = std::filesystem::path(ZAV_BINARY_DIR) / "test-scratch" / "cli-unreadable";
+    std::filesystem::remove_all(dir);
+    std::filesystem::create_directories(dir);
+    const std::string fifo = (dir / "pipe.tab").string();
+    ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+    const std::pair<std::string, std::string> inputs[] = {
+        {dir.string(), "it is a folder"},
+        {"/dev/zero", "it is not a regular file"},
+        {fifo, "it is not a regular file"},
+    };
+    for (const auto& [path, reason] : inputs) {
+        const std::string message = "Error: cannot open antenna file " + path + ": " + reason + ".";
+        Cli antenna;
+        EXPECT_EQ(antenna.run({"antenna", path, "--at", "2"}), kExitFailed) << path;
+        EXPECT_NE(antenna.err.str().find(message), std::string::npos) << antenna.err.str();
+
+        const std::string profile =
+            antennaFile("named.zav", "[conditions]\r\nAntFilename=" + path + "\r\nTester=T\r\n");
+        Cli opened;
+        EXPECT_EQ(opened.run({"profile", profile}), kExitOk) << path;
+        EXPECT_NE(opened.err.str().find(message), std::string::npos) << opened.err.str();
+        EXPECT_NE(opened.out.str().find("Tester\tT\n"), std::string::npos);
+        EXPECT_NE(opened.out.str().find("AntFilename\t\n"), std::string::npos)
+            << "a failed load clears the name";
     }
 }

@@ -3,7 +3,7 @@
 // timer rule).
 #include "CliRun.h"
 #include "cli/Commands.h"
-#include "cli/NmeaCommand.h"
+#include "cli/NmeaInput.h"
 
 #include "testsupport/SharedData.h"
 
@@ -13,6 +13,12 @@
 #include <cstdlib>
 #include <fstream>
 #include <sstream>
+
+#include <csignal>
+#include <filesystem>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 using namespace zav;
 using zav::test::Cli;
@@ -128,14 +134,15 @@ TEST(GpsCommand, RealCapturesAgreeWithAnIndependentCapture) {
             Cli c;
             const int status = c.run({"gps", "--file", file, "--acc", std::to_string(acc)});
             SCOPED_TRACE(std::string(name) + " --acc " + std::to_string(acc));
-            const std::vector<std::string> got = split(c.out.str(), "\t");
-            ASSERT_EQ(got.size(), 4u) << c.out.str();
             if (e.count == 0) {
                 EXPECT_EQ(status, kExitFailed);
-                EXPECT_EQ(c.out.str(), "\t\t\t\n");
+                EXPECT_EQ(c.out.str(), "");
+                EXPECT_EQ(c.err.str(), "zavcli gps: no fix met the accuracy before the time-out\n");
                 continue;
             }
             ++averaged;
+            const std::vector<std::string> got = split(c.out.str(), "\t");
+            ASSERT_EQ(got.size(), 4u) << c.out.str();
             EXPECT_EQ(status, kExitOk);
             EXPECT_EQ(got[2], std::to_string(e.count));
             EXPECT_NEAR(std::stod(got[0]), e.sumLat / e.count, 5.01e-7);
@@ -187,16 +194,68 @@ TEST(GpsCommand, ExampleFixesAndUsage) {
               kExitFailed);
 }
 
-TEST(ReadNmeaLine, LinesAsSentWithAnEndlessLineCut) {
-    std::istringstream in(std::string(100000, 'A') + "\r\n$GPGGA,1\r\nglued\rtwo\n\nlast");
-    std::string line;
+TEST(NmeaInput, LinesAsSentWithAnEndlessLineCut) {
+    const auto file =
+        std::filesystem::temp_directory_path() / ("zav-nmea-lines-" + std::to_string(getpid()));
+    std::ofstream(file, std::ios::binary)
+        << std::string(100000, 'A') + "\r\n$GPGGA,1\r\nglued\rtwo\n\nlast";
+    NmeaInput in;
+    std::string error, line;
+    ASSERT_TRUE(in.Open(file.string(), error)) << error;
     std::vector<std::string> lines;
-    while (ReadNmeaLine(in, line))
+    while (in.Read(line) == NmeaInput::Next::Line)
         lines.push_back(line);
+    std::filesystem::remove(file);
     ASSERT_EQ(lines.size(), 5u);
     EXPECT_EQ(lines[0], std::string(kMaxNmeaLineBytes, 'A'));
     EXPECT_EQ(lines[1], "$GPGGA,1");
     EXPECT_EQ(lines[2], "glued\rtwo"); // only LF ends a line
     EXPECT_EQ(lines[3], "");
     EXPECT_EQ(lines[4], "last");
+}
+
+TEST(GpsCommand, FoldersPipesAndDevicesEndWithAReasonNeverAnAbortOrAHang) {
+    const auto dir =
+        std::filesystem::temp_directory_path() / ("zav-gps-inputs-" + std::to_string(getpid()));
+    std::filesystem::create_directories(dir);
+    const std::string fifo = (dir / "receiver").string();
+    ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+
+    for (const char* command : {"nmea", "gps"}) {
+        Cli folder;
+        const std::vector<std::string> args =
+            command == std::string("nmea")
+                ? std::vector<std::string>{"nmea", dir.string()}
+                : std::vector<std::string>{"gps", "--file", dir.string()};
+        EXPECT_EQ(folder.run(args), kExitFailed) << command;
+        EXPECT_EQ(folder.err.str(), "zavcli: cannot read " + dir.string() + ": it is a folder\n");
+    }
+    // A pipe nobody writes to and a device that sends without a line end: gps ends at its
+    // time-out with what it has, which is nothing.
+    for (const std::string& input : {fifo, std::string("/dev/zero")}) {
+        Cli c;
+        EXPECT_EQ(c.run({"gps", "--file", input, "--timeout", "0.5"}), kExitFailed) << input;
+        EXPECT_EQ(c.out.str(), "");
+        EXPECT_EQ(c.err.str(), "zavcli gps: no fix met the accuracy before the time-out\n");
+    }
+    // A receiver on a pipe is followed as it sends, and the capture ends at the time-out.
+    const std::string fixes = std::string(ZAV_SOURCE_DIR) + "/tests/data/gps/example-fixes.nmea";
+    const pid_t writer = fork();
+    ASSERT_GE(writer, 0);
+    if (writer == 0) {
+        std::ofstream out(fifo, std::ios::binary);
+        std::ifstream in(fixes, std::ios::binary);
+        out << in.rdbuf() << std::flush;
+        sleep(30); // the pipe stays open, as a receiver's does
+        _exit(0);
+    }
+    Cli live;
+    live.run({"gps", "--file", fifo, "--timeout", "2"});
+    kill(writer, SIGKILL);
+    waitpid(writer, nullptr, 0);
+    Cli replay;
+    replay.run({"gps", "--file", fixes});
+    EXPECT_EQ(live.out.str(), replay.out.str());
+    EXPECT_FALSE(live.out.str().empty());
+    std::filesystem::remove_all(dir);
 }

@@ -11,6 +11,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <map>
 #include <sstream>
 
@@ -160,6 +161,19 @@ TEST(MeasureCalibrate, RefusalsAndBadValues) {
     auto f = fields(w.out.str());
     EXPECT_LT(std::strtod(f["YFactorDb"].c_str(), nullptr), 0);
     EXPECT_EQ(f["RxNF"], "");
+
+    // A bandwidth of 0 is refused before anything is measured, and the reason is said.
+    std::ifstream plainIn(plain, std::ios::binary);
+    std::string zeroText((std::istreambuf_iterator<char>(plainIn)), {});
+    zeroText.replace(zeroText.find("Bandwidth=2700"), 14, "Bandwidth=0");
+    const std::string zeroPath = plain + ".zero.zav";
+    std::ofstream(zeroPath, std::ios::binary) << zeroText;
+    Cli zero;
+    EXPECT_EQ(
+        zero.run({"measure", "--profile", zeroPath, weak.soundcard, weak.receiver, weak.external}),
+        kExitFailed);
+    EXPECT_NE(zero.err.str().find("Value error: Bandwidth must be > 0"), std::string::npos)
+        << zero.err.str();
 
     // Limits off: the dialog is not offered.
     Cli off;

@@ -109,6 +109,24 @@ TEST(UpdateCommand, PrintsTheMessageAndFailsOnlyWhenTheSiteDoes) {
         EXPECT_EQ(check(server.url("/"), kExitFailed), "Update site not responding properly.\n")
             << reply;
     }
+    // Anyone on a public network can answer instead: a reply nested or crowded far beyond a
+    // real one (each under the size cap) is refused as no description at all, in one pass.
+    // Read the old way it held the check, and the window, for minutes.
+    std::string deep;
+    for (int i = 0; i < 120000; ++i)
+        deep += "<a>";
+    deep = "<update><url>" + home + "</url><version>" + newer + "</version>" + deep;
+    for (int i = 0; i < 120000; ++i)
+        deep += "</a>";
+    std::string crowded = "<update><url>" + home + "</url><version>" + newer + "</version>";
+    for (int i = 0; i < 100000; ++i)
+        crowded += "<b/>";
+    for (const std::string& hostile : {deep + "</update>", crowded + "</update>"}) {
+        server.reply(200, hostile);
+        EXPECT_EQ(check(server.url("/"), kExitFailed), "Update site not responding properly.\n");
+    }
+    server.reply(200, description(home, newer)); // and a real one still reads
+    EXPECT_EQ(check(server.url("/"), kExitOk), "New version available: " + newer + "\n");
 }
 
 TEST(MeasurePost, AcceptedObservationPrintsReceiptAfterTheReport) {

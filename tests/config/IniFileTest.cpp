@@ -6,10 +6,12 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <iconv.h>
 #include <random>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -256,13 +258,70 @@ TEST(IniFile, FailuresAreReportedNotThrown) {
         fs::permissions(locked, fs::perms::owner_all);
     }
 
-    // Reading: a missing file, a folder or something far too large gives an empty profile.
-    IniFile loaded = IniFile::Parse("[x]\ny=1\n");
-    EXPECT_FALSE(loaded.Load((dir.path / "nothing.zav").string(), &error));
-    EXPECT_FALSE(loaded.Value("x", "y"));
-    EXPECT_FALSE(loaded.Load(dir.path.string()));
+    // Reading: a missing file, a folder, a device, a pipe nobody writes to, something far too
+    // large or a read error gives an empty profile at once, and the reason in words.
     const fs::path big = dir.path / "big.zav";
     spit(big, "[x]\r\ny=1\r\n" + std::string(IniFile::kMaxFileBytes, ';'));
-    EXPECT_FALSE(loaded.Load(big.string()));
-    EXPECT_EQ(loaded.Text(), "");
+    const fs::path fifo = dir.path / "fifo.zav";
+    ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+    const std::pair<fs::path, const char*> unreadable[] = {
+        {dir.path / "nothing.zav", "No such file or directory"},
+        {dir.path, "it is a folder"},
+        {"/dev/zero", "it is not a regular file"},
+        {fifo, "it is not a regular file"},
+        {big, "it is larger than 4194304 bytes"},
+        {"/proc/self/mem", "Input/output error"}, // a regular file whose reading fails
+    };
+    for (const auto& [path, reason] : unreadable) {
+        IniFile loaded = IniFile::Parse("[x]\ny=1\n");
+        error.clear();
+        EXPECT_FALSE(loaded.Load(path.string(), &error)) << path;
+        EXPECT_EQ(error, reason) << path;
+        EXPECT_EQ(loaded.Text(), "") << path;
+    }
+}
+
+TEST(IniFile, OldMacLineEndsAndUnicodeTextFilesReadAsTheirText) {
+    const std::string text = "[conditions]\r\nReceiver=R\xC3\xA9"
+                             "cepteur \xE2\x82\xAC \xF0\x9F\x93\xBB\r\nLoss=1.5\r\n";
+    std::string crOnly = text;
+    crOnly.erase(std::remove(crOnly.begin(), crOnly.end(), '\n'), crOnly.end());
+    const std::optional<std::string> le = iconvConvert("UTF-8", "UTF-16LE", text);
+    const std::optional<std::string> be = iconvConvert("UTF-8", "UTF-16BE", text);
+    ASSERT_TRUE(le && be);
+    test::TempDir dir;
+    for (const std::string& bytes :
+         {crOnly, "\xFF\xFE" + *le, "\xFE\xFF" + *be, "\xEF\xBB\xBF" + text}) {
+        spit(dir.path / "p.zav", bytes);
+        IniFile ini;
+        ASSERT_TRUE(ini.Load((dir.path / "p.zav").string()));
+        EXPECT_EQ(ini.Text(), text) << bytes;
+    }
+    // A lone surrogate or a stray last byte is no reason to lose the rest.
+    const char broken[] = "\xFF\xFE[\0a\0]\0\n\0k\0=\0\x00\xD8x";
+    EXPECT_EQ(IniFile::Parse(std::string(broken, sizeof broken - 1)).Text(),
+              "[a]\r\nk=\xEF\xBF\xBD\xEF\xBF\xBD\r\n");
+}
+
+TEST(IniFile, AProfileOfTheMostSectionsAFileCanHoldLoadsWhole) {
+    // Each name looked up once per section: 100,000 of them must not cost 100,000 squared.
+    // The time it takes is a benchmark's figure; here every section must arrive.
+    std::string text;
+    for (int i = 0; i < 100000; ++i)
+        text += "[s" + std::to_string(i) + "]\r\nk=" + std::to_string(i) + "\r\n";
+    text += "[S99999]\r\nk=late\r\nj=added\r\n";
+    test::TempDir dir;
+    spit(dir.path / "big.zav", text);
+    IniFile ini;
+    ASSERT_TRUE(ini.Load((dir.path / "big.zav").string()));
+    EXPECT_EQ(ini.Value("s0", "k"), "0");
+    EXPECT_EQ(ini.Value("S51234", "K"), "51234");
+    EXPECT_EQ(ini.Value("s99999", "k"), "99999"); // the first of duplicate keys wins
+    EXPECT_EQ(ini.Value("s99999", "j"), "added"); // a repeated section continues the first
+    ini.Set("S70000", "new", "v");
+    ini.Set("fresh", "k", "w");
+    const IniFile back = IniFile::Parse(ini.Text());
+    EXPECT_EQ(back.Value("s70000", "new"), "v");
+    EXPECT_EQ(back.Value("FRESH", "k"), "w");
+    EXPECT_EQ(back.Text(), ini.Text());
 }

@@ -4,6 +4,7 @@
 #include "RecordingEvents.h"
 #include "platform/MemorySettingsStore.h"
 #include "testsupport/FakeDialogs.h"
+#include "testsupport/FileSizeLimit.h"
 #include "testsupport/ScratchDir.h"
 
 #include <gtest/gtest.h>
@@ -14,6 +15,7 @@
 #include <fstream>
 #include <random>
 #include <sstream>
+#include <sys/stat.h>
 
 using namespace zav;
 using zav::test::FakeDialogs;
@@ -343,4 +345,80 @@ TEST_F(ProfilesTest, FileMenuCommands) {
     profiles.MenuRecentFile_Click(2);
     EXPECT_EQ(state.ProfilePath, path("first.zav"));
     EXPECT_EQ(record.Tester, "outgoing");
+}
+
+TEST_F(ProfilesTest, AFailedSaveIsShownWithItsReasonAndChangesNeitherTitleNorRecentList) {
+    record.Tester = "kept";
+    state.ProfilePath = path("first.zav");
+    ASSERT_TRUE(profiles.SaveProfileSettings());
+    const auto recentBefore = state.recent.Caption;
+    const std::string nameBefore = state.ProfileName;
+    events.calls.clear();
+    // A full disk (a file size limit stands in for it) and a folder that is not there.
+    for (const std::string& target : {path("second.zav"), path("none/second.zav")}) {
+        dialogs.files = {target};
+        {
+            test::FileSizeLimit full(target == path("second.zav") ? 10 : 1 << 20);
+            profiles.MenuSaveProfile_Click();
+        }
+        ASSERT_FALSE(dialogs.messages.empty()) << target;
+        const std::string shown = dialogs.messages.back().text;
+        EXPECT_EQ(shown.rfind("Error: the profile could not be saved: cannot ", 0), 0u) << shown;
+        EXPECT_NE(shown.find(target == path("second.zav") ? "File too large"
+                                                          : "No such file or directory"),
+                  std::string::npos)
+            << shown;
+        EXPECT_EQ(shown.find(".tmp"), std::string::npos) << "the file named is the profile";
+        EXPECT_EQ(dialogs.messages.back().icon, MessageIcon::Critical);
+        EXPECT_TRUE(events.calls.empty()) << "the title stays";
+        EXPECT_EQ(state.ProfilePath, path("first.zav"));
+        EXPECT_EQ(state.ProfileName, nameBefore);
+        EXPECT_EQ(state.recent.Caption, recentBefore);
+        EXPECT_EQ(settings.GetSetting("default", "Profile", ""), path("first.zav"));
+        EXPECT_EQ(settings.GetSetting("default", "MRUF1", ""), path("first.zav"));
+        EXPECT_FALSE(fs::exists(path("second.zav")));
+    }
+    EXPECT_EQ(std::distance(fs::directory_iterator(dir), {}), 1) << "no temporary file left";
+}
+
+TEST_F(ProfilesTest, AProfileWithAPasswordIsReadableByItsOwnerOnly) {
+    const auto mode = [this](const char* name) {
+        return fs::status(dir / name).permissions() & fs::perms::all;
+    };
+    const fs::perms ownerOnly = fs::perms::owner_read | fs::perms::owner_write;
+    const mode_t oldMask = umask(022);
+    state.ProfilePath = path("plain.zav");
+    ASSERT_TRUE(profiles.SaveProfileSettings());
+    EXPECT_NE(mode("plain.zav") & fs::perms::others_read, fs::perms::none);
+
+    state.transfer.password = "secret";
+    state.ProfilePath = path("new.zav"); // created so
+    ASSERT_TRUE(profiles.SaveProfileSettings());
+    EXPECT_EQ(mode("new.zav"), ownerOnly);
+    std::ofstream(dir / "wide.zav") << "[transfer]\npassword=\n";
+    fs::permissions(dir / "wide.zav",
+                    fs::perms::owner_all | fs::perms::group_all | fs::perms::others_read);
+    state.ProfilePath = path("wide.zav"); // an existing wider one is narrowed
+    ASSERT_TRUE(profiles.SaveProfileSettings());
+    EXPECT_EQ(mode("wide.zav"), ownerOnly);
+    EXPECT_NE(test::ReadFile(dir / "wide.zav").find("password=secret"), std::string::npos);
+    umask(oldMask);
+}
+
+TEST_F(ProfilesTest, AProfileThatCannotBeReadIsSaidNotSilentlyDefaulted) {
+    const fs::path fifo = dir / "pipe.zav";
+    ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+    fs::create_directory(dir / "folder.zav");
+    for (const char* name : {"folder.zav", "pipe.zav"}) {
+        dialogs.messages.clear();
+        open(name); // returns at once: a pipe nobody writes to is not waited on
+        ASSERT_EQ(dialogs.messages.size(), 1u) << name;
+        EXPECT_EQ(dialogs.messages[0].text,
+                  "Error: profile " + path(name) + " cannot be read: " +
+                      (name[0] == 'f' ? "it is a folder" : "it is not a regular file") +
+                      ". Every setting shows its default.");
+    }
+    dialogs.messages.clear();
+    open("missing.zav"); // a new profile: no message
+    EXPECT_TRUE(dialogs.messages.empty());
 }

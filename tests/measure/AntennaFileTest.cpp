@@ -7,6 +7,7 @@
 
 #include <cmath>
 #include <random>
+#include <sys/stat.h>
 
 using namespace zav;
 
@@ -17,6 +18,7 @@ const std::string kTooFew = "Not enough records in Antenna File (min=3).";
 const std::string kUnsorted = "Antenna File not sorted, load aborted.";
 const std::string kBad = "Bad data record, aborting.";
 const std::string kTooMany = "Too many records in Antenna File, discarding excess.";
+const std::string kNotFinite = "Antenna File values out of range (not finite), load aborted.";
 
 struct Loaded {
     AntennaFile file;
@@ -169,6 +171,9 @@ TEST(ReadAntennaFile, EveryProblemHasItsMessage) {
         {records(3) + " \n", true, {}, {}},
         {"1\t10\n\t\n2\t20\n  \t \n3\t30\n", true, {}, {}},
         {records(150), true, {kTooMany}, {none}},
+        // Tables whose spline overflows would put infinity or NaN into every field strength.
+        {"1\t1e308\n2\t-1e308\n3\t1e308\n", false, {kNotFinite}, {critical}},
+        {"1e-300\t1\n2e-300\t1e300\n3\t1\n", false, {kNotFinite}, {critical}},
     };
     for (const Case& c : cases) {
         const Loaded l = load(c.text);
@@ -180,7 +185,7 @@ TEST(ReadAntennaFile, EveryProblemHasItsMessage) {
     }
     EXPECT_EQ(load("#* Yagi\n1\t10\n1\t20\n").file.Antenna, "Yagi"); // taken before failing
     // A line without an end in sight keeps only its start.
-    const Loaded endless = load("#* " + std::string(1 << 20, 'Y') + "\n" + records(3));
+    const Loaded endless = load("#* " + std::string(900000, 'Y') + "\n" + records(3));
     EXPECT_TRUE(endless.file.Ok);
     EXPECT_EQ(endless.file.Antenna->size(), 4093u);
     // More than 100 records: the first 100 load after the warning.
@@ -188,9 +193,27 @@ TEST(ReadAntennaFile, EveryProblemHasItsMessage) {
     ASSERT_EQ(many.file.IntTable.size(), 100u);
     EXPECT_EQ(csinterpolate(many.file.IntTable, 50), 100);
 
-    test::FakeDialogs dialogs;
-    EXPECT_FALSE(ReadAntennaFile((test::ScratchDir() / "none.tab").string(), dialogs).Ok);
-    ASSERT_EQ(dialogs.messages.size(), 1u);
-    EXPECT_EQ(dialogs.messages[0].title, kTitle);
-    EXPECT_EQ(dialogs.messages[0].icon, MessageIcon::Critical);
+    // Whatever the path names, one message says why, and reading never waits: a pipe
+    // nobody writes to and an endless device are refused, not read.
+    const auto dir = test::ScratchDir();
+    const auto fifo = dir / "fifo.tab";
+    ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+    const auto huge = test::WriteBytes(dir / "huge.tab", records(3) + std::string(1 << 20, '#'));
+    const std::pair<std::string, std::string> unreadable[] = {
+        {(dir / "none.tab").string(), "No such file or directory"},
+        {huge, "it is larger than 1048576 bytes"},
+        {dir.string(), "it is a folder"},
+        {"/dev/zero", "it is not a regular file"},
+        {fifo.string(), "it is not a regular file"},
+        {"/proc/self/mem", "Input/output error"},
+    };
+    for (const auto& [path, reason] : unreadable) {
+        test::FakeDialogs dialogs;
+        EXPECT_FALSE(ReadAntennaFile(path, dialogs).Ok);
+        ASSERT_EQ(dialogs.messages.size(), 1u) << path;
+        EXPECT_EQ(dialogs.messages[0].text,
+                  "Error: cannot open antenna file " + path + ": " + reason + ".");
+        EXPECT_EQ(dialogs.messages[0].title, kTitle);
+        EXPECT_EQ(dialogs.messages[0].icon, MessageIcon::Critical);
+    }
 }

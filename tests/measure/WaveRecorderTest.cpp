@@ -1,5 +1,6 @@
 #include "measure/WaveRecorder.h"
 #include "WaveBytes.h"
+#include "measure/FileAudioInput.h"
 #include "measure/InputLevel.h"
 #include "measure/LevelMeter.h"
 #include "measure/Measurement.h"
@@ -10,6 +11,8 @@
 #include "testsupport/TestWave.h"
 
 #include <gtest/gtest.h>
+
+#include <sys/stat.h>
 
 #include <cmath>
 #include <fstream>
@@ -189,6 +192,16 @@ TEST(WaveRecorder, WithoutAUsableTemplateTheStepEndsWithoutRecording) {
     ASSERT_EQ(missing.dialogs.messages.size(), 1u);
     EXPECT_NE(missing.dialogs.messages[0].text.find("ZAV.wav\" is missing"), std::string::npos);
 
+    // A template that is a pipe nobody writes to or a device is refused at once, with why.
+    Rig piped;
+    std::filesystem::remove(piped.dir / "ZAV.wav");
+    ASSERT_EQ(mkfifo((piped.dir / "ZAV.wav").c_str(), 0600), 0);
+    EXPECT_EQ(piped.record(1000, false).status, RecordingStatus::Failed);
+    EXPECT_TRUE(piped.capture.requests.empty());
+    piped.expectOneError("Error: recording wave file: the recording template \"" +
+                         (piped.dir / "ZAV.wav").string() +
+                         "\" cannot be read: it is not a regular file.");
+
     Rig stereo;
     test::WaveHeader h;
     h.align = 4;
@@ -332,4 +345,31 @@ TEST(SineTone, TheBeepIsTheAskedFrequencyAndLengthWithoutClicks) {
     const auto loud = SineTone(1000, 50, 8000, 2.0); // clamped to full scale, never wrapped
     EXPECT_EQ(*std::max_element(loud.begin(), loud.end()), 32767);
     EXPECT_GE(*std::min_element(loud.begin(), loud.end()), -32767);
+}
+
+TEST(WaveRecorder, ALinkPlantedAtTheStepsFilesIsReplacedNeverWrittenThrough) {
+    // Another user's link at the raw or the finished recording's name, pointing at a file
+    // of the operator's: the recording replaces the link and the file stays as it was.
+    Rig rig;
+    const auto victim = rig.dir / "victim";
+    test::WriteBytes(victim, "precious");
+    std::filesystem::create_symlink(victim, rig.tmp);
+    std::filesystem::create_symlink(victim, rig.wav);
+    ASSERT_EQ(rig.record(1000, false).status, RecordingStatus::Recorded);
+    EXPECT_EQ(test::ReadFile(victim), "precious");
+    EXPECT_FALSE(std::filesystem::is_symlink(rig.tmp));
+    EXPECT_FALSE(std::filesystem::is_symlink(rig.wav));
+    EXPECT_EQ(samplesOf(rig.wav).size(), 8000u);
+
+    // A recording chosen from a file is copied the same way, and only from a regular file.
+    std::filesystem::remove(rig.wav);
+    std::filesystem::create_symlink(victim, rig.wav);
+    std::string chosen = rig.tmp;
+    FileAudioInput files(rig.dialogs, [&chosen]() -> std::optional<std::string> { return chosen; });
+    ASSERT_EQ(files.RecordWave({rig.wav, 1000, false}).status, RecordingStatus::Recorded);
+    EXPECT_EQ(test::ReadFile(victim), "precious");
+    EXPECT_EQ(test::ReadFile(rig.wav), test::ReadFile(rig.tmp));
+    chosen = "/dev/zero";
+    EXPECT_EQ(files.RecordWave({rig.wav, 1000, false}).status, RecordingStatus::Failed);
+    rig.expectOneError("Error: recording wave file: /dev/zero: it is not a regular file");
 }

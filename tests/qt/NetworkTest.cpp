@@ -36,6 +36,27 @@ TEST(QtXmlLookup, FirstElementOfTheNameAnywhereInDocumentOrder) {
     EXPECT_EQ(xml.FirstElementText("<cc>0</c>", "cc"), std::nullopt);
     EXPECT_EQ(xml.FirstElementText("", "cc"), std::nullopt);
     EXPECT_EQ(xml.FirstElementText("<r><cc>a &amp; b</cc></r>", "cc"), "a & b");
+    EXPECT_EQ(xml.FirstElementText("<r><cc>1</cc><x></r>", "cc"), std::nullopt)
+        << "the whole reply must be well-formed, also behind the element";
+
+    // Nesting and element count are bounded, the element's own children included.
+    const auto nested = [](std::size_t depth, std::size_t siblings) {
+        std::string s;
+        for (std::size_t i = 1; i < depth; ++i)
+            s += "<a>";
+        s += "<cc>x";
+        for (std::size_t i = 0; i < siblings; ++i)
+            s += "<i/>";
+        s += "</cc>";
+        for (std::size_t i = 1; i < depth; ++i)
+            s += "</a>";
+        return s;
+    };
+    const std::size_t depth = QtXmlLookup::kMaxDepth, count = QtXmlLookup::kMaxElements;
+    EXPECT_EQ(xml.FirstElementText(nested(depth, 0), "cc"), "x");
+    EXPECT_EQ(xml.FirstElementText(nested(depth + 1, 0), "cc"), std::nullopt);
+    EXPECT_EQ(xml.FirstElementText(nested(1, count - 1), "cc"), "x");
+    EXPECT_EQ(xml.FirstElementText(nested(1, count), "cc"), std::nullopt);
 }
 
 TEST(QtHttpClient, StatusAndBodyOfRealRepliesAndNoStatusWithoutOne) {

@@ -1,4 +1,5 @@
 #include "qt/services/QtSettingsStore.h"
+#include "testsupport/FileSizeLimit.h"
 
 #include <QDir>
 #include <QFile>
@@ -68,4 +69,17 @@ TEST_F(QtSettingsStoreTest, AHandEditedListReadsAsItsText) {
     QtSettingsStore store;
     EXPECT_EQ(store.GetSetting("default", "MRUF1", ""), "/a/b,c.zav");
     EXPECT_EQ(store.GetSetting("default", "BaseUrl", ""), "http://example.org/");
+}
+
+TEST_F(QtSettingsStoreTest, AFailedWriteIsToldAndTheFileKeepsWhatItHad) {
+    ASSERT_TRUE(dir.isValid());
+    QtSettingsStore store;
+    store.SaveSetting("default", "Beep", "True");
+    EXPECT_EQ(store.WriteError(), "");
+    {
+        zav::test::FileSizeLimit full(10); // a full disk for this process
+        store.SaveSetting("default", "Profile", std::string(200, 'p'));
+    }
+    EXPECT_EQ(store.WriteError(), "cannot write " + file().toStdString());
+    EXPECT_EQ(QtSettingsStore().GetSetting("default", "Beep", ""), "True");
 }

@@ -72,7 +72,7 @@ TEST(DataLog, RowShapeAndNotesSurviveEncoding) {
     EXPECT_EQ(v2[12], "2.000");
 }
 
-TEST(DataLog, FailedAppendKeepsEarlierRowsSaysNothingAndLeavesTheCommandsEnabled) {
+TEST(DataLog, AFailedAppendLeavesTheFileAsItWasSaysWhyAndLeavesTheCommandsEnabled) {
     test::TempDir dir;
     test::ReportFixture f;
     CommandStates commands;
@@ -97,12 +97,15 @@ TEST(DataLog, FailedAppendKeepsEarlierRowsSaysNothingAndLeavesTheCommandsEnabled
         outputs.TsvFileName = unopenable.string();
         outputs.MenuSaveTsv_Click();
         EXPECT_TRUE(enabled()) << unopenable;
+        ASSERT_FALSE(dialogs.messages.empty());
+        EXPECT_NE(dialogs.messages.back().text.find(unopenable.string()), std::string::npos);
     }
+    EXPECT_NE(dialogs.messages[0].text.find("No such file or directory"), std::string::npos);
     EXPECT_EQ(outputs.focus, FocusTarget::Unchanged);
 
 #ifdef __linux__
-    // The disk fills up a few bytes into the row: the earlier rows stay as they were and the
-    // operator can try again once there is room. What did reach the disk is left as it is.
+    // The disk fills up a few bytes into the row: the file is exactly as long as before, so
+    // the next row, once there is room, starts a line of its own instead of finishing this one.
     outputs.TsvFileName = log.string();
     {
         test::FileSizeLimit full(earlier.size() + 10);
@@ -110,16 +113,42 @@ TEST(DataLog, FailedAppendKeepsEarlierRowsSaysNothingAndLeavesTheCommandsEnabled
     }
     EXPECT_TRUE(enabled());
     EXPECT_EQ(outputs.focus, FocusTarget::Unchanged);
-    const std::string after = test::ReadFile(log);
-    ASSERT_LE(after.size(), earlier.size() + 10);
-    EXPECT_EQ(after.substr(0, earlier.size()), earlier);
-    EXPECT_EQ(after.substr(earlier.size()), row.substr(0, after.size() - earlier.size()));
+    EXPECT_EQ(test::ReadFile(log), earlier);
+    EXPECT_NE(dialogs.messages.back().text.find("File too large"), std::string::npos)
+        << dialogs.messages.back().text;
 
     outputs.MenuSaveTsv_Click();
     EXPECT_FALSE(enabled());
-    EXPECT_EQ(test::ReadFile(log), after + row);
+    EXPECT_EQ(test::ReadFile(log), earlier + row);
+    EXPECT_EQ(dialogs.messages.size(), 3u);
 #endif
+}
+
+TEST(ObservationOutputs, ASavedReportIsWholeOrTheFailureSaysWhy) {
+    test::TempDir dir;
+    test::ReportFixture f;
+    CommandStates commands;
+    test::FakeDialogs dialogs;
+    test::FakeClipboard clipboard;
+    test::FakeMailer mailer;
+    ObservationOutputs outputs([&f] { return f.source(); }, commands, {dialogs, clipboard, mailer});
+    const fs::path report = dir.path / "report.txt";
+    dialogs.files = {report.string(), report.string()};
+    outputs.MenuSaveText_Click();
+    const std::string saved = test::ReadFile(report);
+    EXPECT_FALSE(saved.empty());
     EXPECT_TRUE(dialogs.messages.empty());
+#ifdef __linux__
+    std::ofstream(report) << "old";
+    {
+        test::FileSizeLimit full(saved.size() / 2);
+        outputs.MenuSaveText_Click();
+    }
+    EXPECT_EQ(test::ReadFile(report), "old");
+    EXPECT_EQ(dialogs.texts(), std::vector<std::string>{"Error: the report could not be saved: "
+                                                        "cannot write " +
+                                                        report.string() + ": File too large"});
+#endif
 }
 
 TEST(DataLog, NoOutputLeavesWithoutResultsWhateverTheCommandsSay) {

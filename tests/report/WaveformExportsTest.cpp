@@ -155,7 +155,7 @@ TEST(WaveformExports, NothingToExportShowsNoDialog) {
     EXPECT_EQ(crlfLines(e.clipboard.texts[0]).size(), 4u);
 }
 
-TEST(WaveformExports, SaveWaveCopiesAndFailuresEndQuietly) {
+TEST(WaveformExports, SaveWaveCopiesAndFailuresSayWhyLeavingTheOldFile) {
     Exports e;
     e.record(test::Noise(3000, 5000, 3), 22050);
     const fs::path target = e.dir / "copy.wav";
@@ -166,7 +166,7 @@ TEST(WaveformExports, SaveWaveCopiesAndFailuresEndQuietly) {
     EXPECT_EQ(e.dialogs.fileRequests[0].filter, "All Files (*.*)|*.*|Wave files (*.wav)|*.wav");
     EXPECT_EQ(test::ReadFile(target), test::ReadFile(e.source.wavePath));
 
-    // Cancelled, or into a folder that does not exist: nothing said, nothing left behind.
+    // Cancelled: nothing said. Into a folder that does not exist: said, nothing left behind.
     const fs::path keep = e.dir / "keep.plt";
     std::ofstream(keep) << "old";
     e.dialogs.files = {std::nullopt, std::nullopt, (e.dir / "no" / "such.plt").string()};
@@ -182,7 +182,12 @@ TEST(WaveformExports, SaveWaveCopiesAndFailuresEndQuietly) {
     EXPECT_EQ(e.dialogs.fileRequests.size(), 5u);
     EXPECT_EQ(test::ReadFile(target), before);
     EXPECT_EQ(test::ReadFile(keep), "old");
-    EXPECT_TRUE(e.dialogs.messages.empty());
+    EXPECT_EQ(e.dialogs.texts(),
+              (std::vector<std::string>{
+                  "Error: the file could not be saved: cannot write " +
+                      (e.dir / "no" / "such.plt").string() + ": No such file or directory",
+                  "Error: the file could not be saved: " + e.source.wavePath +
+                      ": No such file or directory"}));
     for (const auto& entry : fs::directory_iterator(e.dir))
         EXPECT_NE(entry.path().extension(), ".tmp") << entry.path();
 }

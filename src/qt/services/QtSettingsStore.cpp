@@ -9,11 +9,14 @@ QString groupKey(const std::string& section, const std::string& key) {
     return QString::fromStdString(section) + '/' + QString::fromStdString(key);
 }
 
+std::unique_ptr<QSettings> openSettings() {
+    return std::make_unique<QSettings>(QSettings::NativeFormat, QSettings::UserScope,
+                                       QStringLiteral("ZAV"), QStringLiteral("ZAV"));
+}
+
 } // namespace
 
-QtSettingsStore::QtSettingsStore()
-    : m_settings(std::make_unique<QSettings>(QSettings::NativeFormat, QSettings::UserScope,
-                                             QStringLiteral("ZAV"), QStringLiteral("ZAV"))) {}
+QtSettingsStore::QtSettingsStore() : m_settings(openSettings()) {}
 
 QtSettingsStore::~QtSettingsStore() = default;
 
@@ -31,12 +34,20 @@ std::string QtSettingsStore::GetSetting(const std::string& section, const std::s
 void QtSettingsStore::SaveSetting(const std::string& section, const std::string& key,
                                   const std::string& value) {
     m_settings->setValue(groupKey(section, key), QString::fromStdString(value));
-    m_settings->sync();
+    sync();
 }
 
 void QtSettingsStore::DeleteSetting(const std::string& section) {
     m_settings->remove(QString::fromStdString(section));
+    sync();
+}
+
+void QtSettingsStore::sync() {
     m_settings->sync();
+    // Only the status tells that the file could not be written (a full disk, a read-only
+    // folder); QSettings keeps it from then on, and so does this store.
+    if (m_settings->status() == QSettings::AccessError)
+        m_writeError = "cannot write " + m_settings->fileName().toStdString();
 }
 
 } // namespace zav

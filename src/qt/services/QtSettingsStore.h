@@ -20,9 +20,13 @@ public:
     void SaveSetting(const std::string& section, const std::string& key,
                      const std::string& value) override;
     void DeleteSetting(const std::string& section) override;
+    std::string WriteError() const override { return m_writeError; }
 
 private:
+    void sync();
+
     std::unique_ptr<QSettings> m_settings;
+    std::string m_writeError;
 };
 
 } // namespace zav

@@ -482,6 +482,9 @@ void MainWindow::closeEvent(QCloseEvent* event) {
         m_dialogs.ShowMessage("Error: the profile could not be saved: " + error, kAppTitle,
                               MessageIcon::Critical);
     m_settings.SaveSetting(kWindowSection, kGeometryKey, saveGeometry().toBase64().toStdString());
+    if (!m_settings.WriteError().empty())
+        m_dialogs.ShowMessage("Error: the settings could not be saved: " + m_settings.WriteError(),
+                              kAppTitle, MessageIcon::Critical);
     event->accept();
 }
 
