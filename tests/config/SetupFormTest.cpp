@@ -103,6 +103,7 @@ TEST_F(SetupFormTest, LeavingABoxTidiesChecksAndActs) {
         {F::Interval, "8 16", "8 16", kSamples, none},
         {F::Interval, "32.0", "32.0", kSamples, none},
         {F::Interval, "256", "256", "", reset1},
+        {F::Interval, "512", "512", kSamples, none},
     };
     for (const Case& c : cases) {
         const bool cancel = leave(c.field, c.typed);

@@ -10,6 +10,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cctype>
 #include <fstream>
 #include <random>
 #include <sstream>
@@ -60,13 +61,36 @@ TEST(NmeaInterpreter, ChecksumRules) {
     EXPECT_EQ(nmea.Words().size(), 15u);
     EXPECT_EQ(nmea.Latitude(), "N 48\u00B0 07.038'");
     nmea.events();
-    // Lower-case hexadecimal, a wrong digit, a missing or one-digit checksum: all refused.
+    // A wrong digit, a missing or one-digit checksum: all refused.
     const std::string body = kGga.substr(0, kGga.size() - 2);
     for (const std::string& bad :
-         {body + "4f", body + "48", kGga.substr(0, kGga.size() - 3),
-          kGga.substr(0, kGga.size() - 1), std::string(), std::string("$")})
+         {body + "48", kGga.substr(0, kGga.size() - 3), kGga.substr(0, kGga.size() - 1),
+          std::string(), std::string("$")})
         EXPECT_FALSE(nmea.FParse(bad)) << bad;
     EXPECT_EQ(nmea.events(), "");
+
+    // A checksum with a letter in it counts in capitals only: sentences whose exclusive-or
+    // sum (worked out here on its own) has a hexadecimal letter, sent both ways.
+    int withLetter = 0;
+    for (int second = 10; second < 60; ++second) {
+        const std::string fields =
+            "GPGLL,4916.45,N,12311.12,W,2254" + std::to_string(second) + ",A";
+        unsigned sum = 0;
+        for (const char c : fields)
+            sum ^= static_cast<unsigned char>(c);
+        const char* digits = "0123456789ABCDEF";
+        const std::string upper{digits[sum >> 4], digits[sum & 15]};
+        if (upper.find_first_of("ABCDEF") == std::string::npos)
+            continue;
+        ++withLetter;
+        std::string lower = upper;
+        for (char& c : lower)
+            c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+        EXPECT_TRUE(nmea.FParse("$" + fields + "*" + upper)) << fields;
+        EXPECT_FALSE(nmea.FParse("$" + fields + "*" + lower)) << fields;
+    }
+    EXPECT_GE(withLetter, 5);
+    nmea.events();
 
     // "$" anywhere is left out of the sum.
     std::string withDollar = kGga;

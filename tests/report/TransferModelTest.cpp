@@ -47,12 +47,13 @@ struct TransferRig {
 
 TEST(PostVars, FieldOrderWithFreeTextEncodedCellsAsDisplayedAndThePositionLast) {
     ReportFixture f;
+    f.setup.Tester = "G4ABC/P";
     f.setup.Location = "Hill top = 3 & more";
     // Written out by hand from the field list: free text and formatted numbers encoded
     // (every character but letters and digits), grid cells and the time as they stand.
     const std::string noPosition =
         "Program=ZAV&Version=" + VersionText() +
-        "&ObsTime=20261121093015&Tester=G4ABC&Location=Hill+top+%3D+3+%26+more"
+        "&ObsTime=20261121093015&Tester=G4ABC%2FP&Location=Hill+top+%3D+3+%26+more"
         "&Environment=Rural&Frequency=7%2E100&Receiver=IC%2D7300&Bandwidth=2400&MBW=33%2E80"
         "&MeasInt=0%2E500&RxNF=6%2E00&Antenna=Dipole&AntGain=%2D2%2E15&AntFact=12%2E00"
         "&Attenuator=20%2E0&AGC=20&Loss=1%2E5&RxAvg=-120.05&RxRms=-119.00&RxQp=-117.50"
