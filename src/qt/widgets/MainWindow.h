@@ -81,6 +81,7 @@ private:
     std::function<std::vector<std::string>()> m_inputNames;
     SetupPanel* m_setup = nullptr;
     QPushButton* m_steps[3] = {};
+    bool m_monitorRunning = false; // the manual steps wait while a monitor runs
     QPushButton* m_rtsvb = nullptr;
     QPushButton* m_getPos = nullptr;
     QTableWidget* m_gridMeas = nullptr;
