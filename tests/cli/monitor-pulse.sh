@@ -1,7 +1,8 @@
 #!/bin/sh
 # zavcli monitor on live audio: a private PulseAudio server's remapped source is the input,
 # fed a different level for each frequency the rig (Hamlib's dummy behind rigctld) is tuned
-# to, so the logged received powers must follow those levels.
+# to, so the logged received powers must follow those levels. Then the source is removed and
+# put back during a run: a gap is logged and the run goes on.
 set -eu
 zavcli=$1
 examples=$2
@@ -74,4 +75,27 @@ awk -F'\t' 'NR > 1 { s[$9] += $21; n[$9]++ } END {
     printf "steps %.2f and %.2f dB\n", d1, d2
     exit !(d1 > 6.6 && d1 < 7.8 && d2 > 5.7 && d2 < 6.9)
 }' live.tab || fail "levels not followed: $(cat powers.txt)"
+
+# The source removed for five seconds and put back: each recording it misses is a gap told
+# in words, and the run goes on to log again once it is back.
+kill $feeder 2> /dev/null || true; wait $feeder 2> /dev/null || true; feeder=
+paplay -d zavsink 5300000.wav &
+feeder=$!
+"$zavcli" monitor --profile "$examples/example.zav" --every 4s --count 4 --log gap.tab \
+    --device zavmic --step1 "$examples/soundcard.wav" --step2 "$examples/receiver.wav" \
+    > gap.out 2> gap.err &
+mon=$!
+sleep 5
+module=$(pactl list short modules | awk '/module-remap-source/ { print $1 }')
+pactl unload-module "$module"
+sleep 5
+pactl load-module module-remap-source master=zavsink.monitor source_name=zavmic channels=1 > /dev/null
+rc=0; wait $mon || rc=$?; mon=
+[ $rc = 0 ] || fail "gap run: exit $rc $(cat gap.err)"
+grep -q 'The audio input was removed\|The audio input "zavmic" is not available' gap.err ||
+    fail "no reason told: $(cat gap.err)"
+gaps=$(grep -c 'Audio input gap at 7.100 MHz' gap.err || true)
+[ "$gaps" -ge 1 ] || fail "no gap told: $(cat gap.err)"
+[ $(($(wc -l < gap.tab) - 1 + gaps)) = 4 ] || fail "cycles lost: $(cat gap.err)"
+! grep -q 'Audio input gap at 7.100 MHz, cycle 4' gap.err || fail "no recording after the source came back"
 echo "monitor pulse: all checks passed"
