@@ -76,7 +76,8 @@ void writeNoise(const std::string& path, double rms, unsigned seed) {
 
 int main(int argc, char** argv) {
     const int cycles = argc > 1 ? std::atoi(argv[1]) : 1000;
-    const fs::path dir = fs::temp_directory_path() / ("zav-monitor-memory-" + std::to_string(getpid()));
+    const fs::path dir =
+        fs::temp_directory_path() / ("zav-monitor-memory-" + std::to_string(getpid()));
     fs::create_directories(dir);
     writeNoise((dir / "soundcard.wav").string(), 3, 1);
     writeNoise((dir / "receiver.wav").string(), 100, 2);

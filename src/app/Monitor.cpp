@@ -151,9 +151,10 @@ bool Monitor::calibrate() {
     if (stopped())
         return false;
     if (m_steps.observation.ObsTime.empty() || m_steps.S1.ClipFlag != 0) {
-        event("Step 1 failed" +
-              (m_silent->last.empty() ? std::string(" (clipping)") : ": " + m_silent->last) +
-              "; the run cannot start");
+        const std::string why = m_steps.observation.ObsTime.empty() ? "no recording"
+                                : m_silent->last.empty()            ? "clipping"
+                                                                    : m_silent->last;
+        event("Step 1 failed (" + why + "); the run cannot start");
         return false;
     }
     m_soundCard = m_steps.S1;

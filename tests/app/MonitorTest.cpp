@@ -344,11 +344,21 @@ TEST(Monitor, WithoutARigOneFrequencyAsTheOperatorLeftIt) {
     EXPECT_EQ(b.recordings, 1 + 1 + 2);
 }
 
-TEST(Monitor, TheOperatorCancellingAPromptEndsTheRunBeforeAnyCycle) {
+TEST(Monitor, ARunEndsBeforeAnyCycleWhenTheOperatorCancelsOrStep1Fails) {
     Bench b;
     b.dialogs.answers = {MessageResult::Ok, MessageResult::Cancel};
     EXPECT_EQ(b.run(2).state, MonitorState::Failed);
     EXPECT_EQ(b.recordings, 1);
+
+    Bench noRecording;
+    noRecording.failRecording = [](int n) { return n == 1; };
+    EXPECT_EQ(noRecording.run(2).state, MonitorState::Failed);
+    EXPECT_TRUE(noRecording.saw("Step 1 failed (no recording)"));
+    Bench clipping;
+    clipping.soundCard = 30000;
+    EXPECT_EQ(clipping.run(2).state, MonitorState::Failed);
+    EXPECT_TRUE(clipping.saw("Step 1 failed (clipping)"));
+    EXPECT_EQ(clipping.recordings, 1);
 }
 
 TEST(MonitorPlan, ParsesSwitchesAndTheProfileSection) {
