@@ -12,22 +12,27 @@ zavcli=$(realpath "${2:-$here/build/bin/zavcli}")
 examples=$here/examples
 . "$here/tests/cli/pulse-server.sh"
 work=$(mktemp -d)
-rigd= feeder= server= mon=
+rigd= feeder= server= mon= keeper=
 cleanup() {
-    for p in $mon $feeder $server $rigd; do kill "$p" 2> /dev/null || true; wait "$p" 2> /dev/null || true; done
+    for p in $mon $feeder $server $rigd $keeper; do kill "$p" 2> /dev/null || true; wait "$p" 2> /dev/null || true; done
     pulse_stop
 }
 trap cleanup EXIT
+trap 'exit 1' INT TERM
 cd "$work"
 echo "working in $work"
 pulse_start
+# A client that stays: the private server leaves 20 s after its last one otherwise.
+sox -n -r 44100 -c 1 -b 16 silence.wav synth 1 sine 1000 vol 0
+(while :; do paplay -d zavsink silence.wav; done) &
+keeper=$!
 port=$((20000 + ($$ * 11) % 30000))
 rigctld -m 1 -T 127.0.0.1 -t $port &
 rigd=$!
 sleep 1
-sox -n -r 44100 -c 1 -b 16 3500000.wav synth 3600 whitenoise vol 0.0795
-sox -n -r 44100 -c 1 -b 16 5300000.wav synth 3600 whitenoise vol 0.159
-sox -n -r 44100 -c 1 -b 16 7000000.wav synth 3600 whitenoise vol 0.318
+sox -n -r 44100 -c 1 -b 16 3500000.wav synth 150 whitenoise vol 0.0795
+sox -n -r 44100 -c 1 -b 16 5300000.wav synth 150 whitenoise vol 0.159
+sox -n -r 44100 -c 1 -b 16 7000000.wav synth 150 whitenoise vol 0.318
 (
     playing= player=
     trap 'if [ -n "$player" ]; then kill $player 2> /dev/null; fi; exit 0' TERM
