@@ -7,6 +7,7 @@
 #include "cli/ExportCommand.h"
 #include "cli/GpsCommand.h"
 #include "cli/MeasureCommand.h"
+#include "cli/MonitorSummaryCommand.h"
 #include "cli/NmeaCommand.h"
 #include "cli/ProfileCommand.h"
 #include "cli/SoundCardHelper.h"
@@ -31,6 +32,20 @@ const std::vector<Command> kCommands = {
      "The three steps and the field-strength calculation on three recordings; prints the "
      "text report.",
      RunMeasure},
+    {"monitor",
+     "zavcli monitor [--profile P.zav] [--frequencies 3.5,5.3,7.0] [--every 10m] "
+     "[--count N | --until TIME] [--rig MODEL --rig-port PORT] [--device NAME] [--mode MODE] "
+     "[--settle MS] [--log FILE.tab] [--step1 FILE.wav --step2 FILE.wav ...] [--step3 FILE.wav]",
+     "Unattended monitoring: steps 1 and 2 once (step 2 at every frequency), then step 3 on "
+     "every frequency each cycle; each observation whose verdict passes is logged and posted "
+     "and printed as one line. Ctrl-C ends the run between rows.",
+     [](const std::vector<std::string>& args, CliIo& io) {
+         return RunInSoundCardHelper("monitor", args, io);
+     }},
+    {"monitor-summary", "zavcli monitor-summary LOG.tab [--column KEY] [--json]",
+     "Count, minimum, median and maximum of a data-log column (the RMS field strength by "
+     "default) per frequency and hour of ObsTime.",
+     MonitorSummaryCommand},
     {"record",
      "zavcli record OUT.wav [--profile P.zav] [--interval N] [--device NAME] | "
      "zavcli record --list-devices",

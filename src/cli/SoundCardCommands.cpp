@@ -1,6 +1,7 @@
 #include "cli/SoundCardCommands.h"
 
 #include "cli/Commands.h"
+#include "cli/MonitorCommand.h"
 #include "cli/RecordCommand.h"
 #include "cli/SoundCardHelper.h"
 
@@ -12,6 +13,7 @@ namespace zav {
 int RunSoundCardCli(const std::vector<std::string>& args, CliIo& io) {
     static const std::pair<const char*, CommandFunction> kCommands[] = {
         {"record", RecordCommand},
+        {"monitor", MonitorCommand},
     };
     const auto it = args.empty() ? std::end(kCommands)
                                  : std::find_if(std::begin(kCommands), std::end(kCommands),

@@ -5,7 +5,6 @@
 #include "platform/CommandLine.h"
 #include "platform/Paths.h"
 #include "platform/ResourceFolder.h"
-#include "platform/TempFolder.h"
 #include "platform/Version.h"
 #include "qt/services/AudioDevices.h"
 #include "qt/services/LocaleSeparator.h"
@@ -63,7 +62,7 @@ int main(int argc, char* argv[]) {
         args.push_back(arg.toStdString());
 
     zav::QtSettingsStore settings;
-    zav::QtDialogs dialogs(nullptr, &settings);
+    zav::QtDialogs dialogs;
     const zav::StartupDecision decision = zav::DecideStartup(
         zav::JoinCommandLine(args), QDir::currentPath().toStdString(), settings, dialogs);
     if (!decision.showWindow)
@@ -94,11 +93,7 @@ int main(int argc, char* argv[]) {
     zav::QtUpdater updater;
     zav::MainEnvironment environment;
     environment.decimalSeparator = decimalSeparator();
-    std::string folderError;
-    environment.tempDir = zav::PrivateTempFolder(&folderError);
-    if (environment.tempDir.empty())
-        dialogs.ShowMessage("Error: " + folderError + ".", zav::kAppTitle,
-                            zav::MessageIcon::Critical);
+    environment.tempDir = zav::WithTrailingSeparator(QDir::tempPath().toStdString());
     environment.processId =
         QString::number(QApplication::applicationPid(), 16).toUpper().toStdString();
     environment.osVersion = osVersion();

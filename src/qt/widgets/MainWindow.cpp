@@ -11,6 +11,7 @@
 #include "qt/widgets/AboutDialog.h"
 #include "qt/widgets/CalRxDialog.h"
 #include "qt/widgets/InputLevelDialog.h"
+#include "qt/widgets/MonitorWindow.h"
 #include "qt/widgets/P372Panel.h"
 #include "qt/widgets/PlotWindow.h"
 #include "qt/widgets/ResultTable.h"
@@ -324,6 +325,22 @@ void MainWindow::buildMenus() {
                [&m] { m.soundControls.MenuSCCP_Click(); });
     addCommand(utility, "Sound Card Control - &Record", [&m] { m.soundControls.MenuSCCR_Click(); });
     addCommand(utility, "&Audio properties", [&m] { m.soundControls.mnuMMSYS_Click(); });
+    utility->addSeparator();
+    QAction* monitor = utility->addAction("&Monitor...");
+    QObject::connect(monitor, &QAction::triggered, this, [this] {
+        // MonitorWindow has no meta-object of its own: found by its name.
+        auto* window = static_cast<MonitorWindow*>(
+            findChild<QWidget*>(MonitorWindow::kObjectName, Qt::FindDirectChildrenOnly));
+        if (!window) {
+            window = new MonitorWindow(m_model, m_dialogs, this);
+            window->runningChanged = [this](bool running) {
+                m_monitorRunning = running;
+                refresh();
+            };
+        }
+        window->show();
+        window->raise();
+    });
     m.waveExports.showPlot = [this](WavePlot plot) {
         auto* window = new PlotWindow(std::move(plot), m_dialogs, this);
         window->setAttribute(Qt::WA_DeleteOnClose);
@@ -392,8 +409,9 @@ void MainWindow::refresh() {
     m_p372->refresh(m.steps, m.setup);
 
     const CommandStates& c = m.commands;
-    m_steps[1]->setEnabled(c.Step2);
-    m_steps[2]->setEnabled(c.Step3);
+    m_steps[0]->setEnabled(!m_monitorRunning);
+    m_steps[1]->setEnabled(c.Step2 && !m_monitorRunning);
+    m_steps[2]->setEnabled(c.Step3 && !m_monitorRunning);
     m_rtsvb->setEnabled(c.RTSVB);
     const std::pair<const char*, bool> enabled[] = {
         {"&Save text file", c.MenuSaveText},

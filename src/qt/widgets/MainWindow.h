@@ -90,6 +90,7 @@ private:
     QScrollArea* m_scroll = nullptr;
     SetupPanel* m_setup = nullptr;
     QPushButton* m_steps[3] = {};
+    bool m_monitorRunning = false; // the manual steps wait while a monitor runs
     QPushButton* m_rtsvb = nullptr;
     QPushButton* m_getPos = nullptr;
     ResultTable* m_gridMeas = nullptr;

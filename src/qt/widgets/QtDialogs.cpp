@@ -60,22 +60,14 @@ MessageResult QtDialogs::ShowMessage(const std::string& text, const std::string&
 }
 
 QString QtDialogs::startFolder(const FileDialogRequest& request) const {
-    const std::string kind = FileKind(request.filter);
-    const auto last = m_lastFolder.find(kind);
+    const auto last = m_lastFolder.find(FileKind(request.filter));
     if (last != m_lastFolder.end())
         return last->second;
-    const std::string kept = m_folders ? m_folders->GetSetting("folders", kind, "") : "";
-    if (!kept.empty() && QFileInfo(QString::fromStdString(kept)).isDir())
-        return QString::fromStdString(kept);
     return QString::fromStdString(request.initialDir);
 }
 
 void QtDialogs::remember(const FileDialogRequest& request, const QString& chosen) {
-    const std::string kind = FileKind(request.filter);
-    const QString folder = QFileInfo(chosen).absolutePath();
-    m_lastFolder[kind] = folder;
-    if (m_folders)
-        m_folders->SaveSetting("folders", kind, folder.toStdString());
+    m_lastFolder[FileKind(request.filter)] = QFileInfo(chosen).absolutePath();
 }
 
 std::optional<std::string> QtDialogs::OpenFileName(const FileDialogRequest& request) {

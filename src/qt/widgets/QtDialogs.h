@@ -1,7 +1,6 @@
 #pragma once
 
 #include "platform/Dialogs.h"
-#include "platform/SettingsStore.h"
 
 #include <QString>
 
@@ -12,13 +11,10 @@ class QWidget;
 
 namespace zav {
 
-// Message boxes and file choosers as Qt dialogs, modal to `parent`. A chooser opens in the
-// folder that its kind of file was last chosen in, kept in `folders` (section "folders")
-// from one run to the next when a store is given.
+// Message boxes and file choosers as Qt dialogs, modal to `parent`.
 class QtDialogs : public Dialogs {
 public:
-    explicit QtDialogs(QWidget* parent = nullptr, SettingsStore* folders = nullptr)
-        : m_parent(parent), m_folders(folders) {}
+    explicit QtDialogs(QWidget* parent = nullptr) : m_parent(parent) {}
     void setParent(QWidget* parent) { m_parent = parent; }
 
     MessageResult ShowMessage(const std::string& text, const std::string& title, MessageIcon icon,
@@ -31,7 +27,6 @@ private:
     void remember(const FileDialogRequest& request, const QString& chosen);
 
     QWidget* m_parent;
-    SettingsStore* m_folders;
     // The folder each kind of file was last chosen in during this run.
     std::map<std::string, QString> m_lastFolder;
 };

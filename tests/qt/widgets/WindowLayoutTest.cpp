@@ -18,6 +18,7 @@
 #include <QScreen>
 #include <QScrollArea>
 #include <QStatusBar>
+#include <QThread>
 #include <QTimer>
 
 #include <gtest/gtest.h>
@@ -140,10 +141,13 @@ std::optional<Findings> walkInto(const std::function<void()>& open) {
             }
         return false;
     };
+    // A modal window is closed only from its own event loop: closed while it is still being
+    // shown, it would leave that loop waiting for ever.
+    const int outerLoops = QThread::currentThread()->loopLevel();
     QTimer poll;
     poll.setInterval(20);
     QObject::connect(&poll, &QTimer::timeout, [&] {
-        if (look())
+        if (QThread::currentThread()->loopLevel() > outerLoops && look())
             poll.stop();
     });
     poll.start();

@@ -1,0 +1,101 @@
+#!/bin/sh
+# zavcli monitor on live audio: a private PulseAudio server's remapped source is the input,
+# fed a different level for each frequency the rig (Hamlib's dummy behind rigctld) is tuned
+# to, so the logged received powers must follow those levels. Then the source is removed and
+# put back during a run: a gap is logged and the run goes on.
+set -eu
+zavcli=$1
+examples=$2
+here=$(dirname "$0")
+. "$here/pulse-server.sh"
+work=$(mktemp -d)
+rigd=
+feeder=
+mon=
+cleanup() {
+    for p in $mon $feeder $rigd; do kill "$p" 2> /dev/null || true; wait "$p" 2> /dev/null || true; done
+    pulse_stop
+    rm -rf "$work"
+}
+trap cleanup EXIT
+fail() {
+    echo "FAIL: $*" >&2
+    exit 1
+}
+cd "$work"
+pulse_start || fail "PulseAudio could not be started"
+
+port=$((20000 + ($$ * 11) % 30000))
+rigctld -m 1 -T 127.0.0.1 -t $port &
+rigd=$!
+i=0
+until rigctl -m 2 -r 127.0.0.1:$port f > /dev/null 2>&1; do
+    i=$((i + 1)); [ $i -lt 50 ] || fail "rigctld did not start"; sleep 0.1
+done
+
+# White noise of RMS vol/sqrt(3): 1.7, 3.4 and 6.8 times the receiver recording's 0.027,
+# 6.02 dB apart.
+sox -n -r 44100 -c 1 -b 16 3500000.wav synth 120 whitenoise vol 0.0795
+sox -n -r 44100 -c 1 -b 16 5300000.wav synth 120 whitenoise vol 0.159
+sox -n -r 44100 -c 1 -b 16 7000000.wav synth 120 whitenoise vol 0.318
+
+# Plays the level of whatever frequency the rig is on.
+(
+    playing= player=
+    trap 'if [ -n "$player" ]; then kill $player 2> /dev/null; fi; exit 0' TERM
+    while :; do
+        f=$(rigctl -m 2 -r 127.0.0.1:$port f 2> /dev/null || true)
+        if [ -n "$f" ] && [ "$f" != "$playing" ] && [ -e "$f.wav" ]; then
+            if [ -n "$player" ]; then kill $player 2> /dev/null || true; fi
+            paplay -d zavsink "$f.wav" &
+            player=$!
+            playing=$f
+        fi
+        sleep 0.1
+    done
+) &
+feeder=$!
+
+"$zavcli" monitor --profile "$examples/example.zav" --frequencies 3.5,5.3,7.0 --every 15s \
+    --count 3 --rig 2 --rig-port 127.0.0.1:$port --settle 1500 --log live.tab --device zavmic \
+    --step1 "$examples/soundcard.wav" --step2 "$examples/receiver.wav" > live.out 2> live.err &
+mon=$!
+rc=0; wait $mon || rc=$?; mon=
+[ $rc = 0 ] || fail "run: exit $rc $(cat live.err)"
+grep -q 'Run ended' live.err || fail "no end: $(cat live.err)"
+rows=$(($(wc -l < live.tab) - 1))
+[ $rows = 9 ] || fail "rows: $rows $(cat live.err)"
+# Received power follows the external noise temperature Text = Y*T0 + (Y-1)*Te with the
+# receiver's noise figure of 8 dB (Te = T0*(F-1)) and Y = 1.7^2, 3.4^2, 6.8^2 against the
+# receiver recording: steps of 7.18 and 6.27 dB.
+awk -F'\t' 'NR > 1 { p[$9] = p[$9] " " $21 } END { for (f in p) print f, p[f] }' live.tab > powers.txt
+awk -F'\t' 'NR > 1 { s[$9] += $21; n[$9]++ } END {
+    d1 = s["5.300"] / n["5.300"] - s["3.500"] / n["3.500"]
+    d2 = s["7.000"] / n["7.000"] - s["5.300"] / n["5.300"]
+    printf "steps %.2f and %.2f dB\n", d1, d2
+    exit !(d1 > 6.6 && d1 < 7.8 && d2 > 5.7 && d2 < 6.9)
+}' live.tab || fail "levels not followed: $(cat powers.txt)"
+
+# The source removed for five seconds and put back: each recording it misses is a gap told
+# in words, and the run goes on to log again once it is back.
+kill $feeder 2> /dev/null || true; wait $feeder 2> /dev/null || true; feeder=
+paplay -d zavsink 5300000.wav &
+feeder=$!
+"$zavcli" monitor --profile "$examples/example.zav" --every 4s --count 4 --log gap.tab \
+    --device zavmic --step1 "$examples/soundcard.wav" --step2 "$examples/receiver.wav" \
+    > gap.out 2> gap.err &
+mon=$!
+sleep 5
+module=$(pactl list short modules | awk '/module-remap-source/ { print $1 }')
+pactl unload-module "$module"
+sleep 5
+pactl load-module module-remap-source master=zavsink.monitor source_name=zavmic channels=1 > /dev/null
+rc=0; wait $mon || rc=$?; mon=
+[ $rc = 0 ] || fail "gap run: exit $rc $(cat gap.err)"
+grep -q 'The audio input was removed\|The audio input "zavmic" is not available' gap.err ||
+    fail "no reason told: $(cat gap.err)"
+gaps=$(grep -c 'Audio input gap at 7.100 MHz' gap.err || true)
+[ "$gaps" -ge 1 ] || fail "no gap told: $(cat gap.err)"
+[ $(($(wc -l < gap.tab) - 1 + gaps)) = 4 ] || fail "cycles lost: $(cat gap.err)"
+! grep -q 'Audio input gap at 7.100 MHz, cycle 4' gap.err || fail "no recording after the source came back"
+echo "monitor pulse: all checks passed"

@@ -1,0 +1,59 @@
+#!/bin/sh
+# zavcli monitor posting to a collection server that is down for the first cycles: socat
+# stands in for the server once it is up, counting what arrives. Every observation arrives
+# exactly once, and the queue on disk is gone at the end.
+set -eu
+zavcli=$1
+examples=$2
+work=$(mktemp -d)
+server=
+mon=
+cleanup() {
+    for p in $mon $server; do kill "$p" 2> /dev/null || true; wait "$p" 2> /dev/null || true; done
+    rm -rf "$work"
+}
+trap cleanup EXIT
+fail() {
+    echo "FAIL: $*" >&2
+    exit 1
+}
+cd "$work"
+
+cat > serve.sh << 'HANDLER'
+#!/bin/sh
+# One request: the body (Content-Length bytes after the headers) is appended to received.txt.
+len=0
+while IFS= read -r line; do
+    line=$(printf '%s' "$line" | tr -d '\r')
+    [ -z "$line" ] && break
+    case "$line" in [Cc]ontent-[Ll]ength:*) len=$(echo "${line#*:}" | tr -d ' ') ;; esac
+done
+body=$(head -c "$len")
+printf '%s\n' "$body" >> received.txt
+printf 'HTTP/1.0 200 OK\r\nContent-Type: text/xml\r\n\r\n<r><cc>0</cc><receipt>%s</receipt></r>' \
+    "$(wc -l < received.txt)"
+HANDLER
+chmod +x serve.sh
+
+port=$((20000 + ($$ * 13) % 30000))
+sed "s|^url=.*|url=127.0.0.1:$port/collect|" "$examples/example.zav" > posting.zav
+: > received.txt
+
+"$zavcli" monitor --profile posting.zav --every 1s --count 6 --log posted.tab \
+    --step1 "$examples/soundcard.wav" --step2 "$examples/receiver.wav" \
+    --step3 "$examples/external.wav" > run.out 2> run.err &
+mon=$!
+sleep 2.5
+socat TCP-LISTEN:$port,bind=127.0.0.1,reuseaddr,fork EXEC:./serve.sh 2> /dev/null &
+server=$!
+rc=0; wait $mon || rc=$?; mon=
+[ $rc = 0 ] || fail "run: exit $rc $(cat run.err)"
+grep -q 'Server unreachable (connection refused)' run.err || fail "no outage told: $(cat run.err)"
+[ "$(grep -c 'queued' run.out)" -ge 1 ] || fail "nothing queued while down: $(cat run.out)"
+[ "$(wc -l < posted.tab)" = 7 ] || fail "log rows: $(wc -l < posted.tab)"
+[ "$(wc -l < received.txt)" = 6 ] || fail "arrived: $(wc -l < received.txt) $(cat run.err)"
+[ "$(sort -u received.txt | wc -l)" = 6 ] || fail "an observation arrived twice"
+[ "$(grep -c 'Frequency=7%2E100&' received.txt)" = 6 ] || fail "bodies: $(head -1 received.txt)"
+[ ! -e posted.tab.queue ] || fail "the queue was left behind"
+grep -q ', 6 posted, 0 queued' run.err || fail "summary: $(tail -1 run.err)"
+echo "monitor server: all checks passed"

@@ -1,0 +1,137 @@
+#include "qt/services/HamlibRig.h"
+
+#include <gtest/gtest.h>
+
+#include <arpa/inet.h>
+#include <csignal>
+#include <cstdio>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+
+using namespace zav;
+
+namespace {
+
+int freeLoopbackPort() {
+    const int s = socket(AF_INET, SOCK_STREAM, 0);
+    sockaddr_in a{};
+    a.sin_family = AF_INET;
+    a.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t len = sizeof a;
+    bind(s, reinterpret_cast<sockaddr*>(&a), sizeof a);
+    getsockname(s, reinterpret_cast<sockaddr*>(&a), &len);
+    close(s);
+    return ntohs(a.sin_port);
+}
+
+bool accepting(int port) {
+    const int s = socket(AF_INET, SOCK_STREAM, 0);
+    sockaddr_in a{};
+    a.sin_family = AF_INET;
+    a.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    a.sin_port = htons(static_cast<std::uint16_t>(port));
+    const bool ok = connect(s, reinterpret_cast<sockaddr*>(&a), sizeof a) == 0;
+    close(s);
+    return ok;
+}
+
+// Hamlib's dummy rig behind rigctld on a loopback port, ended by its process id.
+struct Rigctld {
+    pid_t pid = -1;
+    int port = 0;
+    explicit Rigctld(int atPort = 0) {
+        port = atPort ? atPort : freeLoopbackPort();
+        pid = fork();
+        if (pid == 0) {
+            const std::string p = std::to_string(port);
+            execlp("rigctld", "rigctld", "-m", "1", "-T", "127.0.0.1", "-t", p.c_str(),
+                   static_cast<char*>(nullptr));
+            _exit(127);
+        }
+        for (int i = 0; i < 100 && !accepting(port); ++i)
+            std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    }
+    ~Rigctld() { stop(); }
+    void stop() {
+        if (pid > 0) {
+            kill(pid, SIGTERM);
+            waitpid(pid, nullptr, 0);
+        }
+        pid = -1;
+    }
+    std::string address() const { return "127.0.0.1:" + std::to_string(port); }
+    // The rig's own answer, through Hamlib's command-line client.
+    std::string ask(const std::string& command) const {
+        const std::string line = "rigctl -m 2 -r " + address() + " " + command + " 2>/dev/null";
+        std::string out;
+        if (FILE* f = popen(line.c_str(), "r")) {
+            char buffer[256];
+            while (fgets(buffer, sizeof buffer, f))
+                out += buffer;
+            pclose(f);
+        }
+        return out;
+    }
+};
+
+TEST(HamlibRig, TunesARigctldOverTheNetworkToEachFrequencyInTurn) {
+    Rigctld daemon;
+    ASSERT_TRUE(accepting(daemon.port)) << "rigctld did not start";
+    HamlibRig rig(2, daemon.address());
+    for (double hz : {3500000.0, 5300000.0, 7000000.0, 10100000.0}) {
+        const RigOutcome out = rig.Tune({hz, "USB", 2700});
+        ASSERT_TRUE(out.tuned) << out.error;
+        EXPECT_EQ(daemon.ask("f"), std::to_string(static_cast<long>(hz)) + "\n");
+    }
+    EXPECT_EQ(daemon.ask("m"), "USB\n2700\n");
+    EXPECT_EQ(daemon.ask("l AGC"), "0\n") << "AGC off";
+
+    const RigOutcome am = rig.Tune({7100000, "AM", 6000});
+    EXPECT_TRUE(am.tuned);
+    EXPECT_EQ(daemon.ask("m"), "AM\n6000\n");
+    const RigOutcome bogus = rig.Tune({7100000, "NOSUCHMODE", 2700});
+    EXPECT_TRUE(bogus.tuned);
+    ASSERT_EQ(bogus.refusals.size(), 1u);
+    EXPECT_EQ(bogus.refusals[0], "Hamlib knows no mode NOSUCHMODE");
+}
+
+// A rig that goes away is an error in words, not the end: the next tuning finds it again.
+TEST(HamlibRig, ARigThatVanishesIsToldInWordsAndFoundAgain) {
+    Rigctld daemon;
+    ASSERT_TRUE(accepting(daemon.port));
+    HamlibRig rig(2, daemon.address());
+    ASSERT_TRUE(rig.Tune({7000000, "USB", 2700}).tuned);
+    const int port = daemon.port;
+    daemon.stop();
+    const RigOutcome gone = rig.Tune({5300000, "USB", 2700});
+    EXPECT_FALSE(gone.tuned);
+    EXPECT_FALSE(gone.error.empty());
+    EXPECT_EQ(gone.error.find('\n'), std::string::npos);
+    const RigOutcome stillGone = rig.Tune({5300000, "USB", 2700});
+    EXPECT_FALSE(stillGone.tuned);
+    EXPECT_NE(stillGone.error.find("cannot open rig model 2 at 127.0.0.1:"), std::string::npos)
+        << stillGone.error;
+
+    Rigctld back(port);
+    ASSERT_TRUE(accepting(port));
+    const RigOutcome again = rig.Tune({5300000, "USB", 2700});
+    EXPECT_TRUE(again.tuned) << again.error;
+    EXPECT_EQ(back.ask("f"), "5300000\n");
+}
+
+TEST(HamlibRig, KnowsItsModels) {
+    std::string text;
+    EXPECT_TRUE(HamlibRig::KnownModel(1, &text));
+    EXPECT_NE(text.find("Dummy"), std::string::npos) << text;
+    EXPECT_FALSE(HamlibRig::KnownModel(999999, &text));
+    EXPECT_EQ(text, "Hamlib knows no rig model 999999");
+    HamlibRig none(999999, "");
+    const RigOutcome out = none.Tune({7000000, "USB", 2700});
+    EXPECT_FALSE(out.tuned);
+    EXPECT_EQ(out.error, "Hamlib knows no rig model 999999");
+}
+
+} // namespace
