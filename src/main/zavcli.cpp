@@ -1,22 +1,7 @@
 // The headless tool: the same core as the desktop program, with no window.
+#include "cli/CliMain.h"
 #include "cli/Commands.h"
 
-#include <QCoreApplication>
-
-#include <clocale>
-#include <iostream>
-#ifdef _WIN32
-#include <io.h>
-#define isatty _isatty
-#define fileno _fileno
-#else
-#include <unistd.h>
-#endif
-
 int main(int argc, char* argv[]) {
-    QCoreApplication app(argc, argv);
-    std::setlocale(LC_ALL, "C"); // numbers always with "."
-    std::vector<std::string> args(argv + 1, argv + argc);
-    zav::CliIo io{std::cout, std::cerr, isatty(fileno(stderr)) != 0};
-    return zav::RunCli(args, io);
+    return zav::RunCliProgram(argc, argv, zav::RunCli);
 }
