@@ -2,6 +2,7 @@
 
 #include "platform/AtomicFile.h"
 #include "platform/CommandLine.h"
+#include "platform/TextHelpers.h"
 
 #include <cstdlib>
 #include <filesystem>
@@ -10,13 +11,6 @@ namespace zav {
 namespace {
 
 namespace fs = std::filesystem;
-
-std::string lowerAscii(std::string text) {
-    for (char& c : text)
-        if (c >= 'A' && c <= 'Z')
-            c = static_cast<char>(c - 'A' + 'a');
-    return text;
-}
 
 std::string trimBlanks(const std::string& text) {
     const auto first = text.find_first_not_of(' ');
@@ -109,8 +103,8 @@ bool Associate(const std::string& appName, const std::string& extension, const s
         return false;
     const std::string bare = ext.substr(1);
     const std::string typeName = bare + " File"; // what the file manager calls such files
-    const std::string mimeType = "application/x-" + lowerAscii(bare) + "-profile";
-    const std::string name = lowerAscii(appName);
+    const std::string mimeType = "application/x-" + LowerAscii(bare) + "-profile";
+    const std::string name = LowerAscii(appName);
     const fs::path home(dataHome);
 
     const std::string mimeXml =

@@ -3,20 +3,11 @@
 #include "platform/CompareVersions.h"
 #include "platform/OpenDocument.h"
 #include "platform/Paths.h"
+#include "platform/TextHelpers.h"
 #include "platform/Version.h"
 #include "support/LikePattern.h"
 
 namespace zav {
-namespace {
-
-std::string lowerAscii(std::string text) {
-    for (char& c : text)
-        if (c >= 'A' && c <= 'Z')
-            c = static_cast<char>(c - 'A' + 'a');
-    return text;
-}
-
-} // namespace
 
 UpdateModel::UpdateModel(std::string BaseUrl, std::string appDir, Ports ports)
     : m_baseUrl(std::move(BaseUrl)), m_appDir(std::move(appDir)), m_ports(ports) {}
@@ -38,7 +29,7 @@ void UpdateModel::Form_Load() {
     // Only a description published under the program's own folder of a site is believed, on
     // a plain or a secure site alike.
     const std::string url = m_ports.xml.FirstElementText(reply.body, "url").value_or("");
-    const std::string folder = "/" + lowerAscii(kAppTitle) + "/";
+    const std::string folder = "/" + LowerAscii(kAppTitle) + "/";
     if (!Like(url, "http://*" + folder) && !Like(url, "https://*" + folder))
         return fail("Update site not responding properly.");
     const auto version = m_ports.xml.FirstElementText(reply.body, "version");

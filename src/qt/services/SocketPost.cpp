@@ -1,5 +1,7 @@
 #include "qt/services/SocketPost.h"
 
+#include "platform/TextHelpers.h"
+
 #include <QEventLoop>
 #include <QSslSocket>
 #include <QTcpSocket>
@@ -10,13 +12,6 @@
 
 namespace zav {
 namespace {
-
-std::string lowerAscii(std::string text) {
-    for (char& c : text)
-        if (c >= 'A' && c <= 'Z')
-            c = static_cast<char>(c - 'A' + 'a');
-    return text;
-}
 
 std::string trimmed(const std::string& s) {
     const std::size_t first = s.find_first_not_of(" \t");
@@ -59,7 +54,7 @@ bool SocketPost::ParseReply(const std::string& bytes, bool closed, HttpResponse&
         const std::size_t colon = line.find(':');
         if (colon == std::string::npos)
             continue;
-        const std::string name = lowerAscii(trimmed(line.substr(0, colon)));
+        const std::string name = LowerAscii(trimmed(line.substr(0, colon)));
         const std::string value = trimmed(line.substr(colon + 1));
         if (name == "location") {
             location = value;
