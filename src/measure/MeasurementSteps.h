@@ -34,11 +34,11 @@ public:
     void Step1();
     void Step2();
     void Step3();
-    void Reset1();
+    void resetSteps();
     void Reset2();
-    void Reset3();
+    void resetStep3();
     void ResetCalc();
-    void CalcCalc();
+    void recalculate();
 
     // Base path of the step recordings, without extension (".wav", ".tmp").
     std::string TempWave;
