@@ -93,8 +93,8 @@ public:
 private:
     // SetupEvents
     void recalculate() override { steps.recalculate(); }
-    void resetSteps() override { steps.resetSteps(); }
-    void resetStep3() override { steps.resetStep3(); }
+    void resetFromStep1() override { steps.resetFromStep1(); }
+    void resetFromStep3() override { steps.resetFromStep3(); }
     std::optional<double> AntennaValueAt(double frequencyMHz) override;
     void UnloadAntennaFile() override { antenna.unloadAntennaFile(); }
     void LoadAntennaFile() override { antenna.LoadAntennaFile(); }

@@ -109,7 +109,7 @@ int finish(const GetPositionModel& model, CliIo& io) {
         io.err << "zavcli gps: no fix met the accuracy before the time-out\n";
         return kExitFailed;
     }
-    io.out << model.lat << '\t' << model.lon << '\t' << model.ct << '\t' << model.acc << '\n';
+    io.out << model.lat << '\t' << model.lon << '\t' << model.fixCount << '\t' << model.acc << '\n';
     io.out.flush();
     return kExitOk;
 }
@@ -169,8 +169,8 @@ int fromDevice(const Request& request, CliIo& io) {
     QObject::connect(&timer1, &QTimer::timeout, [&] {
         reportNewError(model, errors, io);
         if (io.errIsTerminal)
-            io.err << "\r" << model.fixText << "  HDOP " << model.HDOP << "  ct " << model.ct
-                   << "  acc " << model.acc << "   " << std::flush;
+            io.err << "\r" << model.fixText << "  HDOP " << model.HDOP << "  fixCount "
+                   << model.fixCount << "  acc " << model.acc << "   " << std::flush;
         model.onClockTick();
         if (model.result() != GetPositionModel::Result::Open || !port.PortOpen())
             loop.quit();

@@ -36,14 +36,14 @@ void OptionsMenu::toggleSamples() {
     m_options.Samples = !m_options.Samples;
     m_controls.intervalLabel = SetupControls::IntervalCaption(m_options.Samples);
     m_record.Interval = m_record.IntervalTag = m_options.Samples ? "8" : "500";
-    m_events.resetSteps();
+    m_events.resetFromStep1();
     m_events.SetFocus(FocusTarget::Step1);
 }
 
 void OptionsMenu::toggleLimits() {
     m_options.Limits = !m_options.Limits;
     if (m_options.Limits) {
-        m_events.resetSteps();
+        m_events.resetFromStep1();
         m_events.SetFocus(FocusTarget::Step1);
         return;
     }

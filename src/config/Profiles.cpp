@@ -180,7 +180,7 @@ void Profiles::GetProfileSettings() {
     m_controls.intervalLabel = SetupControls::IntervalCaption(m_options.Samples);
     r.AGCTag = r.AGC;
     m_events.ProfileNameChanged(m_state.ProfileName);
-    m_events.resetSteps();
+    m_events.resetFromStep1();
     m_events.SetFocus(FocusTarget::Step1);
 }
 

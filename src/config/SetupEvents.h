@@ -17,9 +17,9 @@ public:
     // Recompute the results grid from the steps and the set-up.
     virtual void recalculate() = 0;
     // Discard steps 1 to 3 (and the results).
-    virtual void resetSteps() = 0;
+    virtual void resetFromStep1() = 0;
     // Discard step 3 (and the results).
-    virtual void resetStep3() = 0;
+    virtual void resetFromStep3() = 0;
 
     // The loaded antenna file's factor at `frequencyMHz`, dB/m; nothing while no file is
     // loaded.

@@ -117,7 +117,7 @@ void SetupForm::validateInterval(bool& keepFocus) {
         return;
     }
     if (m_record.Interval != m_record.IntervalTag) {
-        m_events.resetSteps(); // a new recording length invalidates every step
+        m_events.resetFromStep1(); // a new recording length invalidates every step
         m_record.IntervalTag = m_record.Interval;
     }
 }
@@ -203,7 +203,7 @@ void SetupForm::fieldLeft(SetupField field, bool& keepFocus) {
             break;
         }
         if (text != m_record.AGCTag) {
-            m_events.resetStep3(); // only the external reading depends on the AGC threshold
+            m_events.resetFromStep3(); // only the external reading depends on the AGC threshold
             m_record.AGCTag = text;
         }
         break;

@@ -54,9 +54,9 @@ double signedDegrees(const std::string& text, std::size_t degreeDigits, const ch
 
 } // namespace
 
-GetPositionModel::GetPositionModel(const GpsSettings& settings, SerialPort& ComPort, Beeper& beeper,
+GetPositionModel::GetPositionModel(const GpsSettings& settings, SerialPort& port, Beeper& beeper,
                                    bool beepOption, char decimalSeparator)
-    : m_settings(settings), m_port(ComPort), m_beeper(beeper), m_beepOption(beepOption),
+    : m_settings(settings), m_port(port), m_beeper(beeper), m_beepOption(beepOption),
       m_separator(decimalSeparator), m_interpreter(*this) {}
 
 GetPositionModel::~GetPositionModel() {
@@ -73,10 +73,10 @@ void GetPositionModel::open() {
     HDOP.clear();
     HDOPColour = CellColour::WindowText;
     record.clear();
-    latl.clear();
-    lonl.clear();
+    currentLat.clear();
+    currentLon.clear();
     acc.clear();
-    ct.clear();
+    fixCount.clear();
     lat.clear();
     lon.clear();
     m_result = Result::Open;
@@ -118,20 +118,20 @@ void GetPositionModel::showPortError(int errorNumber) {
               "out and in again");
 }
 
-void GetPositionModel::onPortEvent(int CommEvent, const std::string& Input) {
-    if (CommEvent != kPortReceived || m_result != Result::Open)
+void GetPositionModel::onPortEvent(int portEvent, const std::string& chunk) {
+    if (portEvent != kPortReceived || m_result != Result::Open)
         return;
     try {
-        HandleInput(Input);
+        handleInput(chunk);
     } catch (const RuntimeError& e) {
         showError(e.what());
     }
 }
 
-void GetPositionModel::HandleInput(const std::string& Sinput) {
-    if (!Sinput.empty())
+void GetPositionModel::handleInput(const std::string& chunk) {
+    if (!chunk.empty())
         m_dataSinceTick = true;
-    for (const std::string& received : m_lines.Add(Sinput)) {
+    for (const std::string& received : m_lines.Add(chunk)) {
         const std::string line = trimBlanks(received);
         if (!line.empty())
             record = line;
@@ -186,19 +186,19 @@ void GetPositionModel::PositionReceived(const std::string& latitude, const std::
     if (Count == INT16_MAX)
         throw RuntimeError::Overflow();
     ++Count;
-    ct = std::to_string(Count);
+    fixCount = std::to_string(Count);
 
     // Accuracy estimate, m: four times the RMS HDOP of the accepted fixes.
     SumHdop2 += h * h;
     acc = Format(4 * std::sqrt(SumHdop2 / Count), "0.00", m_separator);
 
     const double latitudeDeg = signedDegrees(latitude, 2, "S");
-    latl = Format(latitudeDeg, "00.000000", m_separator);
+    currentLat = Format(latitudeDeg, "00.000000", m_separator);
     SumLat += latitudeDeg;
     lat = Format(SumLat / Count, "00.000000", m_separator);
 
     const double longitudeDeg = signedDegrees(longitude, 3, "W");
-    lonl = Format(longitudeDeg, "000.000000", m_separator);
+    currentLon = Format(longitudeDeg, "000.000000", m_separator);
     SumLon += longitudeDeg;
     lon = Format(SumLon / Count, "000.000000", m_separator);
 }

@@ -27,8 +27,8 @@ public:
 
     // `beepOption` is the main window's Beep option; `decimalSeparator` the one the dialog's
     // numbers are shown with (the receiver's own always use ".").
-    GetPositionModel(const GpsSettings& settings, SerialPort& ComPort, Beeper& beeper,
-                     bool beepOption, char decimalSeparator = '.');
+    GetPositionModel(const GpsSettings& settings, SerialPort& port, Beeper& beeper, bool beepOption,
+                     char decimalSeparator = '.');
     ~GetPositionModel() override;
     GetPositionModel(const GetPositionModel&) = delete;
     GetPositionModel& operator=(const GetPositionModel&) = delete;
@@ -37,11 +37,11 @@ public:
     void open();
     // The serial control's notification: only the receive event is acted on. An error out of
     // the interpreter shows in `record` and the capture goes on.
-    void onPortEvent(int CommEvent, const std::string& Input);
+    void onPortEvent(int portEvent, const std::string& chunk);
     // One chunk of received characters, however the port split the stream: assembles lines
     // and parses the GGA sentences of any satellite system among them. An error out of the
     // interpreter shows in `record` and the lines after it are still read.
-    void HandleInput(const std::string& Sinput);
+    void handleInput(const std::string& chunk);
     // The port failed while open (for example the device vanished).
     void onPortError(int errorNumber);
     // The once-a-second check that ends the capture by itself, and says so when an open port
@@ -63,12 +63,12 @@ public:
     std::string HDOP;
     CellColour HDOPColour = CellColour::WindowText;
     std::string record; // the last raw line, or "Error: " and a message
-    std::string latl;
-    std::string lonl;
+    std::string currentLat;
+    std::string currentLon;
     std::string fixText;
     // "Average"
     std::string acc; // accuracy estimate, m
-    std::string ct;
+    std::string fixCount;
     std::string lat;
     std::string lon;
 

@@ -28,14 +28,14 @@ void GpsSetupModel::open() {
         portList.push_back(std::to_string(i));
     speedList = {"1200", "2400", "4800", "9600", "19200", "38400", "57600", "115200"};
     parityList = {"N", "E", "O", "M", "S"};
-    dbitsList = {"5", "6", "7", "8"};
-    sbitsList = {"1", "2"};
+    dataBitsList = {"5", "6", "7", "8"};
+    stopBitsList = {"1", "2"};
 
     port = std::to_string(m_settings.Port);
     speed = std::to_string(m_settings.Speed);
     parity = m_settings.Parity;
-    dbits = std::to_string(m_settings.Dbits);
-    sbits = std::to_string(m_settings.Sbits);
+    dataBits = std::to_string(m_settings.Dbits);
+    stopBits = std::to_string(m_settings.Sbits);
     acc = std::to_string(m_settings.Acc);
     Device = m_settings.Device;
     m_visible = true;
@@ -94,8 +94,8 @@ void GpsSetupModel::okPressed() {
         next.Port = int16("Port", port);
         current = "Speed \"" + speed + "\"";
         next.Speed = ToBaudRate(speed);
-        next.Dbits = int16("Dbits", dbits);
-        next.Sbits = int16("Sbits", sbits);
+        next.Dbits = int16("Dbits", dataBits);
+        next.Sbits = int16("Sbits", stopBits);
         current = "Acc \"" + acc + "\"";
         next.Acc = RoundToInt16(Number(acc, m_separator));
     } catch (const RuntimeError& e) {

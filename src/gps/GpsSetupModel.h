@@ -44,8 +44,8 @@ public:
     bool Visible() const { return m_visible; }
     bool Stored() const { return m_stored; }
 
-    std::string port, speed, parity, dbits, sbits, acc, Device;
-    std::vector<std::string> portList, speedList, parityList, dbitsList, sbitsList;
+    std::string port, speed, parity, dataBits, stopBits, acc, Device;
+    std::vector<std::string> portList, speedList, parityList, dataBitsList, stopBitsList;
     bool accSelected = false; // the whole text of `acc` is selected
 
 private:

@@ -102,7 +102,7 @@ void MeasurementSteps::judgeClipping(int column, const Measurement& m) {
 void MeasurementSteps::Step1() {
     if (!prompt("Power off receiver, connect to sound card and hit OK.."))
         return;
-    if (!takeStep(1, S1, &MeasurementSteps::resetSteps))
+    if (!takeStep(1, S1, &MeasurementSteps::resetFromStep1))
         return;
     if (S1.ClipFlag == 0)
         explain(kRowRms, 1, SoundCardVerdict(S1, decimalSeparator));
@@ -127,7 +127,7 @@ void MeasurementSteps::Step1() {
 void MeasurementSteps::Step2() {
     if (!prompt("Power on receiver, terminate input and hit OK."))
         return;
-    if (!takeStep(2, S2, &MeasurementSteps::Reset2))
+    if (!takeStep(2, S2, &MeasurementSteps::resetFromStep2))
         return;
     const double r1 = S1.Rms, r2 = S2.Rms;
     if (S2.ClipFlag == 0)
@@ -152,7 +152,7 @@ void MeasurementSteps::Step2() {
 void MeasurementSteps::Step3() {
     if (!prompt("Connect receiver to source and hit OK."))
         return;
-    if (!takeStep(3, S3, &MeasurementSteps::resetStep3))
+    if (!takeStep(3, S3, &MeasurementSteps::resetFromStep3))
         return;
     if (S3.ClipFlag != 0) {
         judgeClipping(3, S3);
@@ -195,25 +195,25 @@ void MeasurementSteps::resetColumn(int column, Measurement& m) {
     }
 }
 
-void MeasurementSteps::resetSteps() {
+void MeasurementSteps::resetFromStep1() {
     verdict.clear();
     resetColumn(1, S1);
     m_commands.Step2 = false;
-    Reset2();
+    resetFromStep2();
 }
 
-void MeasurementSteps::Reset2() {
+void MeasurementSteps::resetFromStep2() {
     resetColumn(2, S2);
     m_commands.Step3 = false;
-    resetStep3();
+    resetFromStep3();
 }
 
-void MeasurementSteps::resetStep3() {
+void MeasurementSteps::resetFromStep3() {
     resetColumn(3, S3);
-    ResetCalc();
+    resetResults();
 }
 
-void MeasurementSteps::ResetCalc() {
+void MeasurementSteps::resetResults() {
     const CellColour colour = m_options.Limits ? CellColour::WindowText : CellColour::Red;
     for (int row = 1; row < gridCalc.Rows(); ++row) {
         for (int column = 1; column < gridCalc.Columns(); ++column) {
@@ -226,7 +226,7 @@ void MeasurementSteps::ResetCalc() {
 }
 
 void MeasurementSteps::recalculate() {
-    ResetCalc();
+    resetResults();
     FieldStrengthInputs in;
     in.ms1 = S1.Ms;
     in.ms2 = S2.Ms;
@@ -262,7 +262,7 @@ void MeasurementSteps::recalculate() {
     case CalcOutcome::NotComputable:
         return;
     case CalcOutcome::ArithmeticError:
-        ResetCalc();
+        resetResults();
         m_commands.recordTsvButtonEnabled = false;
         m_ports.dialogs.ShowMessage("Value error:", "Calculation error, check input values on form",
                                     MessageIcon::Critical);

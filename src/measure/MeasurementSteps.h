@@ -34,10 +34,10 @@ public:
     void Step1();
     void Step2();
     void Step3();
-    void resetSteps();
-    void Reset2();
-    void resetStep3();
-    void ResetCalc();
+    void resetFromStep1();
+    void resetFromStep2();
+    void resetFromStep3();
+    void resetResults();
     void recalculate();
 
     // Base path of the step recordings, without extension (".wav", ".tmp").

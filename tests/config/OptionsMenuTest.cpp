@@ -85,7 +85,8 @@ TEST_F(OptionsMenuTest, SamplesOptionSwitchesUnitsAndAlwaysDiscardsTheSteps) {
     EXPECT_TRUE(options.Samples);
     EXPECT_EQ(controls.intervalLabel, "Samples (k)");
     EXPECT_EQ(record.Interval + "/" + record.IntervalTag, "8/8");
-    EXPECT_EQ(events.calls, (Calls{"resetSteps", "Focus Step1", "resetSteps", "Focus Step1"}));
+    EXPECT_EQ(events.calls,
+              (Calls{"resetFromStep1", "Focus Step1", "resetFromStep1", "Focus Step1"}));
 }
 
 TEST_F(OptionsMenuTest, LimitsOffKeepsResultsVisibleButUnusable) {
@@ -104,7 +105,7 @@ TEST_F(OptionsMenuTest, LimitsOffKeepsResultsVisibleButUnusable) {
     events.calls.clear();
     menu.toggleLimits();
     EXPECT_TRUE(options.Limits);
-    EXPECT_EQ(events.calls, (Calls{"resetSteps", "Focus Step1"}));
+    EXPECT_EQ(events.calls, (Calls{"resetFromStep1", "Focus Step1"}));
     commands.Step3 = false;
     events.calls.clear();
     menu.toggleLimits();

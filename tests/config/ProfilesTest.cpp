@@ -82,8 +82,8 @@ TEST_F(ProfilesTest, AMissingProfileGivesEveryDefault) {
     EXPECT_EQ(record.AGCTag + record.IntervalTag + record.AntFileName, "208");
     const TransferSettings& t = state.transfer;
     EXPECT_EQ(t.username + t.password + t.Email + t.URL + t.AtfEmail, "");
-    EXPECT_EQ(events.calls, (Calls{"UnloadAntennaFile", "Caption nothing-here.zav", "resetSteps",
-                                   "Focus Step1"}));
+    EXPECT_EQ(events.calls, (Calls{"UnloadAntennaFile", "Caption nothing-here.zav",
+                                   "resetFromStep1", "Focus Step1"}));
     EXPECT_FALSE(fs::exists(path("nothing-here.zav"))) << "reading creates nothing";
 }
 
@@ -219,7 +219,7 @@ TEST_F(ProfilesTest, TheAntennaFileLoadsAfterTheOptionsAndItsFactorModeStands) {
                     "[options]\nInterval=16\nAntFact=False\n");
     EXPECT_TRUE(loaded);
     EXPECT_EQ(events.calls, (Calls{"UnloadAntennaFile", "LoadAntennaFile", "Caption ant.zav",
-                                   "resetSteps", "Focus Step1"}));
+                                   "resetFromStep1", "Focus Step1"}));
     // A stored "False" would take the file's factors as gains: the file wins, and the label
     // says so.
     EXPECT_TRUE(options.AntFact);

@@ -12,8 +12,8 @@ namespace zav::test {
 class RecordingEvents : public SetupEvents {
 public:
     void recalculate() override { calls.push_back("recalculate"); }
-    void resetSteps() override { calls.push_back("resetSteps"); }
-    void resetStep3() override { calls.push_back("resetStep3"); }
+    void resetFromStep1() override { calls.push_back("resetFromStep1"); }
+    void resetFromStep3() override { calls.push_back("resetFromStep3"); }
     std::optional<double> AntennaValueAt(double frequencyMHz) override {
         if (!antenna)
             return std::nullopt;

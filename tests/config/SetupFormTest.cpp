@@ -71,7 +71,7 @@ TEST_F(SetupFormTest, LeavingABoxTidiesChecksAndActs) {
         const char* message;
         Calls calls;
     };
-    const Calls calc{"recalculate"}, none{}, reset1{"resetSteps"}, reset3{"resetStep3"};
+    const Calls calc{"recalculate"}, none{}, reset1{"resetFromStep1"}, reset3{"resetFromStep3"};
     record.AGCTag = "20";
     options.Samples = true;
     record.IntervalTag = "8";
@@ -181,7 +181,7 @@ TEST_F(SetupFormTest, EnterInIntervalWarnsWithItsOwnWordsAndResetsNothing) {
     EXPECT_EQ(form.Selection(F::Interval).SelLength, 2);
     bool cancel = false;
     form.fieldLeft(SetupField::Interval, cancel);
-    EXPECT_EQ(events.calls, Calls{"resetSteps"});
+    EXPECT_EQ(events.calls, Calls{"resetFromStep1"});
 
     options.Samples = false;
     EXPECT_EQ(enter(F::Interval, "499"), KeyOutcome::Swallowed);

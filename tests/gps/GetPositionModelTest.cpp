@@ -139,7 +139,7 @@ TEST(GetPosition, HdopColoursAndAcceptance) {
     d.receive(gga(48.1, 11.5, 3.0));
     EXPECT_EQ(d.model->HDOP, "3.0");
     EXPECT_EQ(d.model->HDOPColour, CellColour::Orange);
-    EXPECT_EQ(d.model->ct, "1");
+    EXPECT_EQ(d.model->fixCount, "1");
     d.receive(gga(48.1, 11.5, 2.5));
     EXPECT_EQ(d.model->HDOPColour, CellColour::WindowText);
     d.receive(gga(48.1, 11.5, 3.4));
@@ -212,8 +212,8 @@ TEST(GetPosition, AveragesAgainstIndependentSums) {
 
     Dialog south;
     south.receive(Sentence("GPGGA,1,3351.1234,S,00023.0832,W,1,08,1.0,,,,,,") + "\r\n");
-    EXPECT_EQ(south.model->latl, "-33.852057");
-    EXPECT_EQ(south.model->lonl, "-000.384720");
+    EXPECT_EQ(south.model->currentLat, "-33.852057");
+    EXPECT_EQ(south.model->currentLon, "-000.384720");
 }
 
 TEST(GetPosition, TimerEndsTheCaptureOverTwoFixes) {
@@ -257,8 +257,8 @@ std::string readCapture(const std::string& name) {
 
 // What a capture leaves in the dialog, for comparing two ways of feeding it.
 std::string outcome(const GetPositionModel& m) {
-    return m.ct + "|" + m.lat + "|" + m.lon + "|" + m.acc + "|" + m.HDOP + "|" + m.fixText + "|" +
-           m.record + "|" + std::to_string(m.ErrorsShown());
+    return m.fixCount + "|" + m.lat + "|" + m.lon + "|" + m.acc + "|" + m.HDOP + "|" + m.fixText +
+           "|" + m.record + "|" + std::to_string(m.ErrorsShown());
 }
 
 TEST(GetPosition, SameBytesGiveTheSameFixesHoweverTheyAreSplit) {
@@ -348,7 +348,7 @@ TEST(GetPosition, ErrorsShowInRecordAndTheCaptureGoesOn) {
     EXPECT_EQ(d.model->ErrorsShown(), 2u);
 
     // A failing sentence costs only itself: the fix after it in the same read still counts.
-    d.model->HandleInput(Sentence("GPGGA,1") + "\r\n" + gga(48, 11, 1.0));
+    d.model->handleInput(Sentence("GPGGA,1") + "\r\n" + gga(48, 11, 1.0));
     EXPECT_EQ(d.model->ErrorsShown(), 3u);
     EXPECT_EQ(d.model->Count, 3);
 

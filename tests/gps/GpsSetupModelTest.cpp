@@ -19,7 +19,7 @@ TEST(GpsSetup, ShowsTheSettingsAndOkStoresThemBack) {
     const std::string ublox = "/dev/serial/by-id/usb-u-blox_AG_GNSS_receiver-if00";
     GpsSetupModel setup(settings, dialogs, {{"/dev/ttyUSB0", ""}, {ublox, "u-blox GNSS receiver"}});
     setup.open();
-    EXPECT_EQ(setup.port + setup.speed + setup.parity + setup.dbits + setup.sbits + setup.acc,
+    EXPECT_EQ(setup.port + setup.speed + setup.parity + setup.dataBits + setup.stopBits + setup.acc,
               "34800E8125");
     // The devices found come first, by name and what they are; the numbers follow.
     ASSERT_EQ(setup.portList.size(), 101u);
@@ -96,12 +96,12 @@ TEST(GpsSetup, OkConvertsOrReportsWhatDoesNotFitAndCancelDiscards) {
     setup.port = "7";
     setup.speed = "5000000"; // past any serial line
     setup.parity = "O";
-    setup.dbits = "eight";
-    setup.sbits = "1.5"; // a 16-bit count: rounds half to even
+    setup.dataBits = "eight";
+    setup.stopBits = "1.5"; // a 16-bit count: rounds half to even
     setup.acc = "40000";
     setup.Device = "/dev/ttyUSB1";
     const std::pair<std::string*, const char*> fixes[] = {
-        {&setup.speed, "9600"}, {&setup.dbits, "7"}, {&setup.acc, "2.5"}};
+        {&setup.speed, "9600"}, {&setup.dataBits, "7"}, {&setup.acc, "2.5"}};
     const char* const errors[] = {"Error: Overflow (Speed \"5000000\")",
                                   "Error: Type mismatch (Dbits \"eight\")",
                                   "Error: Overflow (Acc \"40000\")"};

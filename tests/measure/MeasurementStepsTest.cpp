@@ -140,8 +140,8 @@ TEST(MeasurementSteps, GoodObservationFillsBothGridsAndEnablesOutputs) {
 }
 
 TEST(MeasurementSteps, EveryResetDisablesEveryOutputOfResults) {
-    for (auto reset : {&MeasurementSteps::resetSteps, &MeasurementSteps::Reset2,
-                       &MeasurementSteps::resetStep3, &MeasurementSteps::ResetCalc}) {
+    for (auto reset : {&MeasurementSteps::resetFromStep1, &MeasurementSteps::resetFromStep2,
+                       &MeasurementSteps::resetFromStep3, &MeasurementSteps::resetResults}) {
         Bench b;
         b.options.Verbose = false;
         b.runAllSteps();

@@ -19,8 +19,8 @@ namespace {
 
 struct NoEvents : SetupEvents {
     void recalculate() override {}
-    void resetSteps() override {}
-    void resetStep3() override {}
+    void resetFromStep1() override {}
+    void resetFromStep3() override {}
     std::optional<double> AntennaValueAt(double) override { return std::nullopt; }
     void UnloadAntennaFile() override {}
     void LoadAntennaFile() override {}

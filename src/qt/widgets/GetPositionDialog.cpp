@@ -83,9 +83,8 @@ QLabel* caption(const char* text, QWidget* parent) {
 
 } // namespace
 
-GetPositionDialog::GetPositionDialog(const GpsSettings& settings, SerialPort& ComPort,
-                                     Beeper& beeper, bool beepOption, char decimalSeparator,
-                                     QWidget* parent)
+GetPositionDialog::GetPositionDialog(const GpsSettings& settings, SerialPort& port, Beeper& beeper,
+                                     bool beepOption, char decimalSeparator, QWidget* parent)
     : QDialog(parent) {
     setObjectName(QStringLiteral("frmGetPosition"));
     setWindowTitle(QStringLiteral("Get Position"));
@@ -134,7 +133,7 @@ GetPositionDialog::GetPositionDialog(const GpsSettings& settings, SerialPort& Co
     layout->addWidget(average);
     layout->addLayout(buttons.row);
 
-    m_port = std::make_unique<WatchedPort>(ComPort, [this] { render(); });
+    m_port = std::make_unique<WatchedPort>(port, [this] { render(); });
     m_model =
         std::make_unique<GetPositionModel>(settings, *m_port, beeper, beepOption, decimalSeparator);
     m_tickTimer = new QTimer(this);
@@ -200,8 +199,8 @@ void GetPositionDialog::render() {
     m_hdop->setPalette(hdopPalette);
 
     const std::pair<QLineEdit*, const std::string*> boxes[] = {
-        {m_hdop, &m.HDOP}, {m_record, &m.record}, {m_latl, &m.latl}, {m_lonl, &m.lonl},
-        {m_acc, &m.acc},   {m_ct, &m.ct},         {m_lat, &m.lat},   {m_lon, &m.lon},
+        {m_hdop, &m.HDOP}, {m_record, &m.record}, {m_latl, &m.currentLat}, {m_lonl, &m.currentLon},
+        {m_acc, &m.acc},   {m_ct, &m.fixCount},   {m_lat, &m.lat},         {m_lon, &m.lon},
     };
     for (const auto& [box, text] : boxes) {
         if (box->text() == qs(*text))

@@ -25,7 +25,7 @@ class GetPositionDialog : public QDialog {
 public:
     // `beepOption` is the main window's Beep option; numbers are shown with
     // `decimalSeparator`.
-    GetPositionDialog(const GpsSettings& settings, SerialPort& ComPort, Beeper& beeper,
+    GetPositionDialog(const GpsSettings& settings, SerialPort& port, Beeper& beeper,
                       bool beepOption, char decimalSeparator = '.', QWidget* parent = nullptr);
     ~GetPositionDialog() override;
 

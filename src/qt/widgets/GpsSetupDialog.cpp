@@ -62,8 +62,8 @@ GpsSetupDialog::GpsSetupDialog(GpsSetupModel& model, QWidget* parent)
     m_port->setMinimumContentsLength(14);
     m_speed = makeList("speed", m_model.speedList, false, this);
     m_parity = makeList("parity", m_model.parityList, true, this);
-    m_dbits = makeList("dbits", m_model.dbitsList, true, this);
-    m_sbits = makeList("sbits", m_model.sbitsList, true, this);
+    m_dbits = makeList("dbits", m_model.dataBitsList, true, this);
+    m_sbits = makeList("sbits", m_model.stopBitsList, true, this);
     m_acc = new QLineEdit(this);
     m_acc->setObjectName(QStringLiteral("acc"));
     m_acc->installEventFilter(this);
@@ -73,8 +73,8 @@ GpsSetupDialog::GpsSetupDialog(GpsSetupModel& model, QWidget* parent)
     const std::pair<QComboBox*, std::string GpsSetupModel::*> lists[] = {
         {m_speed, &GpsSetupModel::speed},
         {m_parity, &GpsSetupModel::parity},
-        {m_dbits, &GpsSetupModel::dbits},
-        {m_sbits, &GpsSetupModel::sbits},
+        {m_dbits, &GpsSetupModel::dataBits},
+        {m_sbits, &GpsSetupModel::stopBits},
     };
     for (const auto& [box, member] : lists) {
         connect(box, &QComboBox::currentTextChanged, this, [this, member](const QString& text) {
@@ -182,8 +182,8 @@ void GpsSetupDialog::render() {
     showText(m_port, m.PortShown());
     showText(m_speed, m.speed);
     showText(m_parity, m.parity);
-    showText(m_dbits, m.dbits);
-    showText(m_sbits, m.sbits);
+    showText(m_dbits, m.dataBits);
+    showText(m_sbits, m.stopBits);
     if (m_acc->text() != qs(m.acc))
         m_acc->setText(qs(m.acc));
     m_rendering = false;

@@ -95,7 +95,7 @@ TEST(P372Panel, ShowsTheObservationAgainstTheCurves) {
     EXPECT_GT(d.curve("Residential")->pen().widthF(), d.curve("Business")->pen().widthF());
 
     // A reset empties the panel as it empties the results grid.
-    d.steps.resetStep3();
+    d.steps.resetFromStep3();
     d.panel.refresh(d.steps, d.setup);
     EXPECT_EQ(d.text("lblFa"), "");
     EXPECT_EQ(d.text("lblPlacement"), "");
