@@ -123,7 +123,7 @@ TEST(NmeaInterpreter, ChecksumRules) {
     EXPECT_GT(refused, 700);
 }
 
-TEST(NmeaInterpreter, ErrorsLeaveFParseAfterTheEventsBeforeThem) {
+TEST(NmeaInterpreter, ErrorsLeaveParseSentenceAfterTheEventsBeforeThem) {
     Interpreter nmea;
     // Fourteen fields: the station ID (field 14) is past the end.
     EXPECT_EQ(nmea.error(Sentence("GPGGA,123519,4807.038,N,01131.000,E,1,08,0.9,545.4,M,46.9,M,3")),

@@ -203,7 +203,7 @@ TEST(TransferModel, MailHandOffFailureSaysSoAndTransfersNothing) {
     EXPECT_TRUE(rig.history.lastObsTime.empty());
 }
 
-TEST(TransferModel, UnloadWritesTheBoxesBackAndDoubleClickCopiesTheMessage) {
+TEST(TransferModel, ClosingWritesTheBoxesBackAndDoubleClickCopiesTheMessage) {
     TransferRig rig;
     TransferModel m = rig.open();
     m.username = "carol";
