@@ -37,7 +37,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     zav::NmeaEvents events;
     zav::NmeaInterpreter interpreter(events);
     try {
-        interpreter.FParse(text);
+        interpreter.parseSentence(text);
     } catch (const zav::RuntimeError&) {
     }
     // The first byte chooses how the rest is cut into received chunks.
@@ -45,12 +45,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     NoBeep beep;
     zav::GpsSettings settings;
     zav::GetPositionModel capture(settings, port, beep, false);
-    capture.Form_Load();
+    capture.open();
     const std::size_t step = size ? 1 + data[0] % 23 : 1;
     for (std::size_t at = size ? 1 : 0; at < size; at += step) {
         if (port.receive)
             port.receive(text.substr(at, step));
-        capture.Timer1_Timer();
+        capture.onClockTick();
     }
     return 0;
 }

@@ -27,7 +27,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
     zav::UpdateModel update("http://127.0.0.1/zav/", "/opt/zav/",
                             {http, xml, updater, shell, dialogs});
-    update.Form_Load();
+    update.open();
     if (update.Message.empty())
         std::abort();
 
@@ -41,8 +41,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     zav::TransferHistory history;
     zav::TransferModel transfer(zav::ReportSource{setup, observation, meas, calc, 0, 0, '.'},
                                 settings, history, {http, xml, mailer, clipboard, dialogs});
-    transfer.Form_Load();
-    transfer.OKButton_Click();
+    transfer.open();
+    transfer.okPressed();
     if (transfer.Message.empty())
         std::abort();
     return 0;

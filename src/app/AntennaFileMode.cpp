@@ -5,7 +5,7 @@
 
 namespace zav {
 
-void AntennaFileMode::MenuImportAntenna_Click(const std::string& startDir) {
+void AntennaFileMode::importAntennaFile(const std::string& startDir) {
     FileDialogRequest request;
     request.initialDir = startDir;
     request.filter = "Text files (*.tab)|*.tab";
@@ -24,30 +24,30 @@ void AntennaFileMode::LoadAntennaFile() {
         m_record.AntFileName.clear();
         m_table.clear();
         m_controls.AntGainEnabled = true;
-        m_controls.MenuOptionsAntFactEnabled = true;
-        MenuAntUnlEnabled = false;
-        m_events.CalcCalc();
+        m_controls.antennaFactorEnabled = true;
+        unloadAntennaEnabled = false;
+        m_events.recalculate();
         return;
     }
     m_table = std::move(file.IntTable);
     // The file holds antenna factors: the box turns into one before it takes the file's.
     m_options.AntFact = false;
-    m_optionsMenu.MenuOptionsAntFact_Click();
-    m_controls.MenuOptionsAntFactEnabled = false;
+    m_optionsMenu.toggleAntennaFactor();
+    m_controls.antennaFactorEnabled = false;
     m_controls.AntGainEnabled = false;
-    MenuAntUnlEnabled = true;
+    unloadAntennaEnabled = true;
     m_record.AntGain =
         Format(*ValueAt(Number(m_record.Frequency, decimalSeparator)), "0.00", decimalSeparator);
-    m_events.CalcCalc();
+    m_events.recalculate();
 }
 
-void AntennaFileMode::MenuAntUnl_Click() {
-    m_controls.MenuOptionsAntFactEnabled = true;
+void AntennaFileMode::unloadAntennaFile() {
+    m_controls.antennaFactorEnabled = true;
     m_controls.AntGainEnabled = true;
-    MenuAntUnlEnabled = false;
+    unloadAntennaEnabled = false;
     m_record.AntFileName.clear();
     m_table.clear();
-    m_events.CalcCalc();
+    m_events.recalculate();
 }
 
 std::optional<double> AntennaFileMode::ValueAt(double frequencyMHz) const {

@@ -22,20 +22,20 @@ public:
           m_dialogs(dialogs), m_events(events) {}
 
     // "&Import antenna file": choose a file, then load it.
-    void MenuImportAntenna_Click(const std::string& startDir);
+    void importAntennaFile(const std::string& startDir);
     // Loads the file that AntFileName names; a failed load clears the name and gives the box
     // back to the operator. Loading and unloading recompute the results at once, so that
     // they never stand on another antenna than the one shown.
     void LoadAntennaFile();
     // "&Unload antenna file": the box and the option are the operator's again; the value and
     // the factor mode stay as they are.
-    void MenuAntUnl_Click();
+    void unloadAntennaFile();
 
     // The file's factor at `frequencyMHz`, or nothing while no file is loaded.
     std::optional<double> ValueAt(double frequencyMHz) const;
     bool Loaded() const { return !m_table.empty(); }
 
-    bool MenuAntUnlEnabled = false;
+    bool unloadAntennaEnabled = false;
     char decimalSeparator = '.';
 
 private:

@@ -22,7 +22,7 @@ inline FocusTarget FirstEnabledStep(const CommandStates& commands) {
 // capture leaves the fields empty rather than showing a place the operator has left;
 // `showGetPosition` runs the capture dialog modally and writes the averaged position into the
 // set-up on OK. The result says where the focus goes next.
-inline FocusTarget btnGetPos_Click(SetupRecord& setup, const CommandStates& commands,
+inline FocusTarget capturePosition(SetupRecord& setup, const CommandStates& commands,
                                    const std::function<void(SetupRecord&)>& showGetPosition) {
     setup.lat.clear();
     setup.lon.clear();

@@ -59,10 +59,10 @@ MainModel::MainModel(const StartupState& startup, MainPorts ports, MainEnvironme
     Caption = WindowCaption(state.ProfileName);
 }
 
-void MainModel::Form_Load() {
+void MainModel::open() {
     // The sound-mixer entries belong to systems older than version 6.0.
     if (CompareVersions(m_environment.osVersion, "6.0", 2) >= 0)
-        MenuSCCPEnabled = MenuSCCREnabled = false;
+        playbackMixerEnabled = recordingMixerEnabled = false;
     const std::string id = "0000000" + m_environment.processId;
     steps.TempWave = m_environment.tempDir + "~" + id.substr(id.size() - 8);
     // A run that was killed left its recordings behind; one ended by a signal removes its own.
@@ -72,7 +72,7 @@ void MainModel::Form_Load() {
     profiles.GetProfileSettings();
 }
 
-bool MainModel::Form_Unload(std::string* error) {
+bool MainModel::close(std::string* error) {
     const bool saved = profiles.SaveWindowSettings(error);
     std::error_code ignored;
     std::filesystem::remove(steps.TempWave + ".wav", ignored);
@@ -80,19 +80,19 @@ bool MainModel::Form_Unload(std::string* error) {
     return saved;
 }
 
-bool MainModel::Timer1_Timer(std::time_t now) {
+bool MainModel::onClockTick(std::time_t now) {
     const std::tm local = LocalTime(now);
     char text[16];
     std::strftime(text, sizeof text, "%H:%M:%S", &local);
-    if (lblTime == text)
+    if (clockText == text)
         return false;
-    lblTime = text;
+    clockText = text;
     return true;
 }
 
-void MainModel::MenuSaveTsv_Click() {
+void MainModel::recordTsv() {
     outputs.focus = FocusTarget::Unchanged;
-    outputs.MenuSaveTsv_Click();
+    outputs.recordTsv();
     if (outputs.focus != FocusTarget::Unchanged)
         focus = outputs.focus;
 }
@@ -121,12 +121,12 @@ Recording MainModel::RecordWave(const RecordingRequest& request) {
                               : m_ports.deviceInput.RecordWave(request);
     // A new recording can be kept, plotted and played.
     if (rec.status == RecordingStatus::Recorded)
-        waveExports.EnableWaveCommands();
+        waveExports.enableWaveCommands();
     return rec;
 }
 
 void MainModel::GetPosition(const std::function<void(SetupRecord&)>& capture) {
-    focus = btnGetPos_Click(setup, commands, capture);
+    focus = capturePosition(setup, commands, capture);
     Observation& o = steps.observation;
     // Taken after the steps but before anything was output, the position belongs to the
     // observation just measured; once output, the observation stays as it went out.
@@ -138,7 +138,7 @@ void MainModel::GetPosition(const std::function<void(SetupRecord&)>& capture) {
 
 void MainModel::runStep(void (MeasurementSteps::*step)(), const std::string& title) {
     // Every way to start a step checks the boxes as a click on its button does.
-    if (const auto refused = form.ValidateAll()) {
+    if (const auto refused = form.checkAllFields()) {
         focus = FocusTarget::SetupBox;
         focusField = *refused;
         return;
@@ -151,10 +151,10 @@ void MainModel::runStep(void (MeasurementSteps::*step)(), const std::string& tit
 }
 
 void MainModel::afterStep3() {
-    if (options.AutoTsv && commands.MenuSaveTsv)
-        MenuSaveTsv_Click();
-    else if (!options.AutoTsv && commands.MenuSaveTsv && commands.RTSVB)
-        focus = FocusTarget::RTSVB;
+    if (options.AutoTsv && commands.recordTsvEnabled)
+        recordTsv();
+    else if (!options.AutoTsv && commands.recordTsvEnabled && commands.recordTsvButtonEnabled)
+        focus = FocusTarget::recordTsvButtonEnabled;
 }
 
 } // namespace zav

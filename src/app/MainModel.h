@@ -37,18 +37,17 @@ public:
     MainModel& operator=(const MainModel&) = delete;
 
     // Settings and profile in, grids laid out; the window caption names the profile.
-    void Form_Load();
+    void open();
     // Settings and profile out, temporary recordings removed. False when the profile could
     // not be written (`error` says why).
-    bool Form_Unload(std::string* error = nullptr);
+    bool close(std::string* error = nullptr);
     // The running clock: true when its text changed.
-    bool Timer1_Timer(std::time_t now);
+    bool onClockTick(std::time_t now);
 
     void Step1() { runStep(&MeasurementSteps::Step1, steps.S1.Title); }
     void Step2() { runStep(&MeasurementSteps::Step2, steps.S2.Title); }
     void Step3() { runStep(&MeasurementSteps::Step3, steps.S3.Title); }
-    void RTSVB_Click() { MenuSaveTsv_Click(); }
-    void MenuSaveTsv_Click();
+    void recordTsv();
 
     // "Get position": `capture` runs the capture dialog, which writes the averaged position
     // into the set-up on OK. An observation not yet output takes the new position.
@@ -69,11 +68,11 @@ public:
     SetupControls controls;
     PersistentState state;
     std::string Caption;
-    std::string lblTime;
+    std::string clockText;
     FocusTarget focus = FocusTarget::Unchanged;
     SetupField focusField = SetupField::Tester; // the box meant by FocusTarget::SetupBox
-    bool MenuSCCPEnabled = true; // the two sound-mixer entries, for older systems only
-    bool MenuSCCREnabled = true;
+    bool playbackMixerEnabled = true; // the two sound-mixer entries, for older systems only
+    bool recordingMixerEnabled = true;
     int DebugFlag = 0;
 
     // The transfer's duplicate guard and receipt, kept for the whole run.
@@ -93,11 +92,11 @@ public:
 
 private:
     // SetupEvents
-    void CalcCalc() override { steps.CalcCalc(); }
-    void Reset1() override { steps.Reset1(); }
-    void Reset3() override { steps.Reset3(); }
+    void recalculate() override { steps.recalculate(); }
+    void resetFromStep1() override { steps.resetFromStep1(); }
+    void resetFromStep3() override { steps.resetFromStep3(); }
     std::optional<double> AntennaValueAt(double frequencyMHz) override;
-    void UnloadAntennaFile() override { antenna.MenuAntUnl_Click(); }
+    void UnloadAntennaFile() override { antenna.unloadAntennaFile(); }
     void LoadAntennaFile() override { antenna.LoadAntennaFile(); }
     void SetFocus(FocusTarget target) override { focus = target; }
     void ProfileNameChanged(const std::string& profileName) override;

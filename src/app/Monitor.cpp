@@ -210,7 +210,7 @@ std::string Monitor::failedVerdict() const {
         return "no noise above the sound card's own";
     if (rms == CellColour::Orange)
         return "too close to the sound card's noise";
-    if (!m_commands.RTSVB)
+    if (!m_commands.recordTsvButtonEnabled)
         return "too close to the receiver's noise";
     return "";
 }

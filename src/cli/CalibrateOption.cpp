@@ -27,10 +27,10 @@ struct OpenDialog {
     OpenDialog(const MainModel& main, const CalibrationRequest& request)
         : setup(main.setup),
           model(setup, main.steps.yfact, dialogs, nullptr, main.steps.decimalSeparator) {
-        model.Form_Load();
-        model.Source_Click(request.source);
+        model.open();
+        model.chooseSource(request.source);
         model.CalLevel = request.level;
-        model.CalLevel_Change();
+        model.calibrationLevelChanged();
     }
 };
 
@@ -62,7 +62,7 @@ std::optional<CalibrationRequest> ParseCalibration(const std::string& option, Cl
     CalRxModel check(unused, 0, dialogs, nullptr);
     check.CalLevel = request.level;
     bool cancel = false;
-    check.CalLevel_Validate(cancel);
+    check.calibrationLevelLeft(cancel);
     if (cancel)
         return std::nullopt;
     return request;
@@ -70,19 +70,19 @@ std::optional<CalibrationRequest> ParseCalibration(const std::string& option, Cl
 
 int PrintCalibration(const MainModel& main, const CalibrationRequest& request, CliIo& io) {
     // "&CalibrateRx" is offered only after a calculation that succeeded with limits on.
-    if (!main.commands.MenuCalRx) {
+    if (!main.commands.calibrateRxEnabled) {
         io.err << "zavcli measure: no results to calibrate from (the calibration needs a "
                   "successful calculation with limits on)\n";
         return kExitFailed;
     }
     const OpenDialog dialog(main, request);
     const CalRxModel& m = dialog.model;
-    io.out << "YFactorDb\t" << m.lblYFactor << "\n"
-           << "SystemNF\t" << m.lblSystemNF << "\n"
-           << "RxNF\t" << m.lblReceiverNF << "\n"
-           << "NoiseFloor\t" << m.lblNoiseFloor << "\n";
-    if (!m.lblStatus.empty())
-        io.err << m.lblStatus << "\n";
+    io.out << "YFactorDb\t" << m.yFactorText << "\n"
+           << "SystemNF\t" << m.systemNfText << "\n"
+           << "RxNF\t" << m.receiverNfText << "\n"
+           << "NoiseFloor\t" << m.noiseFloorText << "\n";
+    if (!m.statusText.empty())
+        io.err << m.statusText << "\n";
     return m.ApplyEnabled ? kExitOk : kExitFailed;
 }
 
@@ -90,7 +90,7 @@ std::string CalibrationJsonField(const MainModel& main, const CalibrationRequest
     std::ostringstream out;
     out << ",\"calibration\":{\"source\":" << JsonString(request.kind)
         << ",\"level\":" << JsonString(request.level);
-    if (!main.commands.MenuCalRx) {
+    if (!main.commands.calibrateRxEnabled) {
         out << ",\"available\":false}";
         return out.str();
     }
@@ -101,7 +101,7 @@ std::string CalibrationJsonField(const MainModel& main, const CalibrationRequest
         << ",\"SystemNF\":" << number(m.result.systemNfDb)
         << ",\"RxNF\":" << number(m.result.receiverNfDb)
         << ",\"NoiseFloor\":" << number(m.result.noiseFloorDbm)
-        << ",\"refusal\":" << JsonString(m.lblStatus) << "}";
+        << ",\"refusal\":" << JsonString(m.statusText) << "}";
     return out.str();
 }
 

@@ -109,7 +109,7 @@ int finish(const GetPositionModel& model, CliIo& io) {
         io.err << "zavcli gps: no fix met the accuracy before the time-out\n";
         return kExitFailed;
     }
-    io.out << model.lat << '\t' << model.lon << '\t' << model.ct << '\t' << model.acc << '\n';
+    io.out << model.lat << '\t' << model.lon << '\t' << model.fixCount << '\t' << model.acc << '\n';
     io.out.flush();
     return kExitOk;
 }
@@ -130,21 +130,21 @@ int fromFile(const Request& request, CliIo& io) {
     NoPort port;
     SilentBeeper beeper;
     GetPositionModel model(request.settings, port, beeper, false);
-    model.Form_Load();
+    model.open();
     std::size_t errors = 0;
     std::string line;
     NmeaInput::Next next;
     while ((next = in.Read(line, deadline)) == NmeaInput::Next::Line) {
-        model.ComPort_OnComm(GetPositionModel::kCommEventReceive, line + "\r\n");
+        model.onPortEvent(GetPositionModel::kPortReceived, line + "\r\n");
         reportNewError(model, errors, io);
-        model.Timer1_Timer();
+        model.onClockTick();
         if (model.result() != GetPositionModel::Result::Open)
             break;
     }
     if (next == NmeaInput::Next::Failed)
         io.err << "zavcli: reading " << *request.file << " failed: " << in.Error() << "\n";
     if (model.result() == GetPositionModel::Result::Open)
-        model.OKButton_Click();
+        model.okPressed();
     return finish(model, io);
 }
 
@@ -152,11 +152,11 @@ int fromDevice(const Request& request, CliIo& io) {
     QtSerialPort port;
     SilentBeeper beeper;
     GetPositionModel model(request.settings, port, beeper, false);
-    model.Form_Load();
+    model.open();
     std::size_t errors = 0;
     reportNewError(model, errors, io);
     if (!port.PortOpen()) {
-        model.OKButton_Click();
+        model.okPressed();
         return finish(model, io);
     }
     if (!QCoreApplication::instance()) {
@@ -169,9 +169,9 @@ int fromDevice(const Request& request, CliIo& io) {
     QObject::connect(&timer1, &QTimer::timeout, [&] {
         reportNewError(model, errors, io);
         if (io.errIsTerminal)
-            io.err << "\r" << model.lblfix << "  HDOP " << model.HDOP << "  ct " << model.ct
-                   << "  acc " << model.acc << "   " << std::flush;
-        model.Timer1_Timer();
+            io.err << "\r" << model.fixText << "  HDOP " << model.HDOP << "  fixCount "
+                   << model.fixCount << "  acc " << model.acc << "   " << std::flush;
+        model.onClockTick();
         if (model.result() != GetPositionModel::Result::Open || !port.PortOpen())
             loop.quit();
     });
@@ -185,7 +185,7 @@ int fromDevice(const Request& request, CliIo& io) {
         io.err << '\n';
     reportNewError(model, errors, io);
     if (model.result() == GetPositionModel::Result::Open)
-        model.OKButton_Click(); // time is up, or the port went away: the averages as they stand
+        model.okPressed(); // time is up, or the port went away: the averages as they stand
     return finish(model, io);
 }
 

@@ -49,7 +49,7 @@ HeadlessModel::HeadlessModel(const std::string& profilePath, std::ostream& err)
         recordings.pop_front();
         return next;
     };
-    m_model->Form_Load();
+    m_model->open();
     m_model->state.InputDevice = kFileInputName;
 }
 

@@ -114,7 +114,7 @@ int RunMeasure(const std::vector<std::string>& args, CliIo& io) {
         m.outputs.TsvFileName = a.log;
     m.options.Verbose = true; // the judgements' messages are printed; prompts are not
     if (m.options.Limits != a.limits)
-        m.optionsMenu.MenuOptionsLimits_Click();
+        m.optionsMenu.toggleLimits();
     headless.recordings.assign(a.files.begin(), a.files.end());
 
     // Each step runs only when the desktop program would let the operator press it.
@@ -151,16 +151,16 @@ int RunMeasure(const std::vector<std::string>& args, CliIo& io) {
 
     int status = calculated ? kExitOk : kExitFailed;
     if (!a.log.empty()) {
-        if (m.commands.MenuSaveTsv)
-            m.MenuSaveTsv_Click();
-        if (m.commands.MenuSaveTsv) { // still enabled: nothing was written
+        if (m.commands.recordTsvEnabled)
+            m.recordTsv();
+        if (m.commands.recordTsvEnabled) { // still enabled: nothing was written
             io.err << "zavcli measure: no data-log row written to " << a.log << "\n";
             status = kExitFailed;
         }
     }
     if (!a.report.empty()) {
         std::string error;
-        if (!m.commands.MenuSaveText) {
+        if (!m.commands.saveTextEnabled) {
             io.err << "zavcli measure: no results to save in " << a.report << "\n";
             status = kExitFailed;
         } else if (!WriteFileAtomically(a.report, SavedTextResults(m.reportSource()), &error)) {

@@ -31,7 +31,7 @@ int NmeaCommand(const std::vector<std::string>& args, CliIo& io) {
     NmeaInput::Next next;
     while ((next = in.Read(sentence)) == NmeaInput::Next::Line) {
         try {
-            if (!interpreter.FParse(sentence))
+            if (!interpreter.parseSentence(sentence))
                 io.out << "rejected\t" << sentence << '\n';
         } catch (const RuntimeError& e) {
             io.out << "error\t" << e.what() << '\n';

@@ -20,7 +20,7 @@ struct NoDesktop : Mailer, Clipboard {
 } // namespace
 
 PostOutcome PostObservation(MainModel& model, CliIo& io, HttpClient& http, XmlLookup& xml) {
-    if (!model.commands.MenuTransfer) {
+    if (!model.commands.transferEnabled) {
         io.err << "zavcli measure: no results to transfer\n";
         return {kExitFailed, ""};
     }
@@ -30,13 +30,13 @@ PostOutcome PostObservation(MainModel& model, CliIo& io, HttpClient& http, XmlLo
     const ReportSource source = model.reportSource();
     TransferModel transfer(source, model.state.transfer, history,
                            {http, xml, desktop, desktop, dialogs});
-    transfer.Form_Load();
-    if (!transfer.OKButtonVisible) {
+    transfer.open();
+    if (!transfer.okVisible) {
         io.err << "zavcli measure: the profile's transfer section names no "
-               << (transfer.OptionOnline ? "server address (url)" : "collecting address") << "\n";
+               << (transfer.sendOnline ? "server address (url)" : "collecting address") << "\n";
         return {kExitFailed, transfer.Message};
     }
-    transfer.OKButton_Click();
+    transfer.okPressed();
     const bool sent =
         !history.lastObsTime.empty() && history.lastObsTime == source.observation.ObsTime;
     return {sent ? kExitOk : kExitFailed, transfer.Message};

@@ -30,7 +30,7 @@ int RunUpdateCheck(const std::string& baseUrl, CliIo& io, HttpClient& http, XmlL
     NoShell shell;
     UpdateModel model(base, QCoreApplication::applicationDirPath().toStdString(),
                       {http, xml, updater, shell, dialogs});
-    model.Form_Load();
+    model.open();
     io.out << model.Message << "\n";
     return model.outcome == UpdateModel::Outcome::SiteFailed ? kExitFailed : kExitOk;
 }

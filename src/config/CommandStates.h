@@ -7,19 +7,19 @@ namespace zav {
 struct CommandStates {
     bool Step2 = false;
     bool Step3 = false;
-    bool MenuCalRx = false;
-    bool MenuSaveText = false;
-    bool MenuExportGnuplot = false;
-    bool MenuSaveTsv = false;
-    bool MenuSendText = false;
-    bool MenuTransfer = false;
-    bool MenuCopyTextClip = false;
-    bool RTSVB = false; // the "Record TS&V" button
+    bool calibrateRxEnabled = false;
+    bool saveTextEnabled = false;
+    bool exportGnuplotEnabled = false;
+    bool recordTsvEnabled = false;
+    bool sendTextEnabled = false;
+    bool transferEnabled = false;
+    bool copyTextEnabled = false;
+    bool recordTsvButtonEnabled = false; // the "Record TS&V" button
 
     // The seven commands that use a calculation's results.
-    void SetOutputCommands(bool enabled) {
-        MenuCalRx = MenuSaveText = MenuExportGnuplot = MenuSaveTsv = MenuSendText = MenuTransfer =
-            MenuCopyTextClip = enabled;
+    void enableOutputCommands(bool enabled) {
+        calibrateRxEnabled = saveTextEnabled = exportGnuplotEnabled = recordTsvEnabled =
+            sendTextEnabled = transferEnabled = copyTextEnabled = enabled;
     }
 };
 

@@ -15,17 +15,17 @@ public:
     OptionsMenu(Options& options, SetupRecord& record, SetupControls& controls,
                 CommandStates& commands, SetupEvents& events, char decimalSeparator = '.');
 
-    void MenuOptionsBeep_Click();
-    void MenuOptionsVerbose_Click();
-    void MenuOptionsAutoTsv_Click();
+    void toggleBeep();
+    void toggleVerbose();
+    void toggleAutoTsv();
     // Gain in dBi <-> antenna factor in dB/m at the frequency in the box, rounded to 0.00.
-    void MenuOptionsAntFact_Click();
+    void toggleAntennaFactor();
     // Recording length in units of 1024 samples <-> milliseconds; every step is discarded.
-    void MenuOptionsSamples_Click();
+    void toggleSamples();
     // On: start again from step 1. Off: results can be looked at but not used.
-    void MenuOptionsLimits_Click();
-    void lblAntGain_DblClick();
-    void lblInterval_DblClick();
+    void toggleLimits();
+    void antGainLabelDoubleClicked();
+    void intervalLabelDoubleClicked();
 
     char decimalSeparator;
 

@@ -176,11 +176,11 @@ void Profiles::GetProfileSettings() {
     // The stored value is in the unit its "AntFact" key names: no conversion, only the label.
     // Both labels follow the options read, so that a box never shows its number under the
     // unit of the profile opened before.
-    m_controls.lblAntGain = SetupControls::AntGainCaption(m_options.AntFact);
-    m_controls.lblInterval = SetupControls::IntervalCaption(m_options.Samples);
+    m_controls.antGainLabel = SetupControls::AntGainCaption(m_options.AntFact);
+    m_controls.intervalLabel = SetupControls::IntervalCaption(m_options.Samples);
     r.AGCTag = r.AGC;
     m_events.ProfileNameChanged(m_state.ProfileName);
-    m_events.Reset1();
+    m_events.resetFromStep1();
     m_events.SetFocus(FocusTarget::Step1);
 }
 
@@ -286,7 +286,7 @@ FileDialogRequest Profiles::profileDialog(const std::string& fileName) const {
     return request;
 }
 
-void Profiles::MenuOpenProfile_Click() {
+void Profiles::openProfile() {
     const FileDialogRequest request = profileDialog("");
     std::string error;
     if (!SaveProfileSettings(&error)) // the outgoing profile is always written first
@@ -299,7 +299,7 @@ void Profiles::MenuOpenProfile_Click() {
     GetProfileSettings();
 }
 
-void Profiles::MenuSaveProfile_Click() {
+void Profiles::saveProfile() {
     const auto chosen = m_dialogs.SaveFileName(profileDialog(m_state.ProfilePath));
     if (!chosen)
         return;
@@ -317,7 +317,7 @@ void Profiles::MenuSaveProfile_Click() {
     m_events.ProfileNameChanged(m_state.ProfileName);
 }
 
-void Profiles::MenuRecentFile_Click(int index) {
+void Profiles::openRecentProfile(int index) {
     if (index < 1 || index > MaxMru)
         return;
     // Saving the outgoing profile reorders the list: open the path that was clicked.

@@ -34,9 +34,9 @@ public:
     // when the profile file could not be written; the recent list then stays as it was.
     bool SaveProfileSettings(std::string* error = nullptr);
 
-    void MenuOpenProfile_Click();
-    void MenuSaveProfile_Click();
-    void MenuRecentFile_Click(int index);
+    void openProfile();
+    void saveProfile();
+    void openRecentProfile(int index);
 
     // Reads the recent list, "Beep", "BaseUrl" and the GPS settings as the window opens.
     void LoadWindowSettings();

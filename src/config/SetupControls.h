@@ -15,10 +15,10 @@ struct SetupControls {
         return samples ? "Samples (k)" : "Interval (ms)";
     }
 
-    std::string lblAntGain = AntGainCaption(false);
-    std::string lblInterval = IntervalCaption(true);
-    bool AntGainEnabled = true;            // off while an antenna file supplies the value
-    bool MenuOptionsAntFactEnabled = true; // likewise
+    std::string antGainLabel = AntGainCaption(false);
+    std::string intervalLabel = IntervalCaption(true);
+    bool AntGainEnabled = true;       // off while an antenna file supplies the value
+    bool antennaFactorEnabled = true; // likewise
 };
 
 } // namespace zav

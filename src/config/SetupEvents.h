@@ -15,11 +15,11 @@ public:
     virtual ~SetupEvents() = default;
 
     // Recompute the results grid from the steps and the set-up.
-    virtual void CalcCalc() = 0;
+    virtual void recalculate() = 0;
     // Discard steps 1 to 3 (and the results).
-    virtual void Reset1() = 0;
+    virtual void resetFromStep1() = 0;
     // Discard step 3 (and the results).
-    virtual void Reset3() = 0;
+    virtual void resetFromStep3() = 0;
 
     // The loaded antenna file's factor at `frequencyMHz`, dB/m; nothing while no file is
     // loaded.

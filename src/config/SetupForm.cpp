@@ -51,26 +51,26 @@ void SetupForm::SelectText(SetupField field, int start, int length) {
     s.SelLength = std::clamp(length, 0, size - s.SelStart);
 }
 
-void SetupForm::GotFocus(SetupField field) {
+void SetupForm::fieldFocused(SetupField field) {
     if (selectsOnEntry(field))
         SelectText(field);
 }
 
-void SetupForm::KeyPress(SetupField field, int& KeyAscii) {
-    if (KeyAscii != kEnterKey)
-        return;
+KeyOutcome SetupForm::keyPressed(SetupField field, Key key) {
+    if (key != Key::Enter)
+        return KeyOutcome::PassedOn;
     if (field == SetupField::Interval) {
         // Enter only tells the operator what is wrong; the steps are reset, and the box is
         // held, only when the box is left.
         intervalAccepted(true);
     } else if (checksOnEnter(field)) {
         bool cancel = false;
-        Validate(field, cancel);
+        fieldLeft(field, cancel);
     } else {
-        return;
+        return KeyOutcome::PassedOn;
     }
-    KeyAscii = 0;
     SelectText(field);
+    return KeyOutcome::Swallowed;
 }
 
 void SetupForm::valueError(const char* message) {
@@ -111,13 +111,13 @@ bool SetupForm::intervalAccepted(bool enterKey) {
     return false;
 }
 
-void SetupForm::validateInterval(bool& Cancel) {
+void SetupForm::validateInterval(bool& keepFocus) {
     if (!intervalAccepted(false)) {
-        Cancel = true;
+        keepFocus = true;
         return;
     }
     if (m_record.Interval != m_record.IntervalTag) {
-        m_events.Reset1(); // a new recording length invalidates every step
+        m_events.resetFromStep1(); // a new recording length invalidates every step
         m_record.IntervalTag = m_record.Interval;
     }
 }
@@ -126,10 +126,10 @@ void SetupForm::recalculate() {
     if (m_deferCalc)
         m_calcDeferred = true;
     else
-        m_events.CalcCalc();
+        m_events.recalculate();
 }
 
-std::optional<SetupField> SetupForm::ValidateAll() {
+std::optional<SetupField> SetupForm::checkAllFields() {
     m_deferCalc = true;
     m_calcDeferred = false;
     std::optional<SetupField> refused;
@@ -138,17 +138,17 @@ std::optional<SetupField> SetupForm::ValidateAll() {
         if (!IsNumericField(field))
             continue;
         bool cancel = false;
-        Validate(field, cancel);
+        fieldLeft(field, cancel);
         if (cancel)
             refused = field;
     }
     m_deferCalc = false;
     if (m_calcDeferred)
-        m_events.CalcCalc();
+        m_events.recalculate();
     return refused;
 }
 
-void SetupForm::Validate(SetupField field, bool& Cancel) {
+void SetupForm::fieldLeft(SetupField field, bool& keepFocus) {
     std::string& text = FieldText(m_record, field);
     const char sep = decimalSeparator;
     switch (field) {
@@ -161,7 +161,7 @@ void SetupForm::Validate(SetupField field, bool& Cancel) {
     case SetupField::Bandwidth:
         if (!checkRange(text, "0", 0, 200000, false)) {
             valueError("Bandwidth must be > 0 and  <= 200000");
-            Cancel = true;
+            keepFocus = true;
             break;
         }
         recalculate();
@@ -169,7 +169,7 @@ void SetupForm::Validate(SetupField field, bool& Cancel) {
     case SetupField::Frequency:
         if (!checkRange(text, "0.000", 0.1, 10000, true)) {
             valueError("Frequency must be >= 0.1 and <= 10000");
-            Cancel = true;
+            keepFocus = true;
             break;
         }
         // While an antenna file is loaded, the frequency decides the antenna factor.
@@ -199,16 +199,16 @@ void SetupForm::Validate(SetupField field, bool& Cancel) {
             text = Format(Number(text, sep), "0", sep);
         if (!IsNumber(text, sep) || Number(text, sep) < 10) {
             valueError("AGC threshold must be >= 10");
-            Cancel = true;
+            keepFocus = true;
             break;
         }
         if (text != m_record.AGCTag) {
-            m_events.Reset3(); // only the external reading depends on the AGC threshold
+            m_events.resetFromStep3(); // only the external reading depends on the AGC threshold
             m_record.AGCTag = text;
         }
         break;
     case SetupField::Interval:
-        validateInterval(Cancel);
+        validateInterval(keepFocus);
         break;
     default:
         break;

@@ -54,9 +54,9 @@ double signedDegrees(const std::string& text, std::size_t degreeDigits, const ch
 
 } // namespace
 
-GetPositionModel::GetPositionModel(const GpsSettings& settings, SerialPort& ComPort, Beeper& beeper,
+GetPositionModel::GetPositionModel(const GpsSettings& settings, SerialPort& port, Beeper& beeper,
                                    bool beepOption, char decimalSeparator)
-    : m_settings(settings), m_port(ComPort), m_beeper(beeper), m_beepOption(beepOption),
+    : m_settings(settings), m_port(port), m_beeper(beeper), m_beepOption(beepOption),
       m_separator(decimalSeparator), m_interpreter(*this) {}
 
 GetPositionModel::~GetPositionModel() {
@@ -64,19 +64,19 @@ GetPositionModel::~GetPositionModel() {
     m_port.SetErrorHandler(nullptr);
 }
 
-void GetPositionModel::Form_Load() {
+void GetPositionModel::open() {
     SumLat = SumLon = SumHdop2 = 0;
     Count = 0;
     MaxHdop = m_settings.Acc > 0 ? m_settings.Acc / 3.0 : 0.0;
     FixValid = false;
-    lblfix = "Fix lost";
+    fixText = "Fix lost";
     HDOP.clear();
     HDOPColour = CellColour::WindowText;
     record.clear();
-    latl.clear();
-    lonl.clear();
+    currentLat.clear();
+    currentLon.clear();
     acc.clear();
-    ct.clear();
+    fixCount.clear();
     lat.clear();
     lon.clear();
     m_result = Result::Open;
@@ -85,8 +85,8 @@ void GetPositionModel::Form_Load() {
     m_silentSeconds = 0;
 
     m_port.SetReceiveHandler(
-        [this](const std::string& chunk) { ComPort_OnComm(kCommEventReceive, chunk); });
-    m_port.SetErrorHandler([this](int number) { ComPort_Error(number); });
+        [this](const std::string& chunk) { onPortEvent(kPortReceived, chunk); });
+    m_port.SetErrorHandler([this](int number) { onPortError(number); });
 
     const std::string settings = std::to_string(m_settings.Speed) + "," + m_settings.Parity + "," +
                                  std::to_string(m_settings.Dbits) + "," +
@@ -118,34 +118,34 @@ void GetPositionModel::showPortError(int errorNumber) {
               "out and in again");
 }
 
-void GetPositionModel::ComPort_OnComm(int CommEvent, const std::string& Input) {
-    if (CommEvent != kCommEventReceive || m_result != Result::Open)
+void GetPositionModel::onPortEvent(int portEvent, const std::string& chunk) {
+    if (portEvent != kPortReceived || m_result != Result::Open)
         return;
     try {
-        HandleInput(Input);
+        handleInput(chunk);
     } catch (const RuntimeError& e) {
         showError(e.what());
     }
 }
 
-void GetPositionModel::HandleInput(const std::string& Sinput) {
-    if (!Sinput.empty())
+void GetPositionModel::handleInput(const std::string& chunk) {
+    if (!chunk.empty())
         m_dataSinceTick = true;
-    for (const std::string& received : m_lines.Add(Sinput)) {
+    for (const std::string& received : m_lines.Add(chunk)) {
         const std::string line = trimBlanks(received);
         if (!line.empty())
             record = line;
         if (NmeaInterpreter::SentenceType(line) != "GGA")
             continue;
         try {
-            m_interpreter.FParse(line);
+            m_interpreter.parseSentence(line);
         } catch (const RuntimeError& e) {
             showError(e.what());
         }
     }
 }
 
-void GetPositionModel::ComPort_Error(int errorNumber) {
+void GetPositionModel::onPortError(int errorNumber) {
     showPortError(errorNumber);
 }
 
@@ -169,10 +169,10 @@ void GetPositionModel::HDOPReceived(double value) {
 
 void GetPositionModel::PositionFixReceived(const std::string& positionFix) {
     if (positionFix != "Invalid") {
-        lblfix = "Fix obtained";
+        fixText = "Fix obtained";
         FixValid = true;
     } else {
-        lblfix = "Fix lost";
+        fixText = "Fix lost";
         FixValid = false;
         HDOP.clear();
     }
@@ -186,24 +186,24 @@ void GetPositionModel::PositionReceived(const std::string& latitude, const std::
     if (Count == INT16_MAX)
         throw RuntimeError::Overflow();
     ++Count;
-    ct = std::to_string(Count);
+    fixCount = std::to_string(Count);
 
     // Accuracy estimate, m: four times the RMS HDOP of the accepted fixes.
     SumHdop2 += h * h;
     acc = Format(4 * std::sqrt(SumHdop2 / Count), "0.00", m_separator);
 
     const double latitudeDeg = signedDegrees(latitude, 2, "S");
-    latl = Format(latitudeDeg, "00.000000", m_separator);
+    currentLat = Format(latitudeDeg, "00.000000", m_separator);
     SumLat += latitudeDeg;
     lat = Format(SumLat / Count, "00.000000", m_separator);
 
     const double longitudeDeg = signedDegrees(longitude, 3, "W");
-    lonl = Format(longitudeDeg, "000.000000", m_separator);
+    currentLon = Format(longitudeDeg, "000.000000", m_separator);
     SumLon += longitudeDeg;
     lon = Format(SumLon / Count, "000.000000", m_separator);
 }
 
-void GetPositionModel::Timer1_Timer() {
+void GetPositionModel::onClockTick() {
     if (m_result != Result::Open)
         return;
     // A receiver on another port, at another speed or switched off sends nothing at all.
@@ -216,21 +216,21 @@ void GetPositionModel::Timer1_Timer() {
     if (Number(acc, m_separator) <= m_settings.Acc && Count > 1 && m_settings.Acc > 0) {
         if (m_beepOption)
             m_beeper.Beep(2000, 100);
-        OKButton_Click();
+        okPressed();
     }
 }
 
-void GetPositionModel::OKButton_Click() {
+void GetPositionModel::okPressed() {
     m_result = Result::Ok;
-    Form_Unload();
+    close();
 }
 
-void GetPositionModel::CancelButton_Click() {
+void GetPositionModel::cancelPressed() {
     m_result = Result::Cancel;
-    Form_Unload();
+    close();
 }
 
-void GetPositionModel::Form_Unload() {
+void GetPositionModel::close() {
     if (m_port.PortOpen())
         m_port.SetPortOpen(false);
 }

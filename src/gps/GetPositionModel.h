@@ -23,35 +23,35 @@ public:
     enum class Result { Open, Ok, Cancel };
 
     // The notification the serial control raises when characters have arrived.
-    static constexpr int kCommEventReceive = 2;
+    static constexpr int kPortReceived = 2;
 
     // `beepOption` is the main window's Beep option; `decimalSeparator` the one the dialog's
     // numbers are shown with (the receiver's own always use ".").
-    GetPositionModel(const GpsSettings& settings, SerialPort& ComPort, Beeper& beeper,
-                     bool beepOption, char decimalSeparator = '.');
+    GetPositionModel(const GpsSettings& settings, SerialPort& port, Beeper& beeper, bool beepOption,
+                     char decimalSeparator = '.');
     ~GetPositionModel() override;
     GetPositionModel(const GetPositionModel&) = delete;
     GetPositionModel& operator=(const GetPositionModel&) = delete;
 
     // Resets the averages and opens the port; a port error shows in `record`.
-    void Form_Load();
+    void open();
     // The serial control's notification: only the receive event is acted on. An error out of
     // the interpreter shows in `record` and the capture goes on.
-    void ComPort_OnComm(int CommEvent, const std::string& Input);
+    void onPortEvent(int portEvent, const std::string& chunk);
     // One chunk of received characters, however the port split the stream: assembles lines
     // and parses the GGA sentences of any satellite system among them. An error out of the
     // interpreter shows in `record` and the lines after it are still read.
-    void HandleInput(const std::string& Sinput);
+    void handleInput(const std::string& chunk);
     // The port failed while open (for example the device vanished).
-    void ComPort_Error(int errorNumber);
+    void onPortError(int errorNumber);
     // The once-a-second check that ends the capture by itself, and says so when an open port
     // has brought nothing for kSilentSeconds.
-    void Timer1_Timer();
+    void onClockTick();
     static constexpr int kSilentSeconds = 5;
-    void OKButton_Click();
-    void CancelButton_Click();
+    void okPressed();
+    void cancelPressed();
     // Closing the dialog closes the port.
-    void Form_Unload();
+    void close();
 
     Result result() const { return m_result; }
     // How many errors `record` has shown so far, so a host can tell a new one from an old.
@@ -63,12 +63,12 @@ public:
     std::string HDOP;
     CellColour HDOPColour = CellColour::WindowText;
     std::string record; // the last raw line, or "Error: " and a message
-    std::string latl;
-    std::string lonl;
-    std::string lblfix;
+    std::string currentLat;
+    std::string currentLon;
+    std::string fixText;
     // "Average"
     std::string acc; // accuracy estimate, m
-    std::string ct;
+    std::string fixCount;
     std::string lat;
     std::string lon;
 

@@ -19,7 +19,7 @@ std::string GpsSetupModel::DeviceEntry(const SerialDevice& device) {
                                       : device.name + " \xE2\x80\x94 " + device.description;
 }
 
-void GpsSetupModel::Form_Load() {
+void GpsSetupModel::open() {
     // The receivers actually plugged in come first; the numbers stay for old profiles.
     portList.clear();
     for (const SerialDevice& device : m_detected)
@@ -28,21 +28,21 @@ void GpsSetupModel::Form_Load() {
         portList.push_back(std::to_string(i));
     speedList = {"1200", "2400", "4800", "9600", "19200", "38400", "57600", "115200"};
     parityList = {"N", "E", "O", "M", "S"};
-    dbitsList = {"5", "6", "7", "8"};
-    sbitsList = {"1", "2"};
+    dataBitsList = {"5", "6", "7", "8"};
+    stopBitsList = {"1", "2"};
 
     port = std::to_string(m_settings.Port);
     speed = std::to_string(m_settings.Speed);
     parity = m_settings.Parity;
-    dbits = std::to_string(m_settings.Dbits);
-    sbits = std::to_string(m_settings.Sbits);
+    dataBits = std::to_string(m_settings.Dbits);
+    stopBits = std::to_string(m_settings.Sbits);
     acc = std::to_string(m_settings.Acc);
     Device = m_settings.Device;
     m_visible = true;
     m_stored = false;
 }
 
-void GpsSetupModel::port_Change(const std::string& text) {
+void GpsSetupModel::portChanged(const std::string& text) {
     for (const SerialDevice& device : m_detected) {
         if (text == DeviceEntry(device) || text == device.name) {
             Device = device.name;
@@ -66,24 +66,24 @@ std::string GpsSetupModel::PortShown() const {
     return Device;
 }
 
-void GpsSetupModel::acc_GotFocus() {
+void GpsSetupModel::accuracyFocused() {
     accSelected = true;
 }
 
-void GpsSetupModel::acc_KeyPress(char key) {
-    if (key != '\r')
+void GpsSetupModel::accuracyKeyPressed(Key key) {
+    if (key != Key::Enter)
         return;
-    acc_Validate();
+    accuracyLeft();
     accSelected = true;
 }
 
-void GpsSetupModel::acc_Validate() {
+void GpsSetupModel::accuracyLeft() {
     if (Number(acc, m_separator) < 0)
         acc = "0";
     acc = Format(Number(acc, m_separator), "0", m_separator);
 }
 
-void GpsSetupModel::OKButton_Click() {
+void GpsSetupModel::okPressed() {
     GpsSettings next = m_settings;
     std::string current; // the setting being converted, for the message
     auto int16 = [&](const char* name, const std::string& text) {
@@ -94,8 +94,8 @@ void GpsSetupModel::OKButton_Click() {
         next.Port = int16("Port", port);
         current = "Speed \"" + speed + "\"";
         next.Speed = ToBaudRate(speed);
-        next.Dbits = int16("Dbits", dbits);
-        next.Sbits = int16("Sbits", sbits);
+        next.Dbits = int16("Dbits", dataBits);
+        next.Sbits = int16("Sbits", stopBits);
         current = "Acc \"" + acc + "\"";
         next.Acc = RoundToInt16(Number(acc, m_separator));
     } catch (const RuntimeError& e) {
@@ -110,7 +110,7 @@ void GpsSetupModel::OKButton_Click() {
     m_visible = false;
 }
 
-void GpsSetupModel::CancelButton_Click() {
+void GpsSetupModel::cancelPressed() {
     m_visible = false;
 }
 

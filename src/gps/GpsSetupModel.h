@@ -1,6 +1,7 @@
 #pragma once
 
 #include "config/GpsSettings.h"
+#include "config/Key.h"
 #include "platform/SerialPort.h"
 
 #include <string>
@@ -23,28 +24,28 @@ public:
     static std::string DeviceEntry(const SerialDevice& device);
 
     // Fills the lists and shows the current settings.
-    void Form_Load();
+    void open();
     // The port box's text, typed or picked: a detected device's entry or any other name
     // selects that device (remembered by its name); a number selects the numbered port, as
     // old profiles have it.
-    void port_Change(const std::string& text);
+    void portChanged(const std::string& text);
     // What the port box shows.
     std::string PortShown() const;
-    void acc_GotFocus();
+    void accuracyFocused();
     // Enter in `acc` validates and selects the whole text again.
-    void acc_KeyPress(char key);
+    void accuracyKeyPressed(Key key);
     // Below 0 becomes 0; the text is shown in whole metres.
-    void acc_Validate();
+    void accuracyLeft();
     // Stores the settings and hides the dialog; a text that does not fit its setting (the
     // speed 38400 among them, a 16-bit value) is reported and nothing is stored.
-    void OKButton_Click();
-    void CancelButton_Click();
+    void okPressed();
+    void cancelPressed();
 
     bool Visible() const { return m_visible; }
     bool Stored() const { return m_stored; }
 
-    std::string port, speed, parity, dbits, sbits, acc, Device;
-    std::vector<std::string> portList, speedList, parityList, dbitsList, sbitsList;
+    std::string port, speed, parity, dataBits, stopBits, acc, Device;
+    std::vector<std::string> portList, speedList, parityList, dataBitsList, stopBitsList;
     bool accSelected = false; // the whole text of `acc` is selected
 
 private:

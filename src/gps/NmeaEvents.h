@@ -5,7 +5,7 @@
 
 namespace zav {
 
-// What an NmeaInterpreter reports, one call per event, raised synchronously inside FParse.
+// What an NmeaInterpreter reports, one call per event, raised synchronously inside parseSentence.
 // The members are declared in the interpreter's event order, which hosts binding events by
 // index rely on. Every event does nothing by default, so a host overrides only what it uses.
 class NmeaEvents {

@@ -37,7 +37,7 @@ std::string_view NmeaInterpreter::SentenceType(std::string_view sentence) {
     return type == std::end(kTypes) ? std::string_view() : *type;
 }
 
-bool NmeaInterpreter::FParse(const std::string& sentence) {
+bool NmeaInterpreter::parseSentence(const std::string& sentence) {
     if (!IsValid(sentence))
         return false;
     m_words = GetWords(sentence);

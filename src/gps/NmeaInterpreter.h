@@ -12,7 +12,7 @@ namespace zav {
 // Reads one NMEA 0183 sentence at a time (GGA, GLL, GSA, GSV and RMC from any satellite
 // system's talker: "$GPGGA", "$GNRMC", "$BDGSV" ...), checks its checksum and announces what it
 // found through `events`. It keeps no input buffer: the host hands it whole sentences.
-// Conversion and field-count errors are thrown out of FParse as RuntimeError; events raised
+// Conversion and field-count errors are thrown out of parseSentence as RuntimeError; events raised
 // before the failing field stay raised. NMEA writes its numbers with "." whatever the locale
 // of the machine reading them.
 class NmeaInterpreter {
@@ -24,7 +24,7 @@ public:
 
     // `sentence` runs from "$" to the two checksum digits, without the line end. True when
     // it was valid, of a known type and handled; false for a bad checksum or unknown type.
-    bool FParse(const std::string& sentence);
+    bool parseSentence(const std::string& sentence);
 
     struct Satellite {
         std::string talker; // "GP", "GL", "BD" ...: numbers overlap between systems

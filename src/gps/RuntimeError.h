@@ -6,7 +6,7 @@
 namespace zav {
 
 // A run-time error with the number and text a host shows for it: the interpreter raises these
-// out of FParse and leaves the catching to its host.
+// out of parseSentence and leaves the catching to its host.
 class RuntimeError : public std::runtime_error {
 public:
     RuntimeError(int number, const std::string& text)

@@ -101,7 +101,7 @@ int main(int argc, char* argv[]) {
                          {dialogs, settings, input, audioOutput, beeper, clipboard, mailer, shell},
                          environment);
     running = &model;
-    model.Form_Load();
+    model.open();
 
     zav::MainWindow window(model, dialogs, settings,
                            {http, xml, shell, systemInfo, updater, mailer, clipboard, beeper},

@@ -6,8 +6,8 @@
 namespace zav {
 
 CalRxModel::CalRxModel(SetupRecord& setup, double yfact, Dialogs& dialogs,
-                       std::function<void()> calcCalc, char decimalSeparator)
-    : m_setup(setup), m_yfact(yfact), m_dialogs(dialogs), m_calcCalc(std::move(calcCalc)),
+                       std::function<void()> recalculate, char decimalSeparator)
+    : m_setup(setup), m_yfact(yfact), m_dialogs(dialogs), m_recalculate(std::move(recalculate)),
       m_separator(decimalSeparator) {}
 
 const char* CalRxModel::SourceCaption(CalSource source) {
@@ -22,7 +22,7 @@ const char* CalRxModel::SourceCaption(CalSource source) {
     return "Excess noise ratio (dB)";
 }
 
-void CalRxModel::Source_Click(CalSource source) {
+void CalRxModel::chooseSource(CalSource source) {
     Source = source;
     update();
 }
@@ -40,45 +40,45 @@ void CalRxModel::update() {
 
     const bool levelOk = IsNumber(CalLevel, m_separator);
     result = CalibrateReceiver(Source, Number(CalLevel, m_separator), in);
-    lblYFactor = shown(result.yFactorDb);
-    lblStatus.clear();
+    yFactorText = shown(result.yFactorDb);
+    statusText.clear();
     if (result.status == CalStatus::TooWeak) {
         // The source's level does not matter: say so even before one is typed.
-        lblStatus = kTooWeak;
+        statusText = kTooWeak;
     } else if (levelOk && result.status == CalStatus::NotPhysical) {
-        lblStatus = kNotPhysical;
+        statusText = kNotPhysical;
     }
     if (!levelOk) {
         result.systemNfDb.reset();
         result.receiverNfDb.reset();
         result.noiseFloorDbm.reset();
     }
-    lblSystemNF = shown(result.systemNfDb);
-    lblReceiverNF = shown(result.receiverNfDb);
-    lblNoiseFloor = shown(result.noiseFloorDbm);
+    systemNfText = shown(result.systemNfDb);
+    receiverNfText = shown(result.receiverNfDb);
+    noiseFloorText = shown(result.noiseFloorDbm);
     ApplyEnabled = levelOk && result.status == CalStatus::Done;
 }
 
-void CalRxModel::CalLevel_Validate(bool& Cancel) {
+void CalRxModel::calibrationLevelLeft(bool& keepFocus) {
     if (IsNumber(CalLevel, m_separator))
         return;
     m_dialogs.ShowMessage("Level must be a number", "Value error:", MessageIcon::None,
                           MessageButtons::Ok);
-    Cancel = true;
+    keepFocus = true;
     CalLevelFocus = true;
 }
 
-void CalRxModel::Apply_Click() {
+void CalRxModel::applyCalibration() {
     bool cancel = false;
-    CalLevel_Validate(cancel);
+    calibrationLevelLeft(cancel);
     if (cancel)
         return;
     update();
     if (!ApplyEnabled)
         return;
     m_setup.RxNF = Format(*result.receiverNfDb, "0.00", m_separator);
-    if (m_calcCalc)
-        m_calcCalc();
+    if (m_recalculate)
+        m_recalculate();
     CloseRequested = true;
 }
 

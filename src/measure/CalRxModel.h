@@ -18,19 +18,19 @@ public:
     static constexpr const char* kTooWeak = "Source too weak: no rise over the receiver noise.";
     static constexpr const char* kNotPhysical = "Result not physical, check attenuator and loss.";
 
-    // `yfact` is the last calculation's Y factor; `calcCalc` recomputes the main window's
+    // `yfact` is the last calculation's Y factor; `recalculate` recomputes the main window's
     // results after "Apply" has changed the noise figure.
-    CalRxModel(SetupRecord& setup, double yfact, Dialogs& dialogs, std::function<void()> calcCalc,
-               char decimalSeparator = '.');
+    CalRxModel(SetupRecord& setup, double yfact, Dialogs& dialogs,
+               std::function<void()> recalculate, char decimalSeparator = '.');
 
-    void Form_Load() { update(); }
-    void Source_Click(CalSource source);
+    void open() { update(); }
+    void chooseSource(CalSource source);
     // The level box's text changed (it is already in `CalLevel`).
-    void CalLevel_Change() { update(); }
+    void calibrationLevelChanged() { update(); }
     // Leaving the level box: a text that is not a number is refused and keeps the focus.
-    void CalLevel_Validate(bool& Cancel);
-    void Apply_Click();
-    void Cancel_Click() { CloseRequested = true; }
+    void calibrationLevelLeft(bool& keepFocus);
+    void applyCalibration();
+    void cancelPressed() { CloseRequested = true; }
 
     // The caption of the option button for each source, and the unit of its level.
     static const char* SourceCaption(CalSource source);
@@ -38,11 +38,11 @@ public:
     CalSource Source = CalSource::Carrier;
     std::string CalLevel;
     // Figures as shown, "0.00"; empty where they cannot be worked out.
-    std::string lblYFactor;
-    std::string lblSystemNF;
-    std::string lblReceiverNF;
-    std::string lblNoiseFloor;
-    std::string lblStatus; // why "Apply" is disabled, or empty
+    std::string yFactorText;
+    std::string systemNfText;
+    std::string receiverNfText;
+    std::string noiseFloorText;
+    std::string statusText; // why "Apply" is disabled, or empty
     bool ApplyEnabled = false;
     bool CalLevelFocus = false;  // the view puts the focus back into the level box
     bool CloseRequested = false; // the view closes the dialog
@@ -56,7 +56,7 @@ private:
     SetupRecord& m_setup;
     double m_yfact;
     Dialogs& m_dialogs;
-    std::function<void()> m_calcCalc;
+    std::function<void()> m_recalculate;
     char m_separator;
 };
 

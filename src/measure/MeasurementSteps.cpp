@@ -102,7 +102,7 @@ void MeasurementSteps::judgeClipping(int column, const Measurement& m) {
 void MeasurementSteps::Step1() {
     if (!prompt("Power off receiver, connect to sound card and hit OK.."))
         return;
-    if (!takeStep(1, S1, &MeasurementSteps::Reset1))
+    if (!takeStep(1, S1, &MeasurementSteps::resetFromStep1))
         return;
     if (S1.ClipFlag == 0)
         explain(kRowRms, 1, SoundCardVerdict(S1, decimalSeparator));
@@ -127,7 +127,7 @@ void MeasurementSteps::Step1() {
 void MeasurementSteps::Step2() {
     if (!prompt("Power on receiver, terminate input and hit OK."))
         return;
-    if (!takeStep(2, S2, &MeasurementSteps::Reset2))
+    if (!takeStep(2, S2, &MeasurementSteps::resetFromStep2))
         return;
     const double r1 = S1.Rms, r2 = S2.Rms;
     if (S2.ClipFlag == 0)
@@ -152,7 +152,7 @@ void MeasurementSteps::Step2() {
 void MeasurementSteps::Step3() {
     if (!prompt("Connect receiver to source and hit OK."))
         return;
-    if (!takeStep(3, S3, &MeasurementSteps::Reset3))
+    if (!takeStep(3, S3, &MeasurementSteps::resetFromStep3))
         return;
     if (S3.ClipFlag != 0) {
         judgeClipping(3, S3);
@@ -181,7 +181,7 @@ void MeasurementSteps::Step3() {
             say(kCheckVoltage, MessageIcon::Critical);
         }
     }
-    CalcCalc();
+    recalculate();
     if (afterStep3)
         afterStep3();
 }
@@ -195,25 +195,25 @@ void MeasurementSteps::resetColumn(int column, Measurement& m) {
     }
 }
 
-void MeasurementSteps::Reset1() {
+void MeasurementSteps::resetFromStep1() {
     verdict.clear();
     resetColumn(1, S1);
     m_commands.Step2 = false;
-    Reset2();
+    resetFromStep2();
 }
 
-void MeasurementSteps::Reset2() {
+void MeasurementSteps::resetFromStep2() {
     resetColumn(2, S2);
     m_commands.Step3 = false;
-    Reset3();
+    resetFromStep3();
 }
 
-void MeasurementSteps::Reset3() {
+void MeasurementSteps::resetFromStep3() {
     resetColumn(3, S3);
-    ResetCalc();
+    resetResults();
 }
 
-void MeasurementSteps::ResetCalc() {
+void MeasurementSteps::resetResults() {
     const CellColour colour = m_options.Limits ? CellColour::WindowText : CellColour::Red;
     for (int row = 1; row < gridCalc.Rows(); ++row) {
         for (int column = 1; column < gridCalc.Columns(); ++column) {
@@ -221,12 +221,12 @@ void MeasurementSteps::ResetCalc() {
             gridCalc.SetColour(row, column, colour);
         }
     }
-    m_commands.SetOutputCommands(false);
-    m_commands.RTSVB = false;
+    m_commands.enableOutputCommands(false);
+    m_commands.recordTsvButtonEnabled = false;
 }
 
-void MeasurementSteps::CalcCalc() {
-    ResetCalc();
+void MeasurementSteps::recalculate() {
+    resetResults();
     FieldStrengthInputs in;
     in.ms1 = S1.Ms;
     in.ms2 = S2.Ms;
@@ -257,13 +257,13 @@ void MeasurementSteps::CalcCalc() {
 
     switch (r.outcome) {
     case CalcOutcome::NoExternal:
-        m_commands.RTSVB = false;
+        m_commands.recordTsvButtonEnabled = false;
         return;
     case CalcOutcome::NotComputable:
         return;
     case CalcOutcome::ArithmeticError:
-        ResetCalc();
-        m_commands.RTSVB = false;
+        resetResults();
+        m_commands.recordTsvButtonEnabled = false;
         m_ports.dialogs.ShowMessage("Value error:", "Calculation error, check input values on form",
                                     MessageIcon::Critical);
         return;
@@ -279,10 +279,10 @@ void MeasurementSteps::CalcCalc() {
         gridCalc.SetText(row, 3, Format(d.normFsDbuvPerM, "0.0", decimalSeparator));
     }
     if (m_options.Limits && !gridCalc.Text(15).empty() && !gridCalc.Text(19).empty()) {
-        m_commands.SetOutputCommands(true);
-        m_commands.RTSVB = true;
+        m_commands.enableOutputCommands(true);
+        m_commands.recordTsvButtonEnabled = true;
     } else {
-        m_commands.RTSVB = false;
+        m_commands.recordTsvButtonEnabled = false;
     }
 }
 

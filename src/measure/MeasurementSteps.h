@@ -34,11 +34,11 @@ public:
     void Step1();
     void Step2();
     void Step3();
-    void Reset1();
-    void Reset2();
-    void Reset3();
-    void ResetCalc();
-    void CalcCalc();
+    void resetFromStep1();
+    void resetFromStep2();
+    void resetFromStep3();
+    void resetResults();
+    void recalculate();
 
     // Base path of the step recordings, without extension (".wav", ".tmp").
     std::string TempWave;

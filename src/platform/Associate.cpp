@@ -152,7 +152,7 @@ std::string XdgDataHome() {
     return {};
 }
 
-bool MenuAssociate_Click(const std::string& exePath, Shell& shell) {
+bool associateFileTypes(const std::string& exePath, Shell& shell) {
     return Associate("ZAV", ".zav", exePath, XdgDataHome(), shell);
 }
 

@@ -23,7 +23,7 @@ std::string XdgDataHome();
 
 // "Associate .zav files": profiles open in this program. Silent whatever happens; the
 // result is only for tests.
-bool MenuAssociate_Click(const std::string& exePath, Shell& shell);
+bool associateFileTypes(const std::string& exePath, Shell& shell);
 // The status bar's account of the association: where its desktop entry went, or that it failed.
 std::string AssociationStatus(bool done, const std::string& dataHome);
 

@@ -21,7 +21,7 @@ std::size_t dataRows(const std::string& path) {
 
 } // namespace
 
-void ObservationOutputs::MenuSaveTsv_Click() {
+void ObservationOutputs::recordTsv() {
     const ReportSource source = m_source();
     if (!HasResults(source))
         return;
@@ -33,13 +33,13 @@ void ObservationOutputs::MenuSaveTsv_Click() {
         return;
     }
     status = "Row " + std::to_string(dataRows(TsvFileName)) + " appended to " + TsvFileName;
-    m_commands.MenuSaveTsv = false;
-    m_commands.RTSVB = false;
+    m_commands.recordTsvEnabled = false;
+    m_commands.recordTsvButtonEnabled = false;
     focus = FocusTarget::Step3;
     outputTaken();
 }
 
-void ObservationOutputs::MenuSaveText_Click() {
+void ObservationOutputs::saveText() {
     const ReportSource source = m_source();
     if (!HasResults(source))
         return;
@@ -64,7 +64,7 @@ void ObservationOutputs::MenuSaveText_Click() {
     outputTaken();
 }
 
-void ObservationOutputs::MenuCopyTextClip_Click() {
+void ObservationOutputs::copyText() {
     const ReportSource source = m_source();
     if (!HasResults(source))
         return;
@@ -73,7 +73,7 @@ void ObservationOutputs::MenuCopyTextClip_Click() {
     outputTaken();
 }
 
-void ObservationOutputs::MenuSendText_Click() {
+void ObservationOutputs::sendText() {
     const ReportSource source = m_source();
     if (!HasResults(source))
         return;
@@ -86,7 +86,7 @@ void ObservationOutputs::MenuSendText_Click() {
     outputTaken();
 }
 
-void ObservationOutputs::Notes_DblClick() {
+void ObservationOutputs::copyNotes() {
     m_ports.clipboard.SetText(m_source().setup.Notes);
 }
 

@@ -28,11 +28,11 @@ public:
     // Appends the row to `TsvFileName`; on success "&Record TSV" and its button are disabled
     // until the next calculation, so one observation is never logged twice. A failure is
     // shown with its reason and leaves both enabled for another try.
-    void MenuSaveTsv_Click();
-    void MenuSaveText_Click();
-    void MenuCopyTextClip_Click();
-    void MenuSendText_Click();
-    void Notes_DblClick();
+    void recordTsv();
+    void saveText();
+    void copyText();
+    void sendText();
+    void copyNotes();
 
     std::string TsvFileName = "ZavData.tab";
     std::string CurrentDir; // where the save dialog starts

@@ -30,9 +30,9 @@ class SoundControls {
 public:
     explicit SoundControls(Shell& shell) : m_shell(shell) {}
 
-    void MenuSCCP_Click() { open(SoundPanel::Playback); }
-    void MenuSCCR_Click() { open(SoundPanel::Recording); }
-    void mnuMMSYS_Click() { open(SoundPanel::Devices); }
+    void openPlaybackMixer() { open(SoundPanel::Playback); }
+    void openRecordingMixer() { open(SoundPanel::Recording); }
+    void openSoundDevices() { open(SoundPanel::Devices); }
 
 private:
     void open(SoundPanel panel);

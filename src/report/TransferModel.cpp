@@ -13,49 +13,49 @@ TransferModel::TransferModel(const ReportSource& source, TransferSettings& setti
                              TransferHistory& history, Ports ports)
     : m_source(source), m_settings(settings), m_history(history), m_ports(ports) {}
 
-void TransferModel::Form_Load() {
+void TransferModel::open() {
     username = m_settings.username;
     password = m_settings.password;
     Email = m_settings.Email;
     URL = m_settings.URL;
     AtfEmail = m_settings.AtfEmail;
-    OptionOnline = m_settings.online;
-    OptionEmail = !OptionOnline;
-    OKButtonVisible = OptionEmail ? !AtfEmail.empty() : !URL.empty();
+    sendOnline = m_settings.online;
+    sendByEmail = !sendOnline;
+    okVisible = sendByEmail ? !AtfEmail.empty() : !URL.empty();
     Message = "This facility is for transfer of the data from the main ZAV form, this form, and "
               "the IP address to the server where it may be publicly available. If you do not "
               "want to publish your data, hit Cancel now.";
 }
 
-void TransferModel::Form_Unload() {
+void TransferModel::close() {
     m_settings.username = username;
     m_settings.password = password;
     m_settings.Email = Email;
     m_settings.URL = URL;
     m_settings.AtfEmail = AtfEmail;
-    m_settings.online = OptionOnline;
+    m_settings.online = sendOnline;
 }
 
-void TransferModel::OptionOnline_Click() {
-    OptionOnline = true;
-    OptionEmail = false;
-    OKButtonVisible = !URL.empty();
+void TransferModel::chooseOnline() {
+    sendOnline = true;
+    sendByEmail = false;
+    okVisible = !URL.empty();
 }
 
-void TransferModel::OptionEmail_Click() {
-    OptionEmail = true;
-    OptionOnline = false;
-    OKButtonVisible = !AtfEmail.empty();
+void TransferModel::chooseEmail() {
+    sendByEmail = true;
+    sendOnline = false;
+    okVisible = !AtfEmail.empty();
 }
 
-void TransferModel::Message_DblClick() {
+void TransferModel::copyMessage() {
     m_ports.clipboard.SetText(Message);
 }
 
-void TransferModel::OKButton_Click() {
+void TransferModel::okPressed() {
     if (m_sending)
         return;
-    if (OKButtonCaption == "Done")
+    if (okCaption == "Done")
         CloseRequested = true;
     else
         transfer();
@@ -69,9 +69,9 @@ std::string TransferModel::RequestBody(const std::string& user) const {
 
 void TransferModel::transfer() {
     if (!HasResults(m_source))
-        return;              // an observation without results is nothing to send
-    OKButtonVisible = false; // never pressed twice while the request runs
-    OptionEmail = !OptionOnline;
+        return;        // an observation without results is nothing to send
+    okVisible = false; // never pressed twice while the request runs
+    sendByEmail = !sendOnline;
 
     std::string user = username;
     if (!user.empty() && user[0] == '*') {
@@ -86,7 +86,7 @@ void TransferModel::transfer() {
     }
 
     m_sending = true;
-    if (OptionOnline)
+    if (sendOnline)
         post(RequestBody(user));
     else
         mail(user);
@@ -101,7 +101,7 @@ void TransferModel::post(const std::string& body) {
         if (!reply.cause.empty())
             Message += " (" + reply.cause + ")";
         if (reply.failure == HttpFailure::NotSent) {
-            OKButtonVisible = true; // it never left: sending it now is the first time
+            okVisible = true; // it never left: sending it now is the first time
         } else if (reply.failure == HttpFailure::MayHaveArrived) {
             // The server may have taken it; sending it again could enter it twice.
             Message += ". The observation may have arrived at the server; it was not sent again.";
@@ -116,10 +116,10 @@ void TransferModel::post(const std::string& body) {
     if (IsNumber(*cc) && Number(*cc) == 0) {
         m_history.lastReceipt = m_ports.xml.FirstElementText(reply.body, "receipt").value_or("");
         Message = "Receipt: " + m_history.lastReceipt;
-        CancelButtonVisible = false;
-        OKButtonCaption = "Done";
-        OKButtonVisible = true;
-        OKButtonFocus = true;
+        cancelVisible = false;
+        okCaption = "Done";
+        okVisible = true;
+        okFocused = true;
         m_history.lastObsTime = m_source.observation.ObsTime;
         return;
     }

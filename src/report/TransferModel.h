@@ -31,23 +31,23 @@ public:
     TransferModel(const ReportSource& source, TransferSettings& settings, TransferHistory& history,
                   Ports ports);
 
-    void Form_Load();
+    void open();
     // Writes the fields back to the settings, whatever closed the dialog.
-    void Form_Unload();
+    void close();
     // "OK" transfers; "Done" closes. A press while a transfer is still waiting for the server
     // (a double-click delivered inside the wait) does nothing.
-    void OKButton_Click();
-    void CancelButton_Click() { CloseRequested = true; }
-    void OptionOnline_Click();
-    void OptionEmail_Click();
-    void URL_LostFocus() { OKButtonVisible = !URL.empty(); }
-    void AtfEmail_LostFocus() { OKButtonVisible = !AtfEmail.empty(); }
+    void okPressed();
+    void cancelPressed() { CloseRequested = true; }
+    void chooseOnline();
+    void chooseEmail();
+    void urlLeft() { okVisible = !URL.empty(); }
+    void collectingAddressLeft() { okVisible = !AtfEmail.empty(); }
     // OK follows the address as it is typed, so that it is there for a click that comes
     // straight from another box.
-    void URL_Change() { OKButtonVisible = !URL.empty(); }
-    void AtfEmail_Change() { OKButtonVisible = !AtfEmail.empty(); }
+    void urlEdited() { okVisible = !URL.empty(); }
+    void collectingAddressEdited() { okVisible = !AtfEmail.empty(); }
     // Puts the whole notice or receipt on the clipboard.
-    void Message_DblClick();
+    void copyMessage();
 
     // The request body: the field list, the account fields, the client and debug fields.
     std::string RequestBody(const std::string& user) const;
@@ -57,14 +57,14 @@ public:
     std::string Email;
     std::string URL;
     std::string AtfEmail;
-    bool OptionOnline = true;
-    bool OptionEmail = false;
+    bool sendOnline = true;
+    bool sendByEmail = false;
     std::string Message;
-    std::string OKButtonCaption = "OK";
-    bool OKButtonVisible = true;
-    bool OKButtonFocus = false; // the view gives "Done" the focus
-    bool CancelButtonVisible = true;
-    bool CloseRequested = false; // the view closes the dialog (and then calls Form_Unload)
+    std::string okCaption = "OK";
+    bool okVisible = true;
+    bool okFocused = false; // the view gives "Done" the focus
+    bool cancelVisible = true;
+    bool CloseRequested = false; // the view closes the dialog (and then calls close)
 
 private:
     void transfer();

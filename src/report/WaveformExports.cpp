@@ -50,7 +50,7 @@ std::optional<std::string> WaveformExports::askSaveName(const WaveformSource& so
     return m_ports.dialogs.SaveFileName(request);
 }
 
-void WaveformExports::MenuSaveWave_Click() {
+void WaveformExports::saveWave() {
     const WaveformSource source = m_source();
     const auto path = askSaveName(source, "All Files (*.*)|*.*|Wave files (*.wav)|*.wav");
     status.clear();
@@ -65,7 +65,7 @@ void WaveformExports::MenuSaveWave_Click() {
     status = "Recording saved to " + *path;
 }
 
-void WaveformExports::MenuExportGnuplot_Click() {
+void WaveformExports::exportGnuplot() {
     const WaveformSource source = m_source();
     WaveSampleReader samples;
     if (samples.Open(source.wavePath, m_ports.dialogs) != WaveSampleReader::Status::Ok)
@@ -90,7 +90,7 @@ void WaveformExports::MenuExportGnuplot_Click() {
     status = "Gnuplot file exported to " + *path;
 }
 
-void WaveformExports::MenuCopyWaveClip_Click() {
+void WaveformExports::copyWaveSamples() {
     const WaveformSource source = m_source();
     WaveSampleReader samples;
     if (samples.Open(source.wavePath, m_ports.dialogs) != WaveSampleReader::Status::Ok)
@@ -101,14 +101,14 @@ void WaveformExports::MenuCopyWaveClip_Click() {
     status = "Wave samples copied to the clipboard";
 }
 
-void WaveformExports::MenuPlotWave_Click() {
+void WaveformExports::plotWave() {
     const WaveformSource source = m_source();
     auto plot = LoadWavePlot(source.wavePath, source.stepTitle, source.obsTime, m_ports.dialogs);
     if (plot && showPlot)
         showPlot(std::move(*plot));
 }
 
-void WaveformExports::MenuPlayWave_Click() {
+void WaveformExports::playWave() {
     const auto error = m_ports.output.PlayWave(m_source().wavePath);
     if (error)
         m_ports.dialogs.ShowMessage("Error: playing wave file: " + error->text + "(" +
@@ -116,9 +116,9 @@ void WaveformExports::MenuPlayWave_Click() {
                                     kAppTitle, MessageIcon::Critical);
 }
 
-void WaveformExports::EnableWaveCommands() {
-    MenuSaveWave = MenuCopyWaveClip = MenuPlotWave = MenuPlayWave = true;
-    m_commands.MenuExportGnuplot = true;
+void WaveformExports::enableWaveCommands() {
+    saveWaveEnabled = copyWaveEnabled = plotWaveEnabled = playWaveEnabled = true;
+    m_commands.exportGnuplotEnabled = true;
 }
 
 } // namespace zav

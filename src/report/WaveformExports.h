@@ -32,21 +32,21 @@ public:
     WaveformExports(std::function<WaveformSource()> source, CommandStates& commands, Ports ports)
         : m_source(std::move(source)), m_commands(commands), m_ports(ports) {}
 
-    void MenuSaveWave_Click();
-    void MenuExportGnuplot_Click();
-    void MenuCopyWaveClip_Click();
-    void MenuPlotWave_Click();
-    void MenuPlayWave_Click();
+    void saveWave();
+    void exportGnuplot();
+    void copyWaveSamples();
+    void plotWave();
+    void playWave();
 
     // A recording has just been made: every waveform command has something to work on again.
-    void EnableWaveCommands();
+    void enableWaveCommands();
 
     // Enabled states of the commands the calculation does not govern (the gnuplot export's
     // lives with the others in CommandStates). None has anything to show before a recording.
-    bool MenuSaveWave = false;
-    bool MenuCopyWaveClip = false;
-    bool MenuPlotWave = false;
-    bool MenuPlayWave = false;
+    bool saveWaveEnabled = false;
+    bool copyWaveEnabled = false;
+    bool plotWaveEnabled = false;
+    bool playWaveEnabled = false;
 
     // The clipboard table's decimal separator.
     char decimalSeparator = '.';

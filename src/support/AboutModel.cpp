@@ -11,18 +11,18 @@ namespace zav {
 AboutModel::AboutModel(std::string installDir, Ports ports)
     : m_installDir(std::move(installDir)), m_ports(ports) {}
 
-void AboutModel::Form_Load() {
+void AboutModel::open() {
     Caption = std::string("About ") + kAppTitle;
-    lblVersion = "Version: " + VersionText();
-    lblTitle = kAppTitle;
-    lblDisclaimer = "Disclaimer:\rUse at your own risk, see licence for warranty statement.";
-    lblDescription = "Measures radio noise and signal field strength with an ordinary receiver "
-                     "and the computer's sound card: average, RMS, quasi-peak and peak.";
-    lblNotice = "Free software under the MIT licence. Reports of problems and observations are "
-                "welcome through the support page.";
+    versionText = "Version: " + VersionText();
+    titleText = kAppTitle;
+    disclaimerText = "Disclaimer:\rUse at your own risk, see licence for warranty statement.";
+    descriptionText = "Measures radio noise and signal field strength with an ordinary receiver "
+                      "and the computer's sound card: average, RMS, quasi-peak and peak.";
+    noticeText = "Free software under the MIT licence. Reports of problems and observations are "
+                 "welcome through the support page.";
 }
 
-void AboutModel::Licence_Click() {
+void AboutModel::showLicence() {
     const ShellFailureTexts texts{
         "Browser Unavailable", "Problem accessing licence file. (Error ",
         std::string(kAppTitle) +
@@ -33,7 +33,7 @@ void AboutModel::Licence_Click() {
                       m_ports.dialogs);
 }
 
-void AboutModel::StartSysInfo() {
+void AboutModel::startSystemInfo() {
     const std::string path = m_ports.systemInfo.ToolPath();
     std::error_code ignored;
     if (path.empty() || !std::filesystem::is_regular_file(path, ignored)) {

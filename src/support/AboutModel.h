@@ -21,19 +21,19 @@ public:
     // `installDir` is the folder that holds "licence.txt" (a separator is added if missing).
     AboutModel(std::string installDir, Ports ports);
 
-    void Form_Load();
-    void Licence_Click();
+    void open();
+    void showLicence();
     // Starts the system-information tool, or says it is unavailable. No control of the box
     // calls it; it is kept for hosts that offer it.
-    void StartSysInfo();
-    void cmdOK_Click() { CloseRequested = true; }
+    void startSystemInfo();
+    void okPressed() { CloseRequested = true; }
 
     std::string Caption;
-    std::string lblTitle;
-    std::string lblVersion;
-    std::string lblDisclaimer; // two lines split by a lone CR
-    std::string lblDescription;
-    std::string lblNotice; // the line below the description
+    std::string titleText;
+    std::string versionText;
+    std::string disclaimerText; // two lines split by a lone CR
+    std::string descriptionText;
+    std::string noticeText; // the line below the description
     bool CloseRequested = false;
 
 private:

@@ -6,7 +6,7 @@
 
 namespace zav {
 
-void HelpMenu::MenuHelpHelp_Click(const std::string& documentsDir) {
+void HelpMenu::openHelp(const std::string& documentsDir) {
     const ShellFailureTexts texts{"Acrobat unavailable", "Problem accessing documentation. (Error ",
                                   std::string(kAppTitle) +
                                       " could not find a file association for ZAV.pdf on your "
@@ -14,15 +14,15 @@ void HelpMenu::MenuHelpHelp_Click(const std::string& documentsDir) {
     OpenLocalDocument(WithTrailingSeparator(documentsDir) + "ZAV.pdf", texts, m_shell, m_dialogs);
 }
 
-void HelpMenu::MenuHome_Click(const std::string& BaseUrl) {
+void HelpMenu::openHomePage(const std::string& BaseUrl) {
     OpenDocument(BaseUrl, m_shell, m_dialogs);
 }
 
-void HelpMenu::MenuFaq_Click(const std::string& BaseUrl) {
+void HelpMenu::openFaq(const std::string& BaseUrl) {
     OpenDocument(BaseUrl + "faq.htm", m_shell, m_dialogs);
 }
 
-void HelpMenu::MenuSupport_Click(const std::string& BaseUrl) {
+void HelpMenu::openSupportPage(const std::string& BaseUrl) {
     OpenDocument(BaseUrl + "support.htm", m_shell, m_dialogs);
 }
 

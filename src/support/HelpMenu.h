@@ -14,11 +14,11 @@ public:
     HelpMenu(Shell& shell, Dialogs& dialogs) : m_shell(shell), m_dialogs(dialogs) {}
 
     // The manual "ZAV.pdf" in `documentsDir`.
-    void MenuHelpHelp_Click(const std::string& documentsDir);
+    void openHelp(const std::string& documentsDir);
     // `BaseUrl` ends in "/".
-    void MenuHome_Click(const std::string& BaseUrl);
-    void MenuFaq_Click(const std::string& BaseUrl);
-    void MenuSupport_Click(const std::string& BaseUrl);
+    void openHomePage(const std::string& BaseUrl);
+    void openFaq(const std::string& BaseUrl);
+    void openSupportPage(const std::string& BaseUrl);
 
 private:
     Shell& m_shell;

@@ -17,8 +17,8 @@ void UpdateModel::fail(std::string text) {
     outcome = Outcome::SiteFailed;
 }
 
-void UpdateModel::Form_Load() {
-    btnKwupdaterEnabled = CompareVersions(m_ports.updater.InstalledVersion(), "0.0.0", 3) > 0;
+void UpdateModel::open() {
+    updaterEnabled = CompareVersions(m_ports.updater.InstalledVersion(), "0.0.0", 3) > 0;
 
     const HttpResponse reply = m_ports.http.Get(m_baseUrl + "Update.xml");
     if (reply.status != 200)
@@ -38,7 +38,7 @@ void UpdateModel::Form_Load() {
 
     if (CompareVersions(*version, VersionText(), 3) > 0) {
         Message = "New version available: " + *version;
-        btnSupportVisible = true;
+        supportVisible = true;
         outcome = Outcome::NewVersion;
     } else {
         Message = "Version " + VersionText() + " is current";
@@ -46,7 +46,7 @@ void UpdateModel::Form_Load() {
     }
 }
 
-void UpdateModel::btnKwupdater_Click() {
+void UpdateModel::runUpdater() {
     const ShellFailureTexts texts{"kwUpdate unavailable", "Problem accessing kwUpdate. (Error ",
                                   std::string(kAppTitle) +
                                       " could not find a file association for .kwupdate on your "
@@ -56,7 +56,7 @@ void UpdateModel::btnKwupdater_Click() {
     CloseRequested = true;
 }
 
-void UpdateModel::btnSupport_Click() {
+void UpdateModel::openSupportPage() {
     OpenDocument(m_baseUrl + "support.htm#download", m_ports.shell, m_ports.dialogs);
     CloseRequested = true;
 }

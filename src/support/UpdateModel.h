@@ -31,14 +31,14 @@ public:
     // `BaseUrl` ends in "/"; `appDir` is the program's folder, where "ZAV.kwupdate" lies.
     UpdateModel(std::string BaseUrl, std::string appDir, Ports ports);
 
-    void Form_Load();
-    void btnKwupdater_Click();
-    void btnSupport_Click();
-    void btnExit_Click() { CloseRequested = true; }
+    void open();
+    void runUpdater();
+    void openSupportPage();
+    void exitPressed() { CloseRequested = true; }
 
     std::string Message;
-    bool btnKwupdaterEnabled = false;
-    bool btnSupportVisible = false;
+    bool updaterEnabled = false;
+    bool supportVisible = false;
     bool CloseRequested = false;
     Outcome outcome = Outcome::NotChecked;
 

@@ -55,7 +55,7 @@ struct Desk {
         model = std::make_unique<MainModel>(
             startup, MainPorts{dialogs, settings, card, card, card, card, card, shell},
             environment);
-        model->Form_Load();
+        model->open();
         model->options.Verbose = false;
         model->setup.AGC = "30"; // room for the 20 dB between receiver and external noise
     }
@@ -80,7 +80,7 @@ TEST(MainModel, TheResultsFollowTheAntennaTheMomentItChanges) {
     const auto tab = d.dir.path / "loop.tab";
     std::ofstream(tab) << "#* Loop\n1\t10\n7\t20\n30\t30\n";
     d.dialogs.files.push_back(tab.string());
-    d.m().antenna.MenuImportAntenna_Click(d.dir.path.string());
+    d.m().antenna.importAntennaFile(d.dir.path.string());
     ASSERT_EQ(d.m().setup.AntGain, "20.00");
     // The field strength moves by the change of antenna factor, at once.
     EXPECT_NEAR(d.fsRms() - before, 20.0 - GainToFactor(0, 7.0), 0.101);
@@ -158,7 +158,7 @@ TEST(MainModel, APositionTakenAfterTheStepsBelongsToTheObservationUntilItIsOutpu
     d.m().GetPosition({}); // a cancelled capture keeps the observation's position
     EXPECT_EQ(d.m().steps.observation.ObsLat, "48.100000");
 
-    d.m().RTSVB_Click(); // the first output: from now on the observation is as it went out
+    d.m().recordTsv(); // the first output: from now on the observation is as it went out
     d.m().GetPosition(captureAt("50.0", "8.0"));
     EXPECT_EQ(d.m().steps.observation.ObsLat, "48.100000");
     // The next observation takes the position the set-up holds when it is recorded.

@@ -40,12 +40,12 @@ std::string cents(double value) {
 TEST_F(OptionsMenuTest, GainAndFactorFlipBackAndForth) {
     record.Frequency = "7.000";
     record.AntGain = "0.00";
-    menu.MenuOptionsAntFact_Click();
+    menu.toggleAntennaFactor();
     EXPECT_TRUE(options.AntFact);
-    EXPECT_EQ(controls.lblAntGain, "Factor (d&B/m)");
+    EXPECT_EQ(controls.antGainLabel, "Factor (d&B/m)");
     EXPECT_EQ(record.AntGain, cents(textbookFactor(0, 7)));
-    menu.MenuOptionsAntFact_Click();
-    EXPECT_EQ(controls.lblAntGain, "Gain (d&Bi)");
+    menu.toggleAntennaFactor();
+    EXPECT_EQ(controls.antGainLabel, "Gain (d&Bi)");
     EXPECT_EQ(record.AntGain, "0.00");
 
     // Two-decimal values survive any number of flips.
@@ -57,10 +57,10 @@ TEST_F(OptionsMenuTest, GainAndFactorFlipBackAndForth) {
             std::round(std::uniform_real_distribution<double>(0.1, 3000)(rng) * 1000) / 1000;
         record.AntGain = gain;
         record.Frequency = std::to_string(f);
-        menu.MenuOptionsAntFact_Click();
+        menu.toggleAntennaFactor();
         EXPECT_NEAR(std::stod(record.AntGain), textbookFactor(std::stod(gain), f), 0.005 + 1e-9);
         for (int flip = 0; flip < 3; ++flip)
-            menu.MenuOptionsAntFact_Click();
+            menu.toggleAntennaFactor();
         EXPECT_EQ(record.AntGain, gain) << f;
     }
     EXPECT_TRUE(events.calls.empty()) << "a unit change alone recalculates nothing";
@@ -68,44 +68,46 @@ TEST_F(OptionsMenuTest, GainAndFactorFlipBackAndForth) {
     // The label is a shortcut only while no antenna file holds the box.
     controls.AntGainEnabled = false;
     const bool before = options.AntFact;
-    menu.lblAntGain_DblClick();
+    menu.antGainLabelDoubleClicked();
     EXPECT_EQ(options.AntFact, before);
     controls.AntGainEnabled = true;
-    menu.lblAntGain_DblClick();
+    menu.antGainLabelDoubleClicked();
     EXPECT_NE(options.AntFact, before);
 }
 
 TEST_F(OptionsMenuTest, SamplesOptionSwitchesUnitsAndAlwaysDiscardsTheSteps) {
     record.Interval = record.IntervalTag = "64";
-    menu.MenuOptionsSamples_Click();
+    menu.toggleSamples();
     EXPECT_FALSE(options.Samples);
-    EXPECT_EQ(controls.lblInterval, "Interval (ms)");
+    EXPECT_EQ(controls.intervalLabel, "Interval (ms)");
     EXPECT_EQ(record.Interval + "/" + record.IntervalTag, "500/500");
-    menu.lblInterval_DblClick();
+    menu.intervalLabelDoubleClicked();
     EXPECT_TRUE(options.Samples);
-    EXPECT_EQ(controls.lblInterval, "Samples (k)");
+    EXPECT_EQ(controls.intervalLabel, "Samples (k)");
     EXPECT_EQ(record.Interval + "/" + record.IntervalTag, "8/8");
-    EXPECT_EQ(events.calls, (Calls{"Reset1", "Focus Step1", "Reset1", "Focus Step1"}));
+    EXPECT_EQ(events.calls,
+              (Calls{"resetFromStep1", "Focus Step1", "resetFromStep1", "Focus Step1"}));
 }
 
 TEST_F(OptionsMenuTest, LimitsOffKeepsResultsVisibleButUnusable) {
-    commands.Step2 = commands.Step3 = commands.RTSVB = true;
-    commands.SetOutputCommands(true);
-    menu.MenuOptionsLimits_Click();
+    commands.Step2 = commands.Step3 = commands.recordTsvButtonEnabled = true;
+    commands.enableOutputCommands(true);
+    menu.toggleLimits();
     EXPECT_FALSE(options.Limits);
-    EXPECT_EQ(events.calls, (Calls{"CalcCalc", "Focus Step3"}));
+    EXPECT_EQ(events.calls, (Calls{"recalculate", "Focus Step3"}));
     for (bool enabled :
-         {commands.RTSVB, commands.MenuCalRx, commands.MenuSaveText, commands.MenuSaveTsv,
-          commands.MenuSendText, commands.MenuTransfer, commands.MenuCopyTextClip})
+         {commands.recordTsvButtonEnabled, commands.calibrateRxEnabled, commands.saveTextEnabled,
+          commands.recordTsvEnabled, commands.sendTextEnabled, commands.transferEnabled,
+          commands.copyTextEnabled})
         EXPECT_FALSE(enabled);
-    EXPECT_TRUE(commands.MenuExportGnuplot && commands.Step2 && commands.Step3);
+    EXPECT_TRUE(commands.exportGnuplotEnabled && commands.Step2 && commands.Step3);
 
     events.calls.clear();
-    menu.MenuOptionsLimits_Click();
+    menu.toggleLimits();
     EXPECT_TRUE(options.Limits);
-    EXPECT_EQ(events.calls, (Calls{"Reset1", "Focus Step1"}));
+    EXPECT_EQ(events.calls, (Calls{"resetFromStep1", "Focus Step1"}));
     commands.Step3 = false;
     events.calls.clear();
-    menu.MenuOptionsLimits_Click();
-    EXPECT_EQ(events.calls, Calls{"CalcCalc"}) << "without step 3 the focus stays";
+    menu.toggleLimits();
+    EXPECT_EQ(events.calls, Calls{"recalculate"}) << "without step 3 the focus stays";
 }

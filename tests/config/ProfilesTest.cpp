@@ -82,8 +82,8 @@ TEST_F(ProfilesTest, AMissingProfileGivesEveryDefault) {
     EXPECT_EQ(record.AGCTag + record.IntervalTag + record.AntFileName, "208");
     const TransferSettings& t = state.transfer;
     EXPECT_EQ(t.username + t.password + t.Email + t.URL + t.AtfEmail, "");
-    EXPECT_EQ(events.calls,
-              (Calls{"UnloadAntennaFile", "Caption nothing-here.zav", "Reset1", "Focus Step1"}));
+    EXPECT_EQ(events.calls, (Calls{"UnloadAntennaFile", "Caption nothing-here.zav",
+                                   "resetFromStep1", "Focus Step1"}));
     EXPECT_FALSE(fs::exists(path("nothing-here.zav"))) << "reading creates nothing";
 }
 
@@ -219,20 +219,20 @@ TEST_F(ProfilesTest, TheAntennaFileLoadsAfterTheOptionsAndItsFactorModeStands) {
                     "[options]\nInterval=16\nAntFact=False\n");
     EXPECT_TRUE(loaded);
     EXPECT_EQ(events.calls, (Calls{"UnloadAntennaFile", "LoadAntennaFile", "Caption ant.zav",
-                                   "Reset1", "Focus Step1"}));
+                                   "resetFromStep1", "Focus Step1"}));
     // A stored "False" would take the file's factors as gains: the file wins, and the label
     // says so.
     EXPECT_TRUE(options.AntFact);
-    EXPECT_EQ(controls.lblAntGain, "Factor (d&B/m)");
-    EXPECT_EQ(controls.lblInterval, "Samples (k)");
+    EXPECT_EQ(controls.antGainLabel, "Factor (d&B/m)");
+    EXPECT_EQ(controls.intervalLabel, "Samples (k)");
     // Without a file the value is in the unit the profile names: no conversion, only the
     // labels follow the options read, both ways.
     open("ant.zav", "[conditions]\nAntGain=-3.00\n[options]\nAntFact=False\nSamples=False\n"
                     "Interval=1000\n");
     EXPECT_EQ(record.AntGain, "-3.00");
     EXPECT_FALSE(options.AntFact);
-    EXPECT_EQ(controls.lblAntGain, "Gain (d&Bi)");
-    EXPECT_EQ(controls.lblInterval, "Interval (ms)");
+    EXPECT_EQ(controls.antGainLabel, "Gain (d&Bi)");
+    EXPECT_EQ(controls.intervalLabel, "Interval (ms)");
 }
 
 TEST_F(ProfilesTest, ValuesAreCutAtTheReadBuffer) {
@@ -314,7 +314,7 @@ TEST_F(ProfilesTest, FileMenuCommands) {
     record.Tester = "outgoing";
     state.ProfilePath = path("first.zav");
     dialogs.files = {std::nullopt, path("second.zav"), std::nullopt, path("third.zav")};
-    profiles.MenuOpenProfile_Click(); // cancelled, but the outgoing profile is saved first
+    profiles.openProfile(); // cancelled, but the outgoing profile is saved first
     const FileDialogRequest& request = dialogs.fileRequests.at(0);
     EXPECT_EQ(request.filter + request.initialDir + request.fileName,
               "ZAV files (*.zav)|*.zav" + state.CurrentDir);
@@ -322,27 +322,27 @@ TEST_F(ProfilesTest, FileMenuCommands) {
     EXPECT_TRUE(events.calls.empty());
 
     std::ofstream(dir / "second.zav") << "[conditions]\nTester=incoming\n";
-    profiles.MenuOpenProfile_Click();
+    profiles.openProfile();
     EXPECT_EQ(state.ProfilePath + state.ProfileName, path("second.zav") + "second");
     EXPECT_EQ(record.Tester, "incoming");
 
     events.calls.clear();
-    profiles.MenuSaveProfile_Click(); // cancelled
+    profiles.saveProfile(); // cancelled
     EXPECT_EQ(dialogs.fileRequests.at(2).fileName, path("second.zav"));
-    profiles.MenuSaveProfile_Click();
+    profiles.saveProfile();
     EXPECT_NE(test::ReadFile(path("third.zav")).find("Tester=incoming"), std::string::npos);
     EXPECT_EQ(events.calls, Calls{"Caption third"});
 
     // Recent entries: a vanished file is reported and changes nothing; otherwise the clicked
     // file opens, though saving the outgoing profile has moved the list.
     state.recent.Caption = {"", path("third.zav"), path("first.zav"), path("gone.zav")};
-    profiles.MenuRecentFile_Click(3);
+    profiles.openRecentProfile(3);
     ASSERT_EQ(dialogs.messages.size(), 1u);
     EXPECT_EQ(dialogs.messages[0].text, "Error: file " + path("gone.zav") + " does not exist.");
     EXPECT_EQ(dialogs.messages[0].icon, MessageIcon::Critical);
     EXPECT_EQ(state.recent.Caption[3], path("gone.zav"));
     EXPECT_EQ(state.ProfilePath, path("third.zav"));
-    profiles.MenuRecentFile_Click(2);
+    profiles.openRecentProfile(2);
     EXPECT_EQ(state.ProfilePath, path("first.zav"));
     EXPECT_EQ(record.Tester, "outgoing");
 }
@@ -359,7 +359,7 @@ TEST_F(ProfilesTest, AFailedSaveIsShownWithItsReasonAndChangesNeitherTitleNorRec
         dialogs.files = {target};
         {
             test::FileSizeLimit full(target == path("second.zav") ? 10 : 1 << 20);
-            profiles.MenuSaveProfile_Click();
+            profiles.saveProfile();
         }
         ASSERT_FALSE(dialogs.messages.empty()) << target;
         const std::string shown = dialogs.messages.back().text;

@@ -11,9 +11,9 @@ namespace zav::test {
 // Records every call the set-up code makes into the rest of the window, in order.
 class RecordingEvents : public SetupEvents {
 public:
-    void CalcCalc() override { calls.push_back("CalcCalc"); }
-    void Reset1() override { calls.push_back("Reset1"); }
-    void Reset3() override { calls.push_back("Reset3"); }
+    void recalculate() override { calls.push_back("recalculate"); }
+    void resetFromStep1() override { calls.push_back("resetFromStep1"); }
+    void resetFromStep3() override { calls.push_back("resetFromStep3"); }
     std::optional<double> AntennaValueAt(double frequencyMHz) override {
         if (!antenna)
             return std::nullopt;

@@ -29,15 +29,14 @@ protected:
         clear();
         FieldText(record, field) = text;
         bool cancel = false;
-        form.Validate(field, cancel);
+        form.fieldLeft(field, cancel);
         return cancel;
     }
-    // Types `text` and presses Enter; returns the key code left for the box.
-    int enter(F field, const std::string& text, int key = SetupForm::kEnterKey) {
+    // Types `text` and presses Enter; returns what became of the key.
+    KeyOutcome enter(F field, const std::string& text, Key key = Key::Enter) {
         clear();
         FieldText(record, field) = text;
-        form.KeyPress(field, key);
-        return key;
+        return form.keyPressed(field, key);
     }
     void clear() {
         dialogs.messages.clear();
@@ -72,7 +71,7 @@ TEST_F(SetupFormTest, LeavingABoxTidiesChecksAndActs) {
         const char* message;
         Calls calls;
     };
-    const Calls calc{"CalcCalc"}, none{}, reset1{"Reset1"}, reset3{"Reset3"};
+    const Calls calc{"recalculate"}, none{}, reset1{"resetFromStep1"}, reset3{"resetFromStep3"};
     record.AGCTag = "20";
     options.Samples = true;
     record.IntervalTag = "8";
@@ -145,7 +144,7 @@ TEST_F(SetupFormTest, FrequencyFetchesTheAntennaFactorWhileAFileIsLoaded) {
     EXPECT_FALSE(leave(F::Frequency, "14.2"));
     EXPECT_DOUBLE_EQ(askedAt, 14.2);
     EXPECT_EQ(record.AntGain, "14.73");
-    EXPECT_EQ(events.calls, (Calls{"AntennaValueAt", "CalcCalc"}));
+    EXPECT_EQ(events.calls, (Calls{"AntennaValueAt", "recalculate"}));
     EXPECT_TRUE(leave(F::Frequency, "20000"));
     EXPECT_EQ(record.AntGain, "14.73");
 }
@@ -157,36 +156,35 @@ TEST_F(SetupFormTest, EnterChecksSwallowsTheKeyAndSelectsAgain) {
         {F::AGC, "12"},          {F::Loss, "12.3"},     {F::AntGain, "12.35"}};
     for (const auto& [f, after] : checked) {
         form.SelectText(f, 0, 0);
-        EXPECT_EQ(enter(f, "12.345"), 0);
+        EXPECT_EQ(enter(f, "12.345"), KeyOutcome::Swallowed);
         EXPECT_EQ(FieldText(record, f), after);
         EXPECT_EQ(form.Selection(f).SelStart, 0);
         EXPECT_EQ(form.Selection(f).SelLength, static_cast<int>(FieldText(record, f).size()));
     }
-    EXPECT_EQ(enter(F::Bandwidth, "0"), 0);
+    EXPECT_EQ(enter(F::Bandwidth, "0"), KeyOutcome::Swallowed);
     EXPECT_EQ(shown(), kBandwidth);
     // Nothing is filtered while typing; boxes without checks leave Enter alone.
-    for (int key : {97, 55, 46, 8, 27, 10})
-        EXPECT_EQ(enter(F::Frequency, "7", key), key);
-    EXPECT_EQ(enter(F::Tester, "x"), SetupForm::kEnterKey);
+    EXPECT_EQ(enter(F::Frequency, "7", Key::Other), KeyOutcome::PassedOn);
+    EXPECT_EQ(enter(F::Tester, "x"), KeyOutcome::PassedOn);
     EXPECT_TRUE(events.calls.empty() && dialogs.messages.empty());
 }
 
 TEST_F(SetupFormTest, EnterInIntervalWarnsWithItsOwnWordsAndResetsNothing) {
     options.Samples = true;
     record.IntervalTag = "8";
-    EXPECT_EQ(enter(F::Interval, "12"), 0);
+    EXPECT_EQ(enter(F::Interval, "12"), KeyOutcome::Swallowed);
     EXPECT_EQ(shown(), "Samples must be 8, 16, 32, 64, 128 or 256");
-    EXPECT_EQ(enter(F::Interval, " 64 "), 0);
+    EXPECT_EQ(enter(F::Interval, " 64 "), KeyOutcome::Swallowed);
     EXPECT_EQ(shown(), "");
     EXPECT_TRUE(events.calls.empty()) << "a new length is taken only on leaving the box";
     EXPECT_EQ(record.IntervalTag, "8");
     EXPECT_EQ(form.Selection(F::Interval).SelLength, 2);
     bool cancel = false;
-    form.Interval_Validate(cancel);
-    EXPECT_EQ(events.calls, Calls{"Reset1"});
+    form.fieldLeft(SetupField::Interval, cancel);
+    EXPECT_EQ(events.calls, Calls{"resetFromStep1"});
 
     options.Samples = false;
-    EXPECT_EQ(enter(F::Interval, "499"), 0);
+    EXPECT_EQ(enter(F::Interval, "499"), KeyOutcome::Swallowed);
     EXPECT_EQ(shown(), "Interval must be >= 500 and <= 10000");
     EXPECT_TRUE(events.calls.empty());
 }
@@ -196,17 +194,17 @@ TEST_F(SetupFormTest, EnteringABoxSelectsItsText) {
                 F::Attenuator, F::AGC, F::Interval, F::RxNF, F::Location}) {
         FieldText(record, f) = "7.000";
         form.SelectText(f, 2, 1);
-        form.GotFocus(f);
+        form.fieldFocused(f);
         const bool selects = f != F::RxNF && f != F::Location;
         EXPECT_EQ(form.Selection(f).SelStart, selects ? 0 : 2);
         EXPECT_EQ(form.Selection(f).SelLength, selects ? 5 : 1);
     }
     // At most 100 characters, counted as characters, not bytes.
     record.Tester = std::string(150, 'x');
-    form.Tester_GotFocus();
+    form.fieldFocused(SetupField::Tester);
     EXPECT_EQ(form.Selection(F::Tester).SelLength, 100);
     record.Tester = "J\xC3\xBCrgen M\xC3\xBCller";
-    form.Tester_GotFocus();
+    form.fieldFocused(SetupField::Tester);
     EXPECT_EQ(form.Selection(F::Tester).SelLength, 13);
 }
 

@@ -68,7 +68,7 @@ struct Dialog {
     explicit Dialog(std::int16_t acc = 10, bool beepOption = true, char separator = '.') {
         settings.Acc = acc;
         model = std::make_unique<GetPositionModel>(settings, port, beeper, beepOption, separator);
-        model->Form_Load();
+        model->open();
     }
     // Sends through the port as the serial control would.
     void receive(const std::string& chunk) { port.receive(chunk); }
@@ -86,7 +86,7 @@ TEST(GetPosition, LoadOpensThePortWithTheSettings) {
     EXPECT_EQ(d.port.settings, "4800,N,8,1");
     EXPECT_EQ(d.port.commPort, 1);
     EXPECT_TRUE(d.port.open);
-    EXPECT_EQ(d.model->lblfix, "Fix lost");
+    EXPECT_EQ(d.model->fixText, "Fix lost");
 
     FakeSerialPort busy;
     busy.openError = 8005;
@@ -94,11 +94,11 @@ TEST(GetPosition, LoadOpensThePortWithTheSettings) {
     GpsSettings settings;
     settings.Device = "/dev/ttyACM0";
     GetPositionModel model(settings, busy, beeper, true);
-    model.Form_Load();
+    model.open();
     EXPECT_EQ(busy.device, "/dev/ttyACM0");
     EXPECT_EQ(model.record, "Error: Port In Use");
     EXPECT_EQ(model.result(), GetPositionModel::Result::Open);
-    model.OKButton_Click(); // OK then copies the empty averages
+    model.okPressed(); // OK then copies the empty averages
     zav::SetupRecord setup;
     setup.lat = "1.000000";
     model.ApplyTo(setup);
@@ -109,7 +109,7 @@ TEST(GetPosition, LoadOpensThePortWithTheSettings) {
     refusing.openError = zav::kSerialPermissionDenied;
     settings.Speed = 115200;
     GetPositionModel denied(settings, refusing, beeper, true);
-    denied.Form_Load();
+    denied.open();
     EXPECT_EQ(refusing.settings, "115200,N,8,1");
     EXPECT_EQ(denied.record, "Error: Permission denied on /dev/ttyACM0: add your user to the "
                              "dialout group (sudo usermod -aG dialout $USER), then log out and "
@@ -121,15 +121,15 @@ TEST(GetPosition, OpenPortWithoutDataForFiveSecondsSaysSo) {
     const std::string silent = "Error: No data from port 1 for 5 s: check that the receiver is "
                                "on, on this port, at 4800 baud";
     for (int second = 1; second <= 4; ++second)
-        d.model->Timer1_Timer();
+        d.model->onClockTick();
     d.receive("$GP"); // anything at all is data
     for (int second = 0; second <= 4; ++second)
-        d.model->Timer1_Timer();
+        d.model->onClockTick();
     EXPECT_EQ(d.model->ErrorsShown(), 0u);
-    d.model->Timer1_Timer();
+    d.model->onClockTick();
     EXPECT_EQ(d.model->record, silent);
     for (int second = 1; second <= 10; ++second)
-        d.model->Timer1_Timer();
+        d.model->onClockTick();
     EXPECT_EQ(d.model->ErrorsShown(), 1u); // said once, not every second
     EXPECT_EQ(d.model->result(), GetPositionModel::Result::Open);
 }
@@ -139,7 +139,7 @@ TEST(GetPosition, HdopColoursAndAcceptance) {
     d.receive(gga(48.1, 11.5, 3.0));
     EXPECT_EQ(d.model->HDOP, "3.0");
     EXPECT_EQ(d.model->HDOPColour, CellColour::Orange);
-    EXPECT_EQ(d.model->ct, "1");
+    EXPECT_EQ(d.model->fixCount, "1");
     d.receive(gga(48.1, 11.5, 2.5));
     EXPECT_EQ(d.model->HDOPColour, CellColour::WindowText);
     d.receive(gga(48.1, 11.5, 3.4));
@@ -157,7 +157,7 @@ TEST(GetPosition, HdopColoursAndAcceptance) {
     EXPECT_EQ(off.model->Count, 0);
     off.receive(gga(1, 1, 0.0));
     EXPECT_EQ(off.model->Count, 1);
-    off.model->Timer1_Timer();
+    off.model->onClockTick();
     EXPECT_EQ(off.model->result(), GetPositionModel::Result::Open); // never closes by itself
 
     // The shown, rounded HDOP decides: 3.34 shows as 3.3, under 10/3.
@@ -169,14 +169,14 @@ TEST(GetPosition, HdopColoursAndAcceptance) {
 TEST(GetPosition, InvalidFixClearsHdopAndStopsAveraging) {
     Dialog d;
     d.receive(gga(10, 10, 1.0, 0));
-    EXPECT_EQ(d.model->lblfix, "Fix lost");
+    EXPECT_EQ(d.model->fixText, "Fix lost");
     EXPECT_EQ(d.model->HDOP, "1.0"); // the quality comes first, then the HDOP again
     EXPECT_EQ(d.model->Count, 0);
     d.receive(Sentence("GPGGA,1,,,,,0,,,,,,,,") + "\r\n");
     EXPECT_EQ(d.model->HDOP, "");
     EXPECT_FALSE(d.model->FixValid);
     d.receive(gga(10, 10, 1.0, 2));
-    EXPECT_EQ(d.model->lblfix, "Fix obtained");
+    EXPECT_EQ(d.model->fixText, "Fix obtained");
     EXPECT_EQ(d.model->Count, 1);
     // RMC and GLL are shown but never parsed: neither their status nor their position counts.
     d.receive(Sentence("GPGLL,1000.000,N,01000.000,E,225444,A") + "\r\n");
@@ -212,19 +212,19 @@ TEST(GetPosition, AveragesAgainstIndependentSums) {
 
     Dialog south;
     south.receive(Sentence("GPGGA,1,3351.1234,S,00023.0832,W,1,08,1.0,,,,,,") + "\r\n");
-    EXPECT_EQ(south.model->latl, "-33.852057");
-    EXPECT_EQ(south.model->lonl, "-000.384720");
+    EXPECT_EQ(south.model->currentLat, "-33.852057");
+    EXPECT_EQ(south.model->currentLon, "-000.384720");
 }
 
 TEST(GetPosition, TimerEndsTheCaptureOverTwoFixes) {
     Dialog d;
     d.receive(gga(48.1, 11.5, 1.0));
-    d.model->Timer1_Timer();
+    d.model->onClockTick();
     EXPECT_EQ(d.model->result(), GetPositionModel::Result::Open); // one fix is not enough
     d.receive(gga(48.2, 11.6, 1.0));
     EXPECT_EQ(d.model->acc, "4.00");
     EXPECT_TRUE(d.beeper.beeps.empty());
-    d.model->Timer1_Timer();
+    d.model->onClockTick();
     EXPECT_EQ(d.model->result(), GetPositionModel::Result::Ok);
     EXPECT_FALSE(d.port.open);
     EXPECT_EQ(d.beeper.beeps, (std::vector<std::pair<int, int>>{{2000, 100}}));
@@ -238,12 +238,12 @@ TEST(GetPosition, TimerEndsTheCaptureOverTwoFixes) {
         quiet.receive(gga(1, 1, 2.0));
         cancel.receive(gga(1, 1, 3.0));
     }
-    quiet.model->Timer1_Timer();
-    cancel.model->Timer1_Timer();
+    quiet.model->onClockTick();
+    cancel.model->onClockTick();
     EXPECT_EQ(quiet.model->result(), GetPositionModel::Result::Ok);
     EXPECT_TRUE(quiet.beeper.beeps.empty());
     EXPECT_EQ(cancel.model->result(), GetPositionModel::Result::Open);
-    cancel.model->CancelButton_Click();
+    cancel.model->cancelPressed();
     EXPECT_FALSE(cancel.port.open);
     zav::SetupRecord untouched;
     cancel.model->ApplyTo(untouched);
@@ -257,8 +257,8 @@ std::string readCapture(const std::string& name) {
 
 // What a capture leaves in the dialog, for comparing two ways of feeding it.
 std::string outcome(const GetPositionModel& m) {
-    return m.ct + "|" + m.lat + "|" + m.lon + "|" + m.acc + "|" + m.HDOP + "|" + m.lblfix + "|" +
-           m.record + "|" + std::to_string(m.ErrorsShown());
+    return m.fixCount + "|" + m.lat + "|" + m.lon + "|" + m.acc + "|" + m.HDOP + "|" + m.fixText +
+           "|" + m.record + "|" + std::to_string(m.ErrorsShown());
 }
 
 TEST(GetPosition, SameBytesGiveTheSameFixesHoweverTheyAreSplit) {
@@ -318,7 +318,7 @@ TEST(GetPosition, ReceiverNumbersUsePointInEveryLocale) {
     EXPECT_EQ(d.model->HDOP, "1,0");
     EXPECT_EQ(d.model->acc, "4,00");
     EXPECT_EQ(d.model->lat + " " + d.model->lon, "48,150000 011,550000");
-    d.model->Timer1_Timer();
+    d.model->onClockTick();
     EXPECT_EQ(d.model->result(), GetPositionModel::Result::Ok);
 }
 
@@ -348,7 +348,7 @@ TEST(GetPosition, ErrorsShowInRecordAndTheCaptureGoesOn) {
     EXPECT_EQ(d.model->ErrorsShown(), 2u);
 
     // A failing sentence costs only itself: the fix after it in the same read still counts.
-    d.model->HandleInput(Sentence("GPGGA,1") + "\r\n" + gga(48, 11, 1.0));
+    d.model->handleInput(Sentence("GPGGA,1") + "\r\n" + gga(48, 11, 1.0));
     EXPECT_EQ(d.model->ErrorsShown(), 3u);
     EXPECT_EQ(d.model->Count, 3);
 
@@ -397,7 +397,7 @@ TEST(GetPosition, HostileChunksNeverEscapeTheDialog) {
             if (rng() % 3 == 0)
                 chunk[rng() % chunk.size()] = static_cast<char>(rng() % 256);
             EXPECT_NO_THROW(d.receive(chunk));
-            d.model->Timer1_Timer();
+            d.model->onClockTick();
         }
     }
 }

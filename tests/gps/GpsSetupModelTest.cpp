@@ -18,8 +18,8 @@ TEST(GpsSetup, ShowsTheSettingsAndOkStoresThemBack) {
     FakeDialogs dialogs;
     const std::string ublox = "/dev/serial/by-id/usb-u-blox_AG_GNSS_receiver-if00";
     GpsSetupModel setup(settings, dialogs, {{"/dev/ttyUSB0", ""}, {ublox, "u-blox GNSS receiver"}});
-    setup.Form_Load();
-    EXPECT_EQ(setup.port + setup.speed + setup.parity + setup.dbits + setup.sbits + setup.acc,
+    setup.open();
+    EXPECT_EQ(setup.port + setup.speed + setup.parity + setup.dataBits + setup.stopBits + setup.acc,
               "34800E8125");
     // The devices found come first, by name and what they are; the numbers follow.
     ASSERT_EQ(setup.portList.size(), 101u);
@@ -32,17 +32,17 @@ TEST(GpsSetup, ShowsTheSettingsAndOkStoresThemBack) {
     EXPECT_EQ(setup.PortShown(), "3");
     // A device is remembered by its name, whichever way it was chosen; a number is a port.
     for (const std::string& chosen : {setup.portList[1], ublox}) {
-        setup.port_Change(chosen);
+        setup.portChanged(chosen);
         EXPECT_EQ(setup.Device, ublox);
         EXPECT_EQ(setup.PortShown(), setup.portList[1]);
     }
-    setup.port_Change("/tmp/gps-out");
+    setup.portChanged("/tmp/gps-out");
     EXPECT_EQ(setup.PortShown(), "/tmp/gps-out");
-    setup.port_Change("5");
+    setup.portChanged("5");
     EXPECT_EQ(setup.Device + "|" + setup.PortShown(), "|5");
-    setup.port_Change(ublox);
+    setup.portChanged(ublox);
     setup.speed = "115200";
-    setup.OKButton_Click();
+    setup.okPressed();
     EXPECT_EQ(settings.Device, ublox);
     EXPECT_EQ(settings.Speed, 115200);
     EXPECT_EQ(settings.Port, 5);
@@ -67,23 +67,23 @@ TEST(GpsSetup, AccuracyValidation) {
             if (separator == ',' && typed.find('.') != std::string::npos)
                 typed.replace(typed.find('.'), 1, ",");
             GpsSetupModel setup(settings, dialogs, {}, separator);
-            setup.Form_Load();
+            setup.open();
             setup.acc = typed;
-            setup.OKButton_Click();
+            setup.okPressed();
             EXPECT_EQ(settings.Acc, stored) << typed;
             setup.acc = typed;
-            setup.acc_Validate();
+            setup.accuracyLeft();
             EXPECT_EQ(setup.acc, shown) << typed;
         }
     }
     GpsSetupModel setup(settings, dialogs);
-    setup.Form_Load();
+    setup.open();
     setup.accSelected = false;
     setup.acc = "4.4";
-    setup.acc_KeyPress('a');
+    setup.accuracyKeyPressed(zav::Key::Other);
     EXPECT_EQ(setup.acc, "4.4");
     EXPECT_FALSE(setup.accSelected);
-    setup.acc_KeyPress('\r');
+    setup.accuracyKeyPressed(zav::Key::Enter);
     EXPECT_EQ(setup.acc, "4");
     EXPECT_TRUE(setup.accSelected);
 }
@@ -92,28 +92,28 @@ TEST(GpsSetup, OkConvertsOrReportsWhatDoesNotFitAndCancelDiscards) {
     GpsSettings settings;
     FakeDialogs dialogs;
     GpsSetupModel setup(settings, dialogs);
-    setup.Form_Load();
+    setup.open();
     setup.port = "7";
     setup.speed = "5000000"; // past any serial line
     setup.parity = "O";
-    setup.dbits = "eight";
-    setup.sbits = "1.5"; // a 16-bit count: rounds half to even
+    setup.dataBits = "eight";
+    setup.stopBits = "1.5"; // a 16-bit count: rounds half to even
     setup.acc = "40000";
     setup.Device = "/dev/ttyUSB1";
     const std::pair<std::string*, const char*> fixes[] = {
-        {&setup.speed, "9600"}, {&setup.dbits, "7"}, {&setup.acc, "2.5"}};
+        {&setup.speed, "9600"}, {&setup.dataBits, "7"}, {&setup.acc, "2.5"}};
     const char* const errors[] = {"Error: Overflow (Speed \"5000000\")",
                                   "Error: Type mismatch (Dbits \"eight\")",
                                   "Error: Overflow (Acc \"40000\")"};
     for (std::size_t i = 0; i < 3; ++i) {
-        setup.OKButton_Click();
+        setup.okPressed();
         EXPECT_EQ(dialogs.texts().back(), errors[i]);
         EXPECT_EQ(dialogs.messages.back().icon, zav::MessageIcon::Critical);
         EXPECT_TRUE(setup.Visible());
         EXPECT_EQ(settings.Port, 1) << "nothing stored";
         *fixes[i].first = fixes[i].second;
     }
-    setup.OKButton_Click();
+    setup.okPressed();
     EXPECT_FALSE(setup.Visible());
     EXPECT_EQ(dialogs.messages.size(), 3u);
     EXPECT_EQ(settings.Port, 7);
@@ -125,9 +125,9 @@ TEST(GpsSetup, OkConvertsOrReportsWhatDoesNotFitAndCancelDiscards) {
     EXPECT_EQ(settings.Device, "/dev/ttyUSB1");
 
     GpsSetupModel cancelled(settings, dialogs);
-    cancelled.Form_Load();
+    cancelled.open();
     cancelled.port = "9";
-    cancelled.CancelButton_Click();
+    cancelled.cancelPressed();
     EXPECT_FALSE(cancelled.Visible());
     EXPECT_EQ(settings.Port, 7);
 }

@@ -38,10 +38,10 @@ public:
         m_out.str("");
         return s;
     }
-    // The number of the error thrown out of FParse, 0 for none.
+    // The number of the error thrown out of parseSentence, 0 for none.
     int error(const std::string& sentence) {
         try {
-            FParse(sentence);
+            parseSentence(sentence);
         } catch (const RuntimeError& e) {
             return e.Number();
         }
@@ -57,7 +57,7 @@ private:
 
 TEST(NmeaInterpreter, ChecksumRules) {
     Interpreter nmea;
-    ASSERT_TRUE(nmea.FParse(kGga));
+    ASSERT_TRUE(nmea.parseSentence(kGga));
     EXPECT_EQ(nmea.Words().size(), 15u);
     EXPECT_EQ(nmea.Latitude(), "N 48\u00B0 07.038'");
     nmea.events();
@@ -66,7 +66,7 @@ TEST(NmeaInterpreter, ChecksumRules) {
     for (const std::string& bad :
          {body + "48", kGga.substr(0, kGga.size() - 3), kGga.substr(0, kGga.size() - 1),
           std::string(), std::string("$")})
-        EXPECT_FALSE(nmea.FParse(bad)) << bad;
+        EXPECT_FALSE(nmea.parseSentence(bad)) << bad;
     EXPECT_EQ(nmea.events(), "");
 
     // A checksum with a letter in it counts in capitals only: sentences whose exclusive-or
@@ -86,8 +86,8 @@ TEST(NmeaInterpreter, ChecksumRules) {
         std::string lower = upper;
         for (char& c : lower)
             c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-        EXPECT_TRUE(nmea.FParse("$" + fields + "*" + upper)) << fields;
-        EXPECT_FALSE(nmea.FParse("$" + fields + "*" + lower)) << fields;
+        EXPECT_TRUE(nmea.parseSentence("$" + fields + "*" + upper)) << fields;
+        EXPECT_FALSE(nmea.parseSentence("$" + fields + "*" + lower)) << fields;
     }
     EXPECT_GE(withLetter, 5);
     nmea.events();
@@ -95,7 +95,7 @@ TEST(NmeaInterpreter, ChecksumRules) {
     // "$" anywhere is left out of the sum.
     std::string withDollar = kGga;
     withDollar.insert(10, "$");
-    EXPECT_TRUE(nmea.FParse(withDollar));
+    EXPECT_TRUE(nmea.parseSentence(withDollar));
 
     // Without a "*", every character is summed, the last two included, and compared with
     // those two; now and then a sentence passes that way. Each candidate is judged here by
@@ -111,7 +111,7 @@ TEST(NmeaInterpreter, ChecksumRules) {
                 for (unsigned char c : s.substr(1))
                     sum ^= c;
                 const bool rule = sum == std::stoul(std::string{*hi, *lo}, nullptr, 16);
-                ASSERT_EQ(nmea.FParse(s), rule) << s;
+                ASSERT_EQ(nmea.parseSentence(s), rule) << s;
                 const std::string events = nmea.events();
                 if (rule) { // the last three characters (",hh") are cut off as if "*hh"
                     EXPECT_EQ(events.substr(events.size() - 12), "FixObtained\n") << s;
@@ -123,7 +123,7 @@ TEST(NmeaInterpreter, ChecksumRules) {
     EXPECT_GT(refused, 700);
 }
 
-TEST(NmeaInterpreter, ErrorsLeaveFParseAfterTheEventsBeforeThem) {
+TEST(NmeaInterpreter, ErrorsLeaveParseSentenceAfterTheEventsBeforeThem) {
     Interpreter nmea;
     // Fourteen fields: the station ID (field 14) is past the end.
     EXPECT_EQ(nmea.error(Sentence("GPGGA,123519,4807.038,N,01131.000,E,1,08,0.9,545.4,M,46.9,M,3")),
@@ -199,7 +199,7 @@ TEST(NmeaInterpreter, HostileInputOnlyEverEndsInItsOwnErrors) {
                 body[rng() % body.size()] = static_cast<char>(rng() % 256);
         }
         try {
-            parsed += nmea.FParse(Sentence(body)) ? 1 : 0;
+            parsed += nmea.parseSentence(Sentence(body)) ? 1 : 0;
         } catch (const RuntimeError&) {
             ++errors;
         }
@@ -227,23 +227,25 @@ TEST(NmeaInterpreter, EverySatelliteSystemAndOneEpochOfSeveral) {
     Interpreter nmea;
     const std::string fix = "GGA,123519,4807.038,N,01131.000,E,1,08,0.9,545.4,M,46.9,M,,";
     for (const char* talker : {"GP", "GN", "GL", "GA", "GB", "BD", "GQ", "QZ"}) {
-        EXPECT_TRUE(nmea.FParse(Sentence(talker + fix))) << talker;
+        EXPECT_TRUE(nmea.parseSentence(Sentence(talker + fix))) << talker;
         EXPECT_EQ(nmea.Talker(), talker);
         EXPECT_EQ(valuesOf(nmea.events(), "HDOP"), "0.9");
     }
     for (const char* other : {"XX", "P", "GPX", "gp", "G"})
-        EXPECT_FALSE(nmea.FParse(Sentence(other + fix))) << other;
+        EXPECT_FALSE(nmea.parseSentence(Sentence(other + fix))) << other;
     for (const char* type : {"GLL,4916.45,N,12311.12,W,225444,A", "RMC,225446,A,4916.45,N",
                              "GSA,A,3,04", "GSV,1,1,01"})
-        EXPECT_TRUE(nmea.FParse(Sentence(std::string("BD") + type + ",,,,,,,,,,,,,,,,"))) << type;
+        EXPECT_TRUE(nmea.parseSentence(Sentence(std::string("BD") + type + ",,,,,,,,,,,,,,,,")))
+            << type;
     nmea.events();
 
     // One epoch: GPS in two messages, then BeiDou, whose number 1 is another satellite than
     // GPS 1. In view is the sum; the satellites are numbered on across the systems.
     Interpreter sky;
-    sky.FParse(Sentence("GPGSV,2,1,05,01,10,100,40,02,20,200,41,03,30,300,42,04,40,40,43,0"));
-    sky.FParse(Sentence("GPGSV,2,2,05,05,50,50,44,0"));
-    sky.FParse(Sentence("BDGSV,1,1,03,01,11,110,30,07,21,210,31,13,31,310,32,0"));
+    sky.parseSentence(
+        Sentence("GPGSV,2,1,05,01,10,100,40,02,20,200,41,03,30,300,42,04,40,40,43,0"));
+    sky.parseSentence(Sentence("GPGSV,2,2,05,05,50,50,44,0"));
+    sky.parseSentence(Sentence("BDGSV,1,1,03,01,11,110,30,07,21,210,31,13,31,310,32,0"));
     EXPECT_EQ(sky.CurrentSatellite().talker, "BD");
     std::string events = sky.events();
     EXPECT_EQ(valuesOf(events, "SatellitesInView"), "5 5 8");
@@ -251,21 +253,21 @@ TEST(NmeaInterpreter, EverySatelliteSystemAndOneEpochOfSeveral) {
               "1\t1\t100\t10\t40 2\t2\t200\t20\t41 3\t3\t300\t30\t42 4\t4\t40\t40\t43 "
               "5\t5\t50\t50\t44 6\t1\t110\t11\t30 7\t7\t210\t21\t31 8\t13\t310\t31\t32");
     // GPS reporting again begins the next epoch.
-    sky.FParse(Sentence("GPGSV,1,1,02,01,10,100,40,02,20,200,41"));
+    sky.parseSentence(Sentence("GPGSV,1,1,02,01,10,100,40,02,20,200,41"));
     EXPECT_EQ(valuesOf(sky.events(), "SatellitesInView"), "2");
     EXPECT_EQ(sky.SatellitesInView(), 2);
 
     // The GSA of one epoch, one per system, fill the channels on from the first one's.
-    nmea.FParse(Sentence("GNGSA,A,3,01,02,,04,,,,,,,,,1.5,0.9,1.2,1"));
+    nmea.parseSentence(Sentence("GNGSA,A,3,01,02,,04,,,,,,,,,1.5,0.9,1.2,1"));
     EXPECT_EQ(valuesOf(nmea.events(), "Ch"), "1 2 0 4 0 0 0 0 0 0 0 0");
-    nmea.FParse(Sentence("GNGSA,A,3,01,07,,,,,,,,,,,1.5,0.9,1.2,4"));
+    nmea.parseSentence(Sentence("GNGSA,A,3,01,07,,,,,,,,,,,1.5,0.9,1.2,4"));
     EXPECT_EQ(valuesOf(nmea.events(), "Ch"), "1 2 0 4 1 7 0 0 0 0 0 0");
-    nmea.FParse(Sentence("GNGSA,A,3,65,66,67,68,69,70,71,72,,,,,1.5,0.9,1.2,2"));
+    nmea.parseSentence(Sentence("GNGSA,A,3,65,66,67,68,69,70,71,72,,,,,1.5,0.9,1.2,2"));
     EXPECT_EQ(valuesOf(nmea.events(), "Ch"), "1 2 0 4 1 7 65 66 67 68 69 70");
     // The same system again, or a GSA after another sentence, is the next epoch.
-    nmea.FParse(Sentence("GNGSA,A,3,03,,,,,,,,,,,,1.5,0.9,1.2,2"));
+    nmea.parseSentence(Sentence("GNGSA,A,3,03,,,,,,,,,,,,1.5,0.9,1.2,2"));
     EXPECT_EQ(valuesOf(nmea.events(), "Ch"), "3 0 0 0 0 0 0 0 0 0 0 0");
-    nmea.FParse(Sentence("GP" + fix));
-    nmea.FParse(Sentence("GPGSA,A,3,,09,,,,,,,,,,,1.5,0.9,1.2"));
+    nmea.parseSentence(Sentence("GP" + fix));
+    nmea.parseSentence(Sentence("GPGSA,A,3,,09,,,,,,,,,,,1.5,0.9,1.2"));
     EXPECT_EQ(valuesOf(nmea.events(), "Ch"), "0 9 0 0 0 0 0 0 0 0 0 0");
 }

@@ -50,11 +50,11 @@ struct Bench {
         steps.S3.Ms = soundCard + gain * (kT0 + excessK + Te);
         for (Measurement* m : {&steps.S1, &steps.S2, &steps.S3})
             m->Rms = std::sqrt(m->Ms);
-        steps.CalcCalc();
+        steps.recalculate();
     }
 
     CalRxModel model() {
-        return CalRxModel(setup, steps.yfact, dialogs, [this] { steps.CalcCalc(); });
+        return CalRxModel(setup, steps.yfact, dialogs, [this] { steps.recalculate(); });
     }
 };
 
@@ -82,16 +82,16 @@ TEST(CalRxModel, CalibrateApplyRecalculateRoundTrip) {
             b.measure(excess, trueNf, lossDb);
             if (b.steps.yfact < 1.001) // a source lost in the noise: nothing to calibrate
                 continue;
-            ASSERT_TRUE(b.commands.MenuCalRx) << i;
+            ASSERT_TRUE(b.commands.calibrateRxEnabled) << i;
 
             CalRxModel m = b.model();
-            m.Form_Load();
-            m.Source_Click(source);
+            m.open();
+            m.chooseSource(source);
             m.CalLevel = Format(level, "0.000000");
-            m.CalLevel_Change();
-            ASSERT_TRUE(m.ApplyEnabled) << i << " " << m.lblStatus;
+            m.calibrationLevelChanged();
+            ASSERT_TRUE(m.ApplyEnabled) << i << " " << m.statusText;
             EXPECT_NEAR(*m.result.receiverNfDb, trueNf, 1e-6) << i;
-            m.Apply_Click();
+            m.applyCalibration();
             EXPECT_TRUE(m.CloseRequested);
             EXPECT_EQ(b.setup.RxNF, Format(trueNf, "0.00")) << i;
 
@@ -113,39 +113,39 @@ TEST(CalRxModel, LevelChecksRefusalsApplyAndCancel) {
     b.measure(10 * kT0, 6.0, 0.0);
     int recalculated = 0;
     CalRxModel m(b.setup, b.steps.yfact, b.dialogs, [&] { ++recalculated; });
-    m.Form_Load();
+    m.open();
     // A 6 dB receiver has F = 3.98: Y = 1 + 10 / F.
-    EXPECT_EQ(m.lblYFactor, Format(10 * std::log10(1 + 10 / std::pow(10.0, 0.6)), "0.00"));
+    EXPECT_EQ(m.yFactorText, Format(10 * std::log10(1 + 10 / std::pow(10.0, 0.6)), "0.00"));
     for (const char* bad : {"", "abc", "12dB", "-"}) {
         m.CalLevel = bad;
-        m.CalLevel_Change();
+        m.calibrationLevelChanged();
         EXPECT_FALSE(m.ApplyEnabled) << bad;
-        EXPECT_EQ(m.lblReceiverNF, "") << bad;
+        EXPECT_EQ(m.receiverNfText, "") << bad;
         EXPECT_TRUE(b.dialogs.messages.empty()); // typing never brings up a box
         bool cancel = false;
-        m.CalLevel_Validate(cancel);
+        m.calibrationLevelLeft(cancel);
         EXPECT_TRUE(cancel && m.CalLevelFocus) << bad;
         m.CalLevelFocus = false;
         EXPECT_EQ(b.dialogs.texts(), std::vector<std::string>{"Level must be a number"});
         EXPECT_EQ(b.dialogs.messages.back().title, "Value error:");
-        m.Apply_Click(); // refuses the same way and changes nothing
+        m.applyCalibration(); // refuses the same way and changes nothing
         EXPECT_EQ(b.dialogs.messages.size(), 2u);
         EXPECT_FALSE(m.CloseRequested);
         b.dialogs.messages.clear();
     }
 
     // A level so low that the system would need a temperature below absolute zero.
-    m.Source_Click(CalSource::ExcessNoiseRatio);
+    m.chooseSource(CalSource::ExcessNoiseRatio);
     m.CalLevel = "-4000";
-    m.CalLevel_Change();
-    EXPECT_EQ(m.lblStatus, CalRxModel::kNotPhysical);
+    m.calibrationLevelChanged();
+    EXPECT_EQ(m.statusText, CalRxModel::kNotPhysical);
     EXPECT_FALSE(m.ApplyEnabled);
-    m.Apply_Click();
+    m.applyCalibration();
     m.CalLevel = " 1e1 ";
-    m.CalLevel_Change();
-    EXPECT_EQ(m.lblStatus, "");
-    EXPECT_EQ(m.lblReceiverNF, "6.00");
-    m.Cancel_Click();
+    m.calibrationLevelChanged();
+    EXPECT_EQ(m.statusText, "");
+    EXPECT_EQ(m.receiverNfText, "6.00");
+    m.cancelPressed();
     EXPECT_TRUE(m.CloseRequested);
     EXPECT_EQ(b.setup.RxNF, "0.00");
     EXPECT_EQ(recalculated, 0);
@@ -153,15 +153,15 @@ TEST(CalRxModel, LevelChecksRefusalsApplyAndCancel) {
     // Step 3 below step 2: the calculation still gives results, but the source made no rise.
     Bench weak;
     weak.measure(-0.2 * kT0 * std::pow(10.0, 0.6), 6.0, 0.0);
-    ASSERT_TRUE(weak.commands.MenuCalRx);
+    ASSERT_TRUE(weak.commands.calibrateRxEnabled);
     CalRxModel w = weak.model();
-    w.Form_Load();
-    EXPECT_EQ(w.lblStatus, CalRxModel::kTooWeak); // before any level is typed
-    EXPECT_EQ(w.lblYFactor, "-0.97");
+    w.open();
+    EXPECT_EQ(w.statusText, CalRxModel::kTooWeak); // before any level is typed
+    EXPECT_EQ(w.yFactorText, "-0.97");
     w.CalLevel = "-80";
-    w.CalLevel_Change();
+    w.calibrationLevelChanged();
     EXPECT_FALSE(w.ApplyEnabled);
-    EXPECT_EQ(w.lblReceiverNF, "");
+    EXPECT_EQ(w.receiverNfText, "");
 }
 
 TEST(CalRxModel, UsesTheDecimalSeparator) {
@@ -172,11 +172,11 @@ TEST(CalRxModel, UsesTheDecimalSeparator) {
     b.setup.Loss = "0,5";
     b.measure(20 * kT0, 7.25, 3.0);
     CalRxModel m(
-        b.setup, b.steps.yfact, b.dialogs, [&] { b.steps.CalcCalc(); }, ',');
-    m.Source_Click(CalSource::ExcessNoiseRatio);
+        b.setup, b.steps.yfact, b.dialogs, [&] { b.steps.recalculate(); }, ',');
+    m.chooseSource(CalSource::ExcessNoiseRatio);
     m.CalLevel = Format(10 * std::log10(20.0), "0.000000", ',');
-    m.CalLevel_Change();
-    EXPECT_EQ(m.lblReceiverNF, "7,25");
-    m.Apply_Click();
+    m.calibrationLevelChanged();
+    EXPECT_EQ(m.receiverNfText, "7,25");
+    m.applyCalibration();
     EXPECT_EQ(b.setup.RxNF, "7,25");
 }

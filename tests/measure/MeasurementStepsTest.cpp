@@ -117,8 +117,9 @@ TEST(MeasurementSteps, GoodObservationFillsBothGridsAndEnablesOutputs) {
     EXPECT_NEAR(std::stod(b.steps.gridCalc.Text(10)),
                 fa + 20 * std::log10(7.0) + 10 * std::log10(2700.0) - 99.0 + 2.15, 0.15);
     EXPECT_FALSE(b.steps.gridCalc.Text(19).empty());
-    EXPECT_TRUE(b.commands.RTSVB && b.commands.MenuSaveTsv && b.commands.MenuTransfer &&
-                b.commands.MenuCalRx && b.commands.MenuExportGnuplot);
+    EXPECT_TRUE(b.commands.recordTsvButtonEnabled && b.commands.recordTsvEnabled &&
+                b.commands.transferEnabled && b.commands.calibrateRxEnabled &&
+                b.commands.exportGnuplotEnabled);
 
     // The observation is stamped by the recording.
     EXPECT_EQ(b.steps.observation.ObsTime.size(), 14u);
@@ -134,21 +135,22 @@ TEST(MeasurementSteps, GoodObservationFillsBothGridsAndEnablesOutputs) {
         EXPECT_EQ(b.steps.gridMeas.Text(row, 2) + b.steps.gridMeas.Text(row, 3), "");
     EXPECT_TRUE(gridCalcEmpty(b.steps));
     EXPECT_TRUE(b.commands.Step2);
-    EXPECT_FALSE(b.commands.Step3 || b.commands.MenuCopyTextClip);
+    EXPECT_FALSE(b.commands.Step3 || b.commands.copyTextEnabled);
     EXPECT_EQ(b.steps.S3.Ms, 0.0);
 }
 
 TEST(MeasurementSteps, EveryResetDisablesEveryOutputOfResults) {
-    for (auto reset : {&MeasurementSteps::Reset1, &MeasurementSteps::Reset2,
-                       &MeasurementSteps::Reset3, &MeasurementSteps::ResetCalc}) {
+    for (auto reset : {&MeasurementSteps::resetFromStep1, &MeasurementSteps::resetFromStep2,
+                       &MeasurementSteps::resetFromStep3, &MeasurementSteps::resetResults}) {
         Bench b;
         b.options.Verbose = false;
         b.runAllSteps();
-        ASSERT_TRUE(b.commands.RTSVB && b.commands.MenuSaveTsv);
+        ASSERT_TRUE(b.commands.recordTsvButtonEnabled && b.commands.recordTsvEnabled);
         (b.steps.*reset)();
         const CommandStates& c = b.commands;
-        EXPECT_FALSE(c.RTSVB || c.MenuSaveTsv || c.MenuSaveText || c.MenuTransfer ||
-                     c.MenuCopyTextClip || c.MenuSendText || c.MenuCalRx || c.MenuExportGnuplot);
+        EXPECT_FALSE(c.recordTsvButtonEnabled || c.recordTsvEnabled || c.saveTextEnabled ||
+                     c.transferEnabled || c.copyTextEnabled || c.sendTextEnabled ||
+                     c.calibrateRxEnabled || c.exportGnuplotEnabled);
         EXPECT_TRUE(gridCalcEmpty(b.steps));
     }
 }
@@ -226,7 +228,7 @@ TEST(MeasurementSteps, AgcThresholdExceededMarksTheReadingAndLeavesNoResults) {
     EXPECT_EQ(b.steps.gridMeas.Colour(2, 3), CellColour::Red);
     EXPECT_TRUE(b.steps.S3.OverThreshold);
     EXPECT_TRUE(gridCalcEmpty(b.steps));
-    EXPECT_FALSE(b.commands.RTSVB || b.commands.MenuSaveTsv);
+    EXPECT_FALSE(b.commands.recordTsvButtonEnabled || b.commands.recordTsvEnabled);
 
     // The receiver reading far above the external one marks the receiver's instead.
     Bench c;
@@ -261,8 +263,8 @@ TEST(MeasurementSteps, LimitsOffShowsResultsInRedAndKeepsOutputsDisabled) {
     b.runAllSteps();
     EXPECT_FALSE(b.steps.gridCalc.Text(9).empty());
     EXPECT_EQ(b.steps.gridCalc.Colour(9), CellColour::Red);
-    EXPECT_FALSE(b.commands.RTSVB);
-    EXPECT_FALSE(b.commands.MenuSaveText);
+    EXPECT_FALSE(b.commands.recordTsvButtonEnabled);
+    EXPECT_FALSE(b.commands.saveTextEnabled);
 }
 
 // Everything a step may change, as one comparable text.
@@ -272,8 +274,9 @@ std::string snapshot(const Bench& b) {
         for (int i = 0; i < g->Rows() * g->Columns(); ++i)
             out << g->Text(i) << '/' << static_cast<int>(g->Colour(i)) << ' ';
     const CommandStates& c = b.commands;
-    out << c.Step2 << c.Step3 << c.MenuCalRx << c.MenuSaveText << c.MenuExportGnuplot
-        << c.MenuSaveTsv << c.MenuSendText << c.MenuTransfer << c.MenuCopyTextClip << c.RTSVB;
+    out << c.Step2 << c.Step3 << c.calibrateRxEnabled << c.saveTextEnabled << c.exportGnuplotEnabled
+        << c.recordTsvEnabled << c.sendTextEnabled << c.transferEnabled << c.copyTextEnabled
+        << c.recordTsvButtonEnabled;
     const Observation& o = b.steps.observation;
     out << o.ObsTime << o.ObsLat << o.ObsLon << o.durationSeconds << b.steps.shownTitle;
     for (const Measurement* m : {&b.steps.S1, &b.steps.S2, &b.steps.S3})
@@ -313,12 +316,12 @@ TEST(MeasurementSteps, ArithmeticFailureShowsTheCalculationError) {
     b.options.Verbose = false;
     b.runAllSteps();
     b.setup.RxNF = "5000";
-    b.steps.CalcCalc();
+    b.steps.recalculate();
     ASSERT_EQ(b.dialogs.messages.size(), 1u);
     EXPECT_EQ(b.dialogs.messages[0].text, "Value error:");
     EXPECT_EQ(b.dialogs.messages[0].title, "Calculation error, check input values on form");
     EXPECT_TRUE(gridCalcEmpty(b.steps));
-    EXPECT_FALSE(b.commands.RTSVB);
+    EXPECT_FALSE(b.commands.recordTsvButtonEnabled);
 }
 
 // Every judgement also in words, on the coloured cell and as the step's verdict, with the

@@ -89,7 +89,7 @@ TEST(Associate, WritesMimeTypeAndDesktopEntryInTheDataHomeThenRefreshesTheDeskto
     ScopedEnv xdg("XDG_DATA_HOME", data.string().c_str());
     const std::string exe = "/opt/my tools/ZAV app/zav";
     test::FakeShell shell;
-    ASSERT_TRUE(MenuAssociate_Click(exe, shell));
+    ASSERT_TRUE(associateFileTypes(exe, shell));
 
     // (The XML itself is judged by the real database tool below.)
     EXPECT_TRUE(fs::exists(data / "mime" / "packages" / "zav.xml"));
@@ -173,7 +173,7 @@ TEST(XdgDataHome, AbsoluteSettingElseTheHomeFolder) {
         ScopedEnv home("HOME", nullptr);
         EXPECT_EQ(XdgDataHome(), "");
         test::FakeShell shell;
-        EXPECT_FALSE(MenuAssociate_Click("/usr/bin/zav", shell));
+        EXPECT_FALSE(associateFileTypes("/usr/bin/zav", shell));
     }
 }
 

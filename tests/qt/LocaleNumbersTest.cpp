@@ -18,9 +18,9 @@ namespace fs = std::filesystem;
 namespace {
 
 struct NoEvents : SetupEvents {
-    void CalcCalc() override {}
-    void Reset1() override {}
-    void Reset3() override {}
+    void recalculate() override {}
+    void resetFromStep1() override {}
+    void resetFromStep3() override {}
     std::optional<double> AntennaValueAt(double) override { return std::nullopt; }
     void UnloadAntennaFile() override {}
     void LoadAntennaFile() override {}

@@ -197,8 +197,8 @@ struct ServerTransfer {
     TransferModel transfer() {
         TransferModel m(fixture.source(), settings, history,
                         {http, xml, mailer, clipboard, dialogs});
-        m.Form_Load();
-        m.OKButton_Click();
+        m.open();
+        m.okPressed();
         return m;
     }
 };
@@ -212,15 +212,15 @@ TEST(TransferOverHttp, AcceptedWithReceiptExactBodyAndNoSecondRequest) {
                         "<receipt>ZAV-000123</receipt></result>");
     TransferModel accepted = t.transfer();
     EXPECT_EQ(accepted.Message, "Receipt: ZAV-000123");
-    EXPECT_EQ(accepted.OKButtonCaption, "Done");
-    EXPECT_TRUE(accepted.OKButtonVisible);
-    EXPECT_FALSE(accepted.CancelButtonVisible);
+    EXPECT_EQ(accepted.okCaption, "Done");
+    EXPECT_TRUE(accepted.okVisible);
+    EXPECT_FALSE(accepted.cancelVisible);
     ASSERT_EQ(t.server.requests.size(), 1u);
     EXPECT_EQ(t.server.requests[0].method, "POST");
     EXPECT_EQ(t.server.requests[0].path, "/collect.php");
     EXPECT_EQ(t.server.requests[0].contentType, "application/x-www-form-urlencoded");
     EXPECT_EQ(t.server.requests[0].body, expectedBody(t.fixture));
-    accepted.OKButton_Click(); // "Done" closes and sends nothing
+    accepted.okPressed(); // "Done" closes and sends nothing
     EXPECT_TRUE(accepted.CloseRequested);
 
     EXPECT_EQ(t.transfer().Message,
@@ -253,9 +253,9 @@ TEST(TransferOverHttp, RefusalsAndFailuresShowTheirMessages) {
         EXPECT_EQ(m.Message, c.message);
         EXPECT_EQ(t.server.requests.size(), 1u);
         EXPECT_TRUE(t.history.lastObsTime.empty());
-        EXPECT_FALSE(m.OKButtonVisible); // until the address box is left again
-        m.URL_LostFocus();
-        EXPECT_TRUE(m.OKButtonVisible);
+        EXPECT_FALSE(m.okVisible); // until the address box is left again
+        m.urlLeft();
+        EXPECT_TRUE(m.okVisible);
     }
 }
 
@@ -277,7 +277,7 @@ TEST(TransferOverHttp, EachPressSendsOnceAndAFailureSaysHowFarItGot) {
         t.settings.URL = c.url;
         TransferModel m = t.transfer();
         EXPECT_EQ(m.Message, c.message);
-        EXPECT_TRUE(m.OKButtonVisible);
+        EXPECT_TRUE(m.okVisible);
         EXPECT_TRUE(t.history.lastObsTime.empty());
     }
     {
@@ -287,7 +287,7 @@ TEST(TransferOverHttp, EachPressSendsOnceAndAFailureSaysHowFarItGot) {
         TransferModel m = t.transfer();
         EXPECT_EQ(m.Message, "Error: HTTP status code:0 (secure connection (TLS) with " +
                                  t.server.hostAndPath("") + " failed)");
-        EXPECT_TRUE(m.OKButtonVisible);
+        EXPECT_TRUE(m.okVisible);
         EXPECT_TRUE(t.server.requests.empty());
     }
 
@@ -313,7 +313,7 @@ TEST(TransferOverHttp, EachPressSendsOnceAndAFailureSaysHowFarItGot) {
         EXPECT_EQ(m.Message, "Error: HTTP status code:0 (" + cause +
                                  "). The observation may have arrived at the server; it was "
                                  "not sent again.");
-        EXPECT_FALSE(m.OKButtonVisible);
+        EXPECT_FALSE(m.okVisible);
         EXPECT_EQ(t.server.requests.size(), 1u);
         EXPECT_TRUE(t.history.lastReceipt.empty());
         QElapsedTimer settle; // anything resent would arrive now
@@ -328,10 +328,10 @@ TEST(TransferOverHttp, EachPressSendsOnceAndAFailureSaysHowFarItGot) {
     t.server.reply(200, reply);
     TransferModel m(t.fixture.source(), t.settings, t.history,
                     {t.http, t.xml, t.mailer, t.clipboard, t.dialogs});
-    m.Form_Load();
+    m.open();
     int pressesInside = 0;
-    t.http.waitStarted = [&] { ++pressesInside, m.OKButton_Click(); };
-    m.OKButton_Click();
+    t.http.waitStarted = [&] { ++pressesInside, m.okPressed(); };
+    m.okPressed();
     EXPECT_EQ(pressesInside, 1);
     EXPECT_EQ(m.Message, "Receipt: ZAV-000123");
     EXPECT_EQ(t.server.requests.size(), 1u);

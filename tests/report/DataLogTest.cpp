@@ -80,13 +80,18 @@ TEST(DataLog, AFailedAppendLeavesTheFileAsItWasSaysWhyAndLeavesTheCommandsEnable
     test::FakeClipboard clipboard;
     test::FakeMailer mailer;
     ObservationOutputs outputs([&f] { return f.source(); }, commands, {dialogs, clipboard, mailer});
-    const auto enable = [&commands] { commands.MenuSaveTsv = commands.RTSVB = true; };
-    const auto enabled = [&commands] { return commands.MenuSaveTsv && commands.RTSVB; };
+    const auto enable = [&commands] {
+        commands.recordTsvEnabled = commands.recordTsvButtonEnabled = true;
+    };
+    const auto enabled = [&commands] {
+        return commands.recordTsvEnabled && commands.recordTsvButtonEnabled;
+    };
     const fs::path log = dir.path / "log.tab";
     outputs.TsvFileName = log.string();
     enable();
-    outputs.MenuSaveTsv_Click();
-    EXPECT_FALSE(commands.MenuSaveTsv || commands.RTSVB); // one observation, one row
+    outputs.recordTsv();
+    EXPECT_FALSE(commands.recordTsvEnabled ||
+                 commands.recordTsvButtonEnabled); // one observation, one row
     EXPECT_EQ(outputs.focus, FocusTarget::Step3);
     enable(); // the next calculation
     outputs.focus = FocusTarget::Unchanged;
@@ -95,7 +100,7 @@ TEST(DataLog, AFailedAppendLeavesTheFileAsItWasSaysWhyAndLeavesTheCommandsEnable
 
     for (const fs::path& unopenable : {dir.path / "missing" / "log.tab", dir.path}) {
         outputs.TsvFileName = unopenable.string();
-        outputs.MenuSaveTsv_Click();
+        outputs.recordTsv();
         EXPECT_TRUE(enabled()) << unopenable;
         ASSERT_FALSE(dialogs.messages.empty());
         EXPECT_NE(dialogs.messages.back().text.find(unopenable.string()), std::string::npos);
@@ -109,7 +114,7 @@ TEST(DataLog, AFailedAppendLeavesTheFileAsItWasSaysWhyAndLeavesTheCommandsEnable
     outputs.TsvFileName = log.string();
     {
         test::FileSizeLimit full(earlier.size() + 10);
-        outputs.MenuSaveTsv_Click();
+        outputs.recordTsv();
     }
     EXPECT_TRUE(enabled());
     EXPECT_EQ(outputs.focus, FocusTarget::Unchanged);
@@ -117,7 +122,7 @@ TEST(DataLog, AFailedAppendLeavesTheFileAsItWasSaysWhyAndLeavesTheCommandsEnable
     EXPECT_NE(dialogs.messages.back().text.find("File too large"), std::string::npos)
         << dialogs.messages.back().text;
 
-    outputs.MenuSaveTsv_Click();
+    outputs.recordTsv();
     EXPECT_FALSE(enabled());
     EXPECT_EQ(test::ReadFile(log), earlier + row);
     EXPECT_EQ(dialogs.messages.size(), 3u);
@@ -134,7 +139,7 @@ TEST(ObservationOutputs, ASavedReportIsWholeOrTheFailureSaysWhy) {
     ObservationOutputs outputs([&f] { return f.source(); }, commands, {dialogs, clipboard, mailer});
     const fs::path report = dir.path / "report.txt";
     dialogs.files = {report.string(), report.string()};
-    outputs.MenuSaveText_Click();
+    outputs.saveText();
     const std::string saved = test::ReadFile(report);
     EXPECT_FALSE(saved.empty());
     EXPECT_TRUE(dialogs.messages.empty());
@@ -142,7 +147,7 @@ TEST(ObservationOutputs, ASavedReportIsWholeOrTheFailureSaysWhy) {
     std::ofstream(report) << "old";
     {
         test::FileSizeLimit full(saved.size() / 2);
-        outputs.MenuSaveText_Click();
+        outputs.saveText();
     }
     EXPECT_EQ(test::ReadFile(report), "old");
     EXPECT_EQ(dialogs.texts(), std::vector<std::string>{"Error: the report could not be saved: "
@@ -156,21 +161,21 @@ TEST(DataLog, NoOutputLeavesWithoutResultsWhateverTheCommandsSay) {
     test::ReportFixture f;
     f.gridCalc = ResultGrid::MakeCalcGrid(); // the results a reset cleared
     CommandStates commands;
-    commands.SetOutputCommands(true);
-    commands.RTSVB = true; // a view that missed the reset
+    commands.enableOutputCommands(true);
+    commands.recordTsvButtonEnabled = true; // a view that missed the reset
     test::FakeDialogs dialogs;
     test::FakeClipboard clipboard;
     test::FakeMailer mailer;
     ObservationOutputs outputs([&f] { return f.source(); }, commands, {dialogs, clipboard, mailer});
     outputs.TsvFileName = (dir.path / "log.tab").string();
-    outputs.MenuSaveTsv_Click();
-    outputs.MenuSaveText_Click();
-    outputs.MenuCopyTextClip_Click();
-    outputs.MenuSendText_Click();
+    outputs.recordTsv();
+    outputs.saveText();
+    outputs.copyText();
+    outputs.sendText();
     EXPECT_FALSE(fs::exists(dir.path / "log.tab"));
     EXPECT_TRUE(dialogs.fileRequests.empty() && clipboard.texts.empty() && mailer.sent.empty());
 
     f.gridCalc.SetText(2, 2, "12.3"); // one result is enough to log
-    outputs.MenuSaveTsv_Click();
+    outputs.recordTsv();
     EXPECT_TRUE(fs::exists(dir.path / "log.tab"));
 }

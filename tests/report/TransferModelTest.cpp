@@ -38,7 +38,7 @@ struct TransferRig {
     }
     TransferModel open() {
         TransferModel m(source, settings, history, {http, xml, mailer, clipboard, dialogs});
-        m.Form_Load();
+        m.open();
         return m;
     }
 };
@@ -107,61 +107,61 @@ TEST(TransferModel, LoadShowsNoticeAndOkOnlyWithAnAddressForTheChosenWay) {
     TransferRig rig;
     TransferModel m = rig.open();
     EXPECT_EQ(m.username + "|" + m.password, "alice|p&ss word");
-    EXPECT_TRUE(m.OptionOnline && !m.OptionEmail && m.OKButtonVisible);
-    EXPECT_EQ(m.OKButtonCaption, "OK");
+    EXPECT_TRUE(m.sendOnline && !m.sendByEmail && m.okVisible);
+    EXPECT_EQ(m.okCaption, "OK");
     EXPECT_EQ(m.Message.rfind("This facility is for transfer of the data from the main ZAV "
                               "form, this form, and the IP address",
                               0),
               0u);
 
     rig.settings.URL.clear();
-    EXPECT_FALSE(rig.open().OKButtonVisible);
+    EXPECT_FALSE(rig.open().okVisible);
     rig.settings.online = false; // e-mail: the collecting address decides
-    EXPECT_TRUE(rig.open().OKButtonVisible);
+    EXPECT_TRUE(rig.open().okVisible);
     rig.settings.AtfEmail.clear();
     TransferModel mail = rig.open();
-    EXPECT_TRUE(mail.OptionEmail);
-    EXPECT_FALSE(mail.OKButtonVisible);
+    EXPECT_TRUE(mail.sendByEmail);
+    EXPECT_FALSE(mail.okVisible);
 
     // The options and leaving the address boxes keep OK honest.
     mail.URL = "h/p";
-    mail.OptionOnline_Click();
-    EXPECT_TRUE(mail.OKButtonVisible);
-    mail.OptionEmail_Click();
-    EXPECT_FALSE(mail.OKButtonVisible);
+    mail.chooseOnline();
+    EXPECT_TRUE(mail.okVisible);
+    mail.chooseEmail();
+    EXPECT_FALSE(mail.okVisible);
     mail.AtfEmail = "x@y";
-    mail.AtfEmail_LostFocus();
-    EXPECT_TRUE(mail.OKButtonVisible);
+    mail.collectingAddressLeft();
+    EXPECT_TRUE(mail.okVisible);
     mail.URL.clear();
-    mail.URL_LostFocus();
-    EXPECT_FALSE(mail.OKButtonVisible);
+    mail.urlLeft();
+    EXPECT_FALSE(mail.okVisible);
     // Typing follows at once, so OK is there for a click straight from another box.
     mail.URL = "h";
-    mail.URL_Change();
-    EXPECT_TRUE(mail.OKButtonVisible);
+    mail.urlEdited();
+    EXPECT_TRUE(mail.okVisible);
     mail.AtfEmail.clear();
-    mail.AtfEmail_Change();
-    EXPECT_FALSE(mail.OKButtonVisible);
+    mail.collectingAddressEdited();
+    EXPECT_FALSE(mail.okVisible);
 }
 
 TEST(TransferModel, StarredUserNameSetsTheServerDebugFlagForTheRestOfTheRun) {
     TransferRig rig;
     rig.settings.username = "*alice";
     TransferModel m = rig.open();
-    m.OKButton_Click();
+    m.okPressed();
     const std::string account =
         "&username=alice&password=p%26ss+word&Email=me%40example%2Eorg&client=1&debug=1";
     ASSERT_EQ(rig.http.requests.size(), 1u);
     EXPECT_EQ(rig.http.requests[0].body, PostVars(rig.source) + account);
     EXPECT_EQ(rig.http.requests[0].contentType, "application/x-www-form-urlencoded");
     EXPECT_EQ(m.username, "*alice"); // the box keeps what was typed
-    m.Form_Unload();
+    m.close();
     EXPECT_EQ(rig.settings.username, "*alice");
 
     rig.settings.username = "bob";
     rig.fixture.observation.ObsTime = "20261121100000";
     TransferModel later = rig.open();
-    later.OKButton_Click();
+    later.okPressed();
     const std::string second = rig.http.requests.at(1).body;
     EXPECT_NE(second.find("&username=bob&"), std::string::npos);
     EXPECT_EQ(second.substr(second.size() - 8), "&debug=1");
@@ -172,7 +172,7 @@ TEST(TransferModel, EmailVariantMailsAccountAndReportThenClosesAndCountsAsTransf
     rig.settings.online = false;
     rig.settings.username = "*alice";
     TransferModel m = rig.open();
-    m.OKButton_Click();
+    m.okPressed();
     EXPECT_TRUE(rig.http.requests.empty());
     ASSERT_EQ(rig.mailer.sent.size(), 1u);
     const MailMessage& mail = rig.mailer.sent[0];
@@ -185,7 +185,7 @@ TEST(TransferModel, EmailVariantMailsAccountAndReportThenClosesAndCountsAsTransf
     EXPECT_EQ(rig.history.lastReceipt, "by Email");
 
     TransferModel again = rig.open();
-    again.OKButton_Click();
+    again.okPressed();
     EXPECT_EQ(again.Message, "Error: observation already succesfully transfered, receipt by Email");
     EXPECT_EQ(rig.mailer.sent.size(), 1u);
 }
@@ -195,7 +195,7 @@ TEST(TransferModel, MailHandOffFailureSaysSoAndTransfersNothing) {
     rig.settings.online = false;
     rig.mailer.accepts = false;
     TransferModel m = rig.open();
-    m.OKButton_Click();
+    m.okPressed();
     ASSERT_EQ(rig.dialogs.messages.size(), 1u);
     EXPECT_EQ(rig.dialogs.messages[0].text, "Error: unable to perform MAPI login.");
     EXPECT_EQ(rig.dialogs.messages[0].icon, MessageIcon::Critical);
@@ -203,7 +203,7 @@ TEST(TransferModel, MailHandOffFailureSaysSoAndTransfersNothing) {
     EXPECT_TRUE(rig.history.lastObsTime.empty());
 }
 
-TEST(TransferModel, UnloadWritesTheBoxesBackAndDoubleClickCopiesTheMessage) {
+TEST(TransferModel, ClosingWritesTheBoxesBackAndDoubleClickCopiesTheMessage) {
     TransferRig rig;
     TransferModel m = rig.open();
     m.username = "carol";
@@ -211,16 +211,16 @@ TEST(TransferModel, UnloadWritesTheBoxesBackAndDoubleClickCopiesTheMessage) {
     m.Email = "c@d";
     m.URL = "other/p";
     m.AtfEmail = "e@f";
-    m.OptionEmail_Click();
-    m.CancelButton_Click();
+    m.chooseEmail();
+    m.cancelPressed();
     EXPECT_TRUE(m.CloseRequested);
-    m.Form_Unload();
+    m.close();
     const TransferSettings& t = rig.settings;
     EXPECT_EQ(t.username + "|" + t.password + "|" + t.Email + "|" + t.URL + "|" + t.AtfEmail,
               "carol|x|c@d|other/p|e@f");
     EXPECT_FALSE(t.online);
 
-    m.Message_DblClick();
+    m.copyMessage();
     ASSERT_EQ(rig.clipboard.texts.size(), 1u);
     EXPECT_EQ(rig.clipboard.texts[0], m.Message);
 }

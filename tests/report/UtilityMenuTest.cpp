@@ -33,20 +33,20 @@ TEST(SoundControls, TriesTheNextProgramUntilOneStarts) {
     const auto launchers = SoundPanelLaunchers(SoundPanel::Devices);
     FakeShell none;
     none.failures = 1000;
-    SoundControls(none).mnuMMSYS_Click();
+    SoundControls(none).openSoundDevices();
     EXPECT_EQ(none.runs.size(), launchers.size()); // each tried once, then silence
 
     FakeShell second;
     second.failures = 1;
-    SoundControls(second).mnuMMSYS_Click();
+    SoundControls(second).openSoundDevices();
     ASSERT_EQ(second.runs.size(), std::min<std::size_t>(2, launchers.size()));
     EXPECT_EQ(second.runs.back().rfind(launchers[second.runs.size() - 1].program, 0), 0u);
 #if !defined(_WIN32) && !defined(__APPLE__)
     FakeShell tabs;
     SoundControls controls(tabs);
-    controls.MenuSCCP_Click();
-    controls.MenuSCCR_Click();
-    controls.mnuMMSYS_Click();
+    controls.openPlaybackMixer();
+    controls.openRecordingMixer();
+    controls.openSoundDevices();
     EXPECT_EQ(tabs.runs, (std::vector<std::string>{"pavucontrol --tab=1", "pavucontrol --tab=2",
                                                    "pavucontrol --tab=4"}));
 #endif

@@ -67,7 +67,7 @@ TEST(WaveformExports, SampleTableTimesAndVoltagesAsFormatted) {
     samples[2] = 32767;
     samples[3] = -1;
     e.record(samples, 8000);
-    e.model.MenuCopyWaveClip_Click();
+    e.model.copyWaveSamples();
     ASSERT_EQ(e.clipboard.texts.size(), 1u);
     const auto lines = crlfLines(e.clipboard.texts[0]);
     ASSERT_EQ(lines.size(), 8001u);
@@ -80,7 +80,7 @@ TEST(WaveformExports, SampleTableTimesAndVoltagesAsFormatted) {
     EXPECT_TRUE(e.dialogs.fileRequests.empty());
 
     e.model.decimalSeparator = ',';
-    e.model.MenuCopyWaveClip_Click();
+    e.model.copyWaveSamples();
     EXPECT_EQ(crlfLines(e.clipboard.texts.at(1))[2], "0,000125\t0,500000");
 }
 
@@ -92,7 +92,7 @@ TEST(WaveformExports, GnuplotScriptRoundTripsEverySample) {
     e.record(samples, 44100);
     const fs::path script = e.dir / "out.plt";
     e.dialogs.files.push_back(script.string());
-    e.model.MenuExportGnuplot_Click();
+    e.model.exportGnuplot();
 
     ASSERT_EQ(e.dialogs.fileRequests.size(), 1u);
     const FileDialogRequest& request = e.dialogs.fileRequests[0];
@@ -127,11 +127,11 @@ TEST(WaveformExports, NothingToExportShowsNoDialog) {
     Exports e;
     test::WriteBytes(e.source.wavePath, test::WaveHeader{}.Bytes()); // a header, no samples
     e.dialogs.files.push_back((e.dir / "x.plt").string());
-    e.model.MenuExportGnuplot_Click();
-    e.model.MenuCopyWaveClip_Click();
+    e.model.exportGnuplot();
+    e.model.copyWaveSamples();
     bool shown = false;
     e.model.showPlot = [&](WavePlot) { shown = true; };
-    e.model.MenuPlotWave_Click();
+    e.model.plotWave();
     EXPECT_TRUE(e.dialogs.fileRequests.empty());
     EXPECT_TRUE(e.dialogs.messages.empty());
     EXPECT_TRUE(e.clipboard.texts.empty());
@@ -142,7 +142,7 @@ TEST(WaveformExports, NothingToExportShowsNoDialog) {
     test::WaveHeader stereo;
     stereo.align = 4;
     test::WriteBytes(e.source.wavePath, stereo.Bytes({1, 2, 3, 4}));
-    e.model.MenuExportGnuplot_Click();
+    e.model.exportGnuplot();
     EXPECT_TRUE(e.dialogs.fileRequests.empty());
     EXPECT_EQ(e.dialogs.texts(), std::vector<std::string>{"Unsupported WAVE file format."});
 
@@ -150,7 +150,7 @@ TEST(WaveformExports, NothingToExportShowsNoDialog) {
     test::WaveHeader cut;
     cut.dataSize = 2000;
     test::WriteBytes(e.source.wavePath, cut.Bytes({100, 200, 300}) + '\x01');
-    e.model.MenuCopyWaveClip_Click();
+    e.model.copyWaveSamples();
     ASSERT_EQ(e.clipboard.texts.size(), 1u);
     EXPECT_EQ(crlfLines(e.clipboard.texts[0]).size(), 4u);
 }
@@ -161,7 +161,7 @@ TEST(WaveformExports, SaveWaveCopiesAndFailuresSayWhyLeavingTheOldFile) {
     const fs::path target = e.dir / "copy.wav";
     std::ofstream(target) << "an older and much longer file than nothing at all";
     e.dialogs.files.push_back(target.string());
-    e.model.MenuSaveWave_Click();
+    e.model.saveWave();
     ASSERT_EQ(e.dialogs.fileRequests.size(), 1u);
     EXPECT_EQ(e.dialogs.fileRequests[0].filter, "All Files (*.*)|*.*|Wave files (*.wav)|*.wav");
     EXPECT_EQ(test::ReadFile(target), test::ReadFile(e.source.wavePath));
@@ -170,35 +170,35 @@ TEST(WaveformExports, SaveWaveCopiesAndFailuresSayWhyLeavingTheOldFile) {
     const fs::path keep = e.dir / "keep.plt";
     std::ofstream(keep) << "old";
     e.dialogs.files = {std::nullopt, std::nullopt, (e.dir / "no" / "such.plt").string()};
-    e.model.MenuExportGnuplot_Click();
-    e.model.MenuSaveWave_Click();
-    e.model.MenuExportGnuplot_Click();
+    e.model.exportGnuplot();
+    e.model.saveWave();
+    e.model.exportGnuplot();
     // Without a recording the copy fails and the chosen file stays as it was.
     const std::string before = test::ReadFile(target);
     fs::remove(e.source.wavePath);
     e.dialogs.files.push_back(target.string());
-    e.model.MenuSaveWave_Click();
-    e.model.MenuExportGnuplot_Click(); // no recording: not even a dialog
+    e.model.saveWave();
+    e.model.exportGnuplot(); // no recording: not even a dialog
     EXPECT_EQ(e.dialogs.fileRequests.size(), 5u);
     EXPECT_EQ(test::ReadFile(target), before);
     EXPECT_EQ(test::ReadFile(keep), "old");
     EXPECT_EQ(e.dialogs.texts(),
-              (std::vector<std::string>{
-                  "Error: the file could not be saved: cannot write " +
-                      (e.dir / "no" / "such.plt").string() + ": No such file or directory",
-                  "Error: the file could not be saved: " + e.source.wavePath +
-                      ": No such file or directory"}));
+              (std::vector<std::string>{"Error: the file could not be saved: cannot write " +
+                                            (e.dir / "no" / "such.plt").string() +
+                                            ": No such file or directory",
+                                        "Error: the file could not be saved: " + e.source.wavePath +
+                                            ": No such file or directory"}));
     for (const auto& entry : fs::directory_iterator(e.dir))
         EXPECT_NE(entry.path().extension(), ".tmp") << entry.path();
 }
 
 TEST(WaveformExports, PlayPlotAndEnabledStates) {
     Exports e;
-    e.model.MenuPlayWave_Click();
+    e.model.playWave();
     EXPECT_EQ(e.output.played, std::vector<std::string>{e.source.wavePath});
     EXPECT_TRUE(e.dialogs.messages.empty());
     e.output.answer = DeviceError{263, "The specified device is not open."};
-    e.model.MenuPlayWave_Click();
+    e.model.playWave();
     EXPECT_EQ(e.dialogs.texts(), std::vector<std::string>{"Error: playing wave file: The "
                                                           "specified device is not open.(263)."});
     EXPECT_EQ(e.dialogs.messages[0].icon, MessageIcon::Critical);
@@ -207,16 +207,16 @@ TEST(WaveformExports, PlayPlotAndEnabledStates) {
     e.record(samples, 11025);
     std::vector<WavePlot> shown;
     e.model.showPlot = [&](WavePlot p) { shown.push_back(std::move(p)); };
-    e.model.MenuPlotWave_Click();
+    e.model.plotWave();
     ASSERT_EQ(shown.size(), 1u);
     EXPECT_EQ(shown[0].title, "ZAV: External Noise 20240501120000");
     EXPECT_EQ(shown[0].sampleRate, 11025);
     EXPECT_EQ(shown[0].samples, samples);
 
-    EXPECT_FALSE(e.model.MenuSaveWave || e.model.MenuCopyWaveClip || e.model.MenuPlotWave ||
-                 e.model.MenuPlayWave || e.commands.MenuExportGnuplot);
-    e.model.EnableWaveCommands();
-    EXPECT_TRUE(e.model.MenuSaveWave && e.model.MenuCopyWaveClip && e.model.MenuPlotWave &&
-                e.model.MenuPlayWave && e.commands.MenuExportGnuplot);
-    EXPECT_FALSE(e.commands.MenuSaveText);
+    EXPECT_FALSE(e.model.saveWaveEnabled || e.model.copyWaveEnabled || e.model.plotWaveEnabled ||
+                 e.model.playWaveEnabled || e.commands.exportGnuplotEnabled);
+    e.model.enableWaveCommands();
+    EXPECT_TRUE(e.model.saveWaveEnabled && e.model.copyWaveEnabled && e.model.plotWaveEnabled &&
+                e.model.playWaveEnabled && e.commands.exportGnuplotEnabled);
+    EXPECT_FALSE(e.commands.saveTextEnabled);
 }

@@ -34,12 +34,12 @@ TEST(HelpMenu, ManualAndWebPagesOpenWhereTheyShould) {
     FakeDialogs dialogs;
     HelpMenu help(shell, dialogs);
     shell.results = {31, 32, 7, 2, 32};
-    help.MenuHelpHelp_Click("/usr/share/zav/");
-    help.MenuHelpHelp_Click("/usr/share/zav");
-    help.MenuHelpHelp_Click("docs");
-    help.MenuHome_Click("https://site.example/");
-    help.MenuFaq_Click("https://site.example/");
-    help.MenuSupport_Click("https://site.example/");
+    help.openHelp("/usr/share/zav/");
+    help.openHelp("/usr/share/zav");
+    help.openHelp("docs");
+    help.openHomePage("https://site.example/");
+    help.openFaq("https://site.example/");
+    help.openSupportPage("https://site.example/");
     EXPECT_EQ(shell.opened, (std::vector<std::string>{
                                 "/usr/share/zav/ZAV.pdf", "/usr/share/zav/ZAV.pdf", "docs/ZAV.pdf",
                                 "https://site.example/", "https://site.example/faq.htm",
@@ -69,21 +69,21 @@ TEST(AboutModel, CaptionsLicenceAndSystemInformation) {
     FakeDialogs dialogs;
     FakeSystemInfo info;
     AboutModel about("/opt/zav", {shell, dialogs, info});
-    about.Form_Load();
+    about.open();
     EXPECT_EQ(about.Caption, "About ZAV");
-    EXPECT_EQ(about.lblVersion, "Version: " + std::to_string(kVersionMajor) + "." +
-                                    std::to_string(kVersionMinor) + "." +
-                                    std::to_string(kVersionRevision));
-    EXPECT_EQ(about.lblDisclaimer,
+    EXPECT_EQ(about.versionText, "Version: " + std::to_string(kVersionMajor) + "." +
+                                     std::to_string(kVersionMinor) + "." +
+                                     std::to_string(kVersionRevision));
+    EXPECT_EQ(about.disclaimerText,
               "Disclaimer:\rUse at your own risk, see licence for warranty statement.");
-    about.cmdOK_Click();
+    about.okPressed();
     EXPECT_TRUE(about.CloseRequested);
 
     // The licence beside the program, with one separator whatever the folder ends in.
     shell.results = {42, 32, 3};
-    AboutModel("/", {shell, dialogs, info}).Licence_Click();
-    AboutModel("/opt/zav/", {shell, dialogs, info}).Licence_Click();
-    about.Licence_Click();
+    AboutModel("/", {shell, dialogs, info}).showLicence();
+    AboutModel("/opt/zav/", {shell, dialogs, info}).showLicence();
+    about.showLicence();
     EXPECT_EQ(shell.opened, (std::vector<std::string>{"/licence.txt", "/opt/zav/licence.txt",
                                                       "/opt/zav/licence.txt"}));
     EXPECT_EQ(dialogs.texts(),
@@ -96,16 +96,16 @@ TEST(AboutModel, CaptionsLicenceAndSystemInformation) {
 
     // System information: only a tool that exists is started.
     dialogs.messages.clear();
-    about.StartSysInfo(); // none named
+    about.startSystemInfo(); // none named
     info.path = "/no/such/tool";
-    about.StartSysInfo();
+    about.startSystemInfo();
     EXPECT_EQ(dialogs.texts(),
               std::vector<std::string>(2, "System Information Is Unavailable At This Time"));
     EXPECT_TRUE(shell.ran.empty());
     const auto tool = std::filesystem::temp_directory_path() / "zav-sysinfo-tool";
     std::ofstream(tool) << "#!/bin/sh\n";
     info.path = tool.string();
-    about.StartSysInfo();
+    about.startSystemInfo();
     EXPECT_EQ(dialogs.messages.size(), 2u);
     EXPECT_EQ(shell.ran, std::vector<std::string>{tool.string() + "|"});
     std::filesystem::remove(tool);

@@ -24,7 +24,7 @@ struct UpdateRig {
     }
     UpdateModel load() {
         UpdateModel m("http://site.example/", "/opt/zav", {http, xml, updater, shell, dialogs});
-        m.Form_Load();
+        m.open();
         return m;
     }
 };
@@ -36,7 +36,7 @@ TEST(UpdateModel, NewerVersionOffersTheDownloadPageOlderIsCurrent) {
     UpdateModel older = rig.load();
     EXPECT_EQ(rig.http.requests.at(0).url, "http://site.example/Update.xml");
     EXPECT_EQ(older.Message, "Version " + VersionText() + " is current");
-    EXPECT_FALSE(older.btnSupportVisible);
+    EXPECT_FALSE(older.supportVisible);
     // A newer revision only: every part counts.
     const std::string newer = std::to_string(kVersionMajor) + "." + std::to_string(kVersionMinor) +
                               "." + std::to_string(kVersionRevision + 1);
@@ -45,13 +45,13 @@ TEST(UpdateModel, NewerVersionOffersTheDownloadPageOlderIsCurrent) {
     rig.xml.elements = {{"url", "http://mirror.example/downloads/zav/"}, {"version", newer}};
     UpdateModel update = rig.load();
     EXPECT_EQ(update.Message, "New version available: " + newer);
-    EXPECT_TRUE(update.btnSupportVisible);
+    EXPECT_TRUE(update.supportVisible);
     rig.xml.elements.erase("version"); // a description without one
     EXPECT_EQ(rig.load().Message, "Update site not responding properly.");
 
     // The download page opens through the shell, with the browser's message if it fails.
     rig.shell.results = {32};
-    update.btnSupport_Click();
+    update.openSupportPage();
     EXPECT_EQ(rig.shell.opened,
               std::vector<std::string>{"http://site.example/support.htm#download"});
     ASSERT_EQ(rig.dialogs.messages.size(), 1u);
@@ -63,12 +63,12 @@ TEST(UpdateModel, NewerVersionOffersTheDownloadPageOlderIsCurrent) {
 
 TEST(UpdateModel, UpdaterButtonOnlyWithAnInstalledUpdaterAndItsLaunchAlwaysCloses) {
     UpdateRig rig(VersionText());
-    EXPECT_FALSE(rig.load().btnKwupdaterEnabled);
+    EXPECT_FALSE(rig.load().updaterEnabled);
     rig.updater.version = "0.0.0";
-    EXPECT_FALSE(rig.load().btnKwupdaterEnabled);
+    EXPECT_FALSE(rig.load().updaterEnabled);
     rig.updater.version = "1.4.2";
     rig.http.reply.status = 404; // the site's answer does not matter to it
-    EXPECT_TRUE(rig.load().btnKwupdaterEnabled);
+    EXPECT_TRUE(rig.load().updaterEnabled);
 
     const std::pair<int, std::string> cases[] = {
         {2, "Problem accessing kwUpdate. (Error 2)"},
@@ -80,7 +80,7 @@ TEST(UpdateModel, UpdaterButtonOnlyWithAnInstalledUpdaterAndItsLaunchAlwaysClose
         UpdateRig each(VersionText());
         UpdateModel m = each.load();
         each.shell.results = {result};
-        m.btnKwupdater_Click();
+        m.runUpdater();
         EXPECT_EQ(each.shell.opened, std::vector<std::string>{"/opt/zav/ZAV.kwupdate"});
         EXPECT_TRUE(m.CloseRequested);
         EXPECT_EQ(each.dialogs.texts(),

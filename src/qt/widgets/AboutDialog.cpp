@@ -22,11 +22,11 @@ QLabel* label(const char* name, const std::string& text, QWidget* parent) {
 } // namespace
 
 AboutDialog::AboutDialog(AboutModel& model, QWidget* parent) : QDialog(parent), m_model(model) {
-    m_model.Form_Load();
+    m_model.open();
     setWindowTitle(QString::fromStdString(m_model.Caption));
     setModal(true);
 
-    QLabel* title = label("lblTitle", m_model.lblTitle, this);
+    QLabel* title = label("lblTitle", m_model.titleText, this);
     QFont big = title->font();
     big.setPointSizeF(big.pointSizeF() * 1.8);
     big.setBold(true);
@@ -36,9 +36,9 @@ AboutDialog::AboutDialog(AboutModel& model, QWidget* parent) : QDialog(parent), 
     auto* ok = new QPushButton(tr("OK"), this);
     ok->setObjectName(QStringLiteral("cmdOK"));
     ok->setDefault(true);
-    connect(licence, &QPushButton::clicked, this, [this] { m_model.Licence_Click(); });
+    connect(licence, &QPushButton::clicked, this, [this] { m_model.showLicence(); });
     connect(ok, &QPushButton::clicked, this, [this] {
-        m_model.cmdOK_Click();
+        m_model.okPressed();
         if (m_model.CloseRequested)
             accept();
     });
@@ -49,11 +49,11 @@ AboutDialog::AboutDialog(AboutModel& model, QWidget* parent) : QDialog(parent), 
     buttons->addWidget(ok);
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(title);
-    layout->addWidget(label("lblVersion", m_model.lblVersion, this));
-    layout->addWidget(label("lblDescription", m_model.lblDescription, this));
-    layout->addWidget(label("lblNotice", m_model.lblNotice, this));
+    layout->addWidget(label("lblVersion", m_model.versionText, this));
+    layout->addWidget(label("lblDescription", m_model.descriptionText, this));
+    layout->addWidget(label("lblNotice", m_model.noticeText, this));
     layout->addSpacing(12);
-    layout->addWidget(label("lblDisclaimer", m_model.lblDisclaimer, this));
+    layout->addWidget(label("lblDisclaimer", m_model.disclaimerText, this));
     layout->addLayout(buttons);
     setMinimumWidth(380);
 }

@@ -45,7 +45,7 @@ CalRxDialog::CalRxDialog(CalRxModel& model, QWidget* parent) : QDialog(parent), 
         // A click picks the source without taking the focus (and its check) from the level.
         m_sources[i]->setFocusPolicy(Qt::TabFocus);
         connect(m_sources[i], &QRadioButton::clicked, this, [this, source] {
-            m_model.Source_Click(source);
+            m_model.chooseSource(source);
             render();
         });
         sourceLayout->addWidget(m_sources[i]);
@@ -56,7 +56,7 @@ CalRxDialog::CalRxDialog(CalRxModel& model, QWidget* parent) : QDialog(parent), 
     m_level->installEventFilter(this);
     connect(m_level, &QLineEdit::textEdited, this, [this](const QString& text) {
         m_model.CalLevel = text.toStdString();
-        m_model.CalLevel_Change();
+        m_model.calibrationLevelChanged();
         render();
     });
 
@@ -86,7 +86,7 @@ CalRxDialog::CalRxDialog(CalRxModel& model, QWidget* parent) : QDialog(parent), 
     m_cancel->setFocusPolicy(Qt::NoFocus);
     m_cancel->setAutoDefault(false);
     connect(m_cancel, &QPushButton::clicked, this, [this] {
-        m_model.Cancel_Click();
+        m_model.cancelPressed();
         reject();
     });
 
@@ -100,13 +100,13 @@ CalRxDialog::CalRxDialog(CalRxModel& model, QWidget* parent) : QDialog(parent), 
     layout->addWidget(m_status);
     layout->addLayout(buttons);
 
-    m_model.Form_Load();
+    m_model.open();
     render();
     m_level->setFocus(Qt::OtherFocusReason);
 }
 
 void CalRxDialog::apply() {
-    m_model.Apply_Click();
+    m_model.applyCalibration();
     render();
     if (m_model.CloseRequested)
         accept();
@@ -115,7 +115,7 @@ void CalRxDialog::apply() {
 void CalRxDialog::validateLevel() {
     bool cancel = false;
     m_validating = true;
-    m_model.CalLevel_Validate(cancel);
+    m_model.calibrationLevelLeft(cancel);
     m_validating = false;
     render();
 }
@@ -137,11 +137,11 @@ void CalRxDialog::render() {
     const QString level = QString::fromStdString(m.CalLevel);
     if (m_level->text() != level)
         m_level->setText(level);
-    m_yFactor->setText(QString::fromStdString(m.lblYFactor));
-    m_systemNf->setText(QString::fromStdString(m.lblSystemNF));
-    m_receiverNf->setText(QString::fromStdString(m.lblReceiverNF));
-    m_noiseFloor->setText(QString::fromStdString(m.lblNoiseFloor));
-    m_status->setText(QString::fromStdString(m.lblStatus));
+    m_yFactor->setText(QString::fromStdString(m.yFactorText));
+    m_systemNf->setText(QString::fromStdString(m.systemNfText));
+    m_receiverNf->setText(QString::fromStdString(m.receiverNfText));
+    m_noiseFloor->setText(QString::fromStdString(m.noiseFloorText));
+    m_status->setText(QString::fromStdString(m.statusText));
     m_apply->setEnabled(m.ApplyEnabled);
     if (m_model.CalLevelFocus) {
         m_model.CalLevelFocus = false;

@@ -10,6 +10,8 @@
 #include "qt/services/QtAudioCapture.h"
 #include "qt/widgets/AboutDialog.h"
 #include "qt/widgets/CalRxDialog.h"
+#include "qt/widgets/GetPositionDialog.h"
+#include "qt/widgets/GpsSetupDialog.h"
 #include "qt/widgets/InputLevelDialog.h"
 #include "qt/widgets/MonitorWindow.h"
 #include "qt/widgets/P372Panel.h"
@@ -18,8 +20,6 @@
 #include "qt/widgets/SetupPanel.h"
 #include "qt/widgets/TransferDialog.h"
 #include "qt/widgets/UpdateDialog.h"
-#include "qt/widgets/frmGetPosition.h"
-#include "qt/widgets/frmGpsSetup.h"
 #include "report/TransferModel.h"
 #include "support/AboutModel.h"
 #include "support/HelpMenu.h"
@@ -106,8 +106,8 @@ MainWindow::MainWindow(MainModel& model, Dialogs& dialogs, SettingsStore& settin
         run([this] {
             MainModel& m = m_model;
             m.GetPosition([this, &m](SetupRecord& setup) {
-                frmGetPosition::Capture(setup, m.state.gps, m_desktop.beeper, m.options.Beep,
-                                        m.form.decimalSeparator, this);
+                GetPositionDialog::Capture(setup, m.state.gps, m_desktop.beeper, m.options.Beep,
+                                           m.form.decimalSeparator, this);
             });
         });
     });
@@ -116,7 +116,7 @@ MainWindow::MainWindow(MainModel& model, Dialogs& dialogs, SettingsStore& settin
     m_rtsvb->setToolTip("Appends this observation's row to the data log");
     QObject::connect(m_rtsvb, &QPushButton::clicked, this, [this] {
         run([this] {
-            m_model.RTSVB_Click();
+            m_model.recordTsv();
             m_status = m_model.outputs.status;
         });
     });
@@ -144,12 +144,12 @@ MainWindow::MainWindow(MainModel& model, Dialogs& dialogs, SettingsStore& settin
 
     auto* timer = new QTimer(this);
     QObject::connect(timer, &QTimer::timeout, this, [this] {
-        if (m_model.Timer1_Timer(std::time(nullptr)))
-            m_clock->setText(qs(m_model.lblTime));
+        if (m_model.onClockTick(std::time(nullptr)))
+            m_clock->setText(qs(m_model.clockText));
     });
     timer->start(500);
-    m_model.Timer1_Timer(std::time(nullptr));
-    m_clock->setText(qs(m_model.lblTime));
+    m_model.onClockTick(std::time(nullptr));
+    m_clock->setText(qs(m_model.clockText));
 
     const std::string geometry = m_settings.GetSetting(kWindowSection, kGeometryKey, "");
     if (!restoreGeometry(QByteArray::fromBase64(QByteArray::fromStdString(geometry))))
@@ -234,30 +234,30 @@ void MainWindow::buildMenus() {
     MainModel& m = m_model;
     QMenu* file = menuBar()->addMenu("&File");
     addShortcutCommand(file, "&Open profile", QKeySequence::Open,
-                       [&m] { m.profiles.MenuOpenProfile_Click(); });
+                       [&m] { m.profiles.openProfile(); });
     addShortcutCommand(file, "Save &profile", QKeySequence::Save,
-                       [&m] { m.profiles.MenuSaveProfile_Click(); });
+                       [&m] { m.profiles.saveProfile(); });
     file->addSeparator();
     for (int i = 1; i <= MaxMru; ++i) {
-        m_recent.push_back(addCommand(file, QString("&%1").arg(i),
-                                      [&m, i] { m.profiles.MenuRecentFile_Click(i); }));
+        m_recent.push_back(
+            addCommand(file, QString("&%1").arg(i), [&m, i] { m.profiles.openRecentProfile(i); }));
     }
     file->addSeparator();
     addCommand(file, "&Import antenna file",
-               [&m] { m.antenna.MenuImportAntenna_Click(m.state.CurrentDir); });
-    addCommand(file, "&Unload antenna file", [&m] { m.antenna.MenuAntUnl_Click(); });
+               [&m] { m.antenna.importAntennaFile(m.state.CurrentDir); });
+    addCommand(file, "&Unload antenna file", [&m] { m.antenna.unloadAntennaFile(); });
     file->addSeparator();
     addCommand(file, "&Save text file", [this, &m] {
-        m.outputs.MenuSaveText_Click();
+        m.outputs.saveText();
         m_status = m.outputs.status;
     });
     addCommand(file, "&Copy text results to Clipboard", [this, &m] {
-        m.outputs.MenuCopyTextClip_Click();
+        m.outputs.copyText();
         m_status = m.outputs.status;
     });
-    addCommand(file, "S&end text file", [&m] { m.outputs.MenuSendText_Click(); });
+    addCommand(file, "S&end text file", [&m] { m.outputs.sendText(); });
     addCommand(file, "&Record TSV", [this, &m] {
-        m.MenuSaveTsv_Click();
+        m.recordTsv();
         m_status = m.outputs.status;
     });
     addCommand(file, "&Transfer results", [this, &m] {
@@ -271,15 +271,15 @@ void MainWindow::buildMenus() {
     file->addSeparator();
     addCommand(file, "Ca&librateRx", [this, &m] {
         CalRxModel calibration(
-            m.setup, m.steps.yfact, m_dialogs, [&m] { m.steps.CalcCalc(); },
+            m.setup, m.steps.yfact, m_dialogs, [&m] { m.steps.recalculate(); },
             m.form.decimalSeparator);
         CalRxDialog dialog(calibration, this);
         dialog.exec();
     });
     file->addSeparator();
     addCommand(file, "&Associate .zav files", [this] {
-        const bool done = MenuAssociate_Click(QCoreApplication::applicationFilePath().toStdString(),
-                                              m_desktop.shell);
+        const bool done = associateFileTypes(QCoreApplication::applicationFilePath().toStdString(),
+                                             m_desktop.shell);
         m_status = AssociationStatus(done, XdgDataHome());
     });
     file->addSeparator();
@@ -287,18 +287,18 @@ void MainWindow::buildMenus() {
 
     QMenu* options = menuBar()->addMenu("&Options");
     const std::pair<const char*, std::function<void()>> checks[] = {
-        {"&Beep", [&m] { m.optionsMenu.MenuOptionsBeep_Click(); }},
-        {"&Verbose", [&m] { m.optionsMenu.MenuOptionsVerbose_Click(); }},
-        {"Antenna&Factor", [&m] { m.optionsMenu.MenuOptionsAntFact_Click(); }},
-        {"&Measurement interval as samples", [&m] { m.optionsMenu.MenuOptionsSamples_Click(); }},
-        {"Measurement &limits enabled", [&m] { m.optionsMenu.MenuOptionsLimits_Click(); }},
-        {"Auto save &TSV ", [&m] { m.optionsMenu.MenuOptionsAutoTsv_Click(); }},
+        {"&Beep", [&m] { m.optionsMenu.toggleBeep(); }},
+        {"&Verbose", [&m] { m.optionsMenu.toggleVerbose(); }},
+        {"Antenna&Factor", [&m] { m.optionsMenu.toggleAntennaFactor(); }},
+        {"&Measurement interval as samples", [&m] { m.optionsMenu.toggleSamples(); }},
+        {"Measurement &limits enabled", [&m] { m.optionsMenu.toggleLimits(); }},
+        {"Auto save &TSV ", [&m] { m.optionsMenu.toggleAutoTsv(); }},
     };
     for (const auto& [caption, handler] : checks)
         addCommand(options, caption, handler)->setCheckable(true);
     options->addSeparator();
     addCommand(options, "GPS &setup...",
-               [this, &m] { frmGpsSetup::Edit(m.state.gps, m_dialogs, this); });
+               [this, &m] { GpsSetupDialog::Edit(m.state.gps, m_dialogs, this); });
     m_audioInputMenu = options->addMenu("Audio &input");
     m_audioInputs = new QActionGroup(this);
     QObject::connect(m_audioInputMenu, &QMenu::aboutToShow, this, [this] { fillAudioInputMenu(); });
@@ -306,25 +306,26 @@ void MainWindow::buildMenus() {
 
     QMenu* utility = menuBar()->addMenu("&Utility");
     addCommand(utility, "Save &wave file", [this, &m] {
-        m.waveExports.MenuSaveWave_Click();
+        m.waveExports.saveWave();
         m_status = m.waveExports.status;
     });
     addCommand(utility, "Export to &Gnuplot file", [this, &m] {
-        m.waveExports.MenuExportGnuplot_Click();
+        m.waveExports.exportGnuplot();
         m_status = m.waveExports.status;
     });
     addCommand(utility, "Copy WAVE samples to &clipboard", [this, &m] {
-        m.waveExports.MenuCopyWaveClip_Click();
+        m.waveExports.copyWaveSamples();
         m_status = m.waveExports.status;
     });
-    addCommand(utility, "&Plot wave", [&m] { m.waveExports.MenuPlotWave_Click(); });
-    addCommand(utility, "Play Wave &samples", [&m] { m.waveExports.MenuPlayWave_Click(); });
+    addCommand(utility, "&Plot wave", [&m] { m.waveExports.plotWave(); });
+    addCommand(utility, "Play Wave &samples", [&m] { m.waveExports.playWave(); });
     utility->addSeparator();
     addCommand(utility, "Input &level...", [this] { openInputLevel(); });
     addCommand(utility, "Sound Card Control - Pla&yback",
-               [&m] { m.soundControls.MenuSCCP_Click(); });
-    addCommand(utility, "Sound Card Control - &Record", [&m] { m.soundControls.MenuSCCR_Click(); });
-    addCommand(utility, "&Audio properties", [&m] { m.soundControls.mnuMMSYS_Click(); });
+               [&m] { m.soundControls.openPlaybackMixer(); });
+    addCommand(utility, "Sound Card Control - &Record",
+               [&m] { m.soundControls.openRecordingMixer(); });
+    addCommand(utility, "&Audio properties", [&m] { m.soundControls.openSoundDevices(); });
     utility->addSeparator();
     QAction* monitor = utility->addAction("&Monitor...");
     QObject::connect(monitor, &QAction::triggered, this, [this] {
@@ -350,16 +351,14 @@ void MainWindow::buildMenus() {
     QMenu* help = menuBar()->addMenu("&Help");
     const std::string programDir = QCoreApplication::applicationDirPath().toStdString();
     addShortcutCommand(help, "&Manual", QKeySequence::HelpContents, [this, programDir] {
-        HelpMenu(m_desktop.shell, m_dialogs)
-            .MenuHelpHelp_Click(ResourceFolder(programDir, "ZAV.pdf"));
+        HelpMenu(m_desktop.shell, m_dialogs).openHelp(ResourceFolder(programDir, "ZAV.pdf"));
     });
-    addCommand(help, "&Home page", [this, &m] {
-        HelpMenu(m_desktop.shell, m_dialogs).MenuHome_Click(m.state.BaseUrl);
-    });
+    addCommand(help, "&Home page",
+               [this, &m] { HelpMenu(m_desktop.shell, m_dialogs).openHomePage(m.state.BaseUrl); });
     addCommand(help, "&FAQ",
-               [this, &m] { HelpMenu(m_desktop.shell, m_dialogs).MenuFaq_Click(m.state.BaseUrl); });
+               [this, &m] { HelpMenu(m_desktop.shell, m_dialogs).openFaq(m.state.BaseUrl); });
     addCommand(help, "&Support", [this, &m] {
-        HelpMenu(m_desktop.shell, m_dialogs).MenuSupport_Click(m.state.BaseUrl);
+        HelpMenu(m_desktop.shell, m_dialogs).openSupportPage(m.state.BaseUrl);
     });
     help->addSeparator();
     addCommand(help, "Check for &updates", [this, &m, programDir] {
@@ -412,23 +411,23 @@ void MainWindow::refresh() {
     m_steps[0]->setEnabled(!m_monitorRunning);
     m_steps[1]->setEnabled(c.Step2 && !m_monitorRunning);
     m_steps[2]->setEnabled(c.Step3 && !m_monitorRunning);
-    m_rtsvb->setEnabled(c.RTSVB);
+    m_rtsvb->setEnabled(c.recordTsvButtonEnabled);
     const std::pair<const char*, bool> enabled[] = {
-        {"&Save text file", c.MenuSaveText},
-        {"&Copy text results to Clipboard", c.MenuCopyTextClip},
-        {"S&end text file", c.MenuSendText},
-        {"&Record TSV", c.MenuSaveTsv},
-        {"Ca&librateRx", c.MenuCalRx},
-        {"&Transfer results", c.MenuTransfer},
-        {"Save &wave file", m.waveExports.MenuSaveWave},
-        {"Export to &Gnuplot file", c.MenuExportGnuplot},
-        {"Copy WAVE samples to &clipboard", m.waveExports.MenuCopyWaveClip},
-        {"&Plot wave", m.waveExports.MenuPlotWave},
-        {"Play Wave &samples", m.waveExports.MenuPlayWave},
-        {"Sound Card Control - Pla&yback", m.MenuSCCPEnabled},
-        {"Sound Card Control - &Record", m.MenuSCCREnabled},
-        {"&Unload antenna file", m.antenna.MenuAntUnlEnabled},
-        {"Antenna&Factor", m.controls.MenuOptionsAntFactEnabled},
+        {"&Save text file", c.saveTextEnabled},
+        {"&Copy text results to Clipboard", c.copyTextEnabled},
+        {"S&end text file", c.sendTextEnabled},
+        {"&Record TSV", c.recordTsvEnabled},
+        {"Ca&librateRx", c.calibrateRxEnabled},
+        {"&Transfer results", c.transferEnabled},
+        {"Save &wave file", m.waveExports.saveWaveEnabled},
+        {"Export to &Gnuplot file", c.exportGnuplotEnabled},
+        {"Copy WAVE samples to &clipboard", m.waveExports.copyWaveEnabled},
+        {"&Plot wave", m.waveExports.plotWaveEnabled},
+        {"Play Wave &samples", m.waveExports.playWaveEnabled},
+        {"Sound Card Control - Pla&yback", m.playbackMixerEnabled},
+        {"Sound Card Control - &Record", m.recordingMixerEnabled},
+        {"&Unload antenna file", m.antenna.unloadAntennaEnabled},
+        {"Antenna&Factor", m.controls.antennaFactorEnabled},
     };
     for (const auto& [caption, on] : enabled)
         action(caption)->setEnabled(on);
@@ -458,7 +457,7 @@ void MainWindow::refresh() {
     case FocusTarget::Step3:
         m_steps[2]->setFocus();
         break;
-    case FocusTarget::RTSVB:
+    case FocusTarget::recordTsvButtonEnabled:
         m_rtsvb->setFocus();
         break;
     case FocusTarget::SetupBox:
@@ -496,7 +495,7 @@ void MainWindow::openInputLevel() {
 
 void MainWindow::closeEvent(QCloseEvent* event) {
     std::string error;
-    if (!m_model.Form_Unload(&error))
+    if (!m_model.close(&error))
         m_dialogs.ShowMessage("Error: the profile could not be saved: " + error, kAppTitle,
                               MessageIcon::Critical);
     m_settings.SaveSetting(kWindowSection, kGeometryKey, saveGeometry().toBase64().toStdString());

@@ -83,11 +83,11 @@ SetupPanel::SetupPanel(MainModel& model, std::function<void()> changed, QWidget*
     grid->setColumnStretch(3, 1);
     grid->setColumnMinimumWidth(2, 20);
 
-    m_lblAntGain = static_cast<QLabel*>(grid->itemAtPosition(1, 2)->widget());
-    m_lblInterval = static_cast<QLabel*>(grid->itemAtPosition(6, 2)->widget());
+    m_antGainLabel = static_cast<QLabel*>(grid->itemAtPosition(1, 2)->widget());
+    m_intervalLabel = static_cast<QLabel*>(grid->itemAtPosition(6, 2)->widget());
     // A double click on these two labels flips their option.
-    m_lblAntGain->installEventFilter(this);
-    m_lblInterval->installEventFilter(this);
+    m_antGainLabel->installEventFilter(this);
+    m_intervalLabel->installEventFilter(this);
     refresh();
 }
 
@@ -124,7 +124,7 @@ bool SetupPanel::validateFocused() {
 bool SetupPanel::validate(SetupField field) {
     bool cancel = false;
     m_validating = true;
-    m_model.form.Validate(field, cancel);
+    m_model.form.fieldLeft(field, cancel);
     m_validating = false;
     if (cancel) {
         // A refused value keeps the focus, as the operator must correct it first.
@@ -137,18 +137,18 @@ bool SetupPanel::validate(SetupField field) {
 
 bool SetupPanel::eventFilter(QObject* watched, QEvent* event) {
     if (event->type() == QEvent::MouseButtonDblClick) {
-        if (watched == m_lblAntGain) {
-            m_model.optionsMenu.lblAntGain_DblClick();
+        if (watched == m_antGainLabel) {
+            m_model.optionsMenu.antGainLabelDoubleClicked();
             m_changed();
             return true;
         }
-        if (watched == m_lblInterval) {
-            m_model.optionsMenu.lblInterval_DblClick();
+        if (watched == m_intervalLabel) {
+            m_model.optionsMenu.intervalLabelDoubleClicked();
             m_changed();
             return true;
         }
         if (watched == m_notes) {
-            m_model.outputs.Notes_DblClick();
+            m_model.outputs.copyNotes();
             return false;
         }
     }
@@ -159,7 +159,7 @@ bool SetupPanel::eventFilter(QObject* watched, QEvent* event) {
     auto* edit = qobject_cast<QLineEdit*>(watched);
 
     if (event->type() == QEvent::FocusIn && edit) {
-        m_model.form.GotFocus(field);
+        m_model.form.fieldFocused(field);
         const TextSelection sel = m_model.form.Selection(field);
         // The model's selection is in characters of the box's text.
         QTimer::singleShot(0, edit,
@@ -174,12 +174,11 @@ bool SetupPanel::eventFilter(QObject* watched, QEvent* event) {
     } else if (event->type() == QEvent::KeyPress && edit) {
         const auto* key = static_cast<QKeyEvent*>(event);
         if (key->key() == Qt::Key_Return || key->key() == Qt::Key_Enter) {
-            int keyAscii = SetupForm::kEnterKey;
-            m_model.form.KeyPress(field, keyAscii);
+            const KeyOutcome outcome = m_model.form.keyPressed(field, Key::Enter);
             m_changed();
             const TextSelection sel = m_model.form.Selection(field);
             edit->setSelection(sel.SelStart, sel.SelLength);
-            return keyAscii == 0;
+            return outcome == KeyOutcome::Swallowed;
         }
     }
     return QWidget::eventFilter(watched, event);
@@ -199,8 +198,8 @@ void SetupPanel::refresh() {
     const QString notes = qs(m_model.setup.Notes).replace("\r\n", "\n");
     if (m_notes->toPlainText() != notes)
         m_notes->setPlainText(notes);
-    m_lblAntGain->setText(qs(m_model.controls.lblAntGain));
-    m_lblInterval->setText(qs(m_model.controls.lblInterval));
+    m_antGainLabel->setText(qs(m_model.controls.antGainLabel));
+    m_intervalLabel->setText(qs(m_model.controls.intervalLabel));
     for (int i = 0; i < kSetupFieldCount; ++i) {
         const QString tip = qs(SetupFieldTip(static_cast<SetupField>(i), m_model.options.AntFact,
                                              m_model.options.Samples));

@@ -43,8 +43,8 @@ private:
     std::function<void()> m_changed;
     std::array<QWidget*, kSetupFieldCount> m_editors{};
     std::array<QLabel*, kSetupFieldCount> m_labels{};
-    QLabel* m_lblAntGain = nullptr;
-    QLabel* m_lblInterval = nullptr;
+    QLabel* m_antGainLabel = nullptr;
+    QLabel* m_intervalLabel = nullptr;
     QComboBox* m_environment = nullptr;
     QPlainTextEdit* m_notes = nullptr;
     bool m_validating = false;

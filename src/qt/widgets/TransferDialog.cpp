@@ -43,18 +43,18 @@ TransferDialog::TransferDialog(TransferModel& model, QWidget* parent)
     m_atfEmail = field("AtfEmail", m_model.AtfEmail, this);
     m_url->installEventFilter(this);
     m_atfEmail->installEventFilter(this);
-    connect(m_url, &QLineEdit::textEdited, this, [this] { after(&TransferModel::URL_Change); });
+    connect(m_url, &QLineEdit::textEdited, this, [this] { after(&TransferModel::urlEdited); });
     connect(m_atfEmail, &QLineEdit::textEdited, this,
-            [this] { after(&TransferModel::AtfEmail_Change); });
+            [this] { after(&TransferModel::collectingAddressEdited); });
 
     m_online = new QRadioButton(tr("Post to the collection &server"), this);
     m_online->setObjectName(QStringLiteral("OptionOnline"));
     m_byEmail = new QRadioButton(tr("Send by &e-mail"), this);
     m_byEmail->setObjectName(QStringLiteral("OptionEmail"));
     connect(m_online, &QRadioButton::clicked, this,
-            [this] { after(&TransferModel::OptionOnline_Click); });
+            [this] { after(&TransferModel::chooseOnline); });
     connect(m_byEmail, &QRadioButton::clicked, this,
-            [this] { after(&TransferModel::OptionEmail_Click); });
+            [this] { after(&TransferModel::chooseEmail); });
 
     m_message = new QPlainTextEdit(this);
     m_message->setObjectName(QStringLiteral("Message"));
@@ -73,10 +73,10 @@ TransferDialog::TransferDialog(TransferModel& model, QWidget* parent)
         // server is awaited finds it disabled, whatever else is shown meanwhile.
         m_okPressed = true;
         m_ok->setEnabled(false);
-        after(&TransferModel::OKButton_Click);
+        after(&TransferModel::okPressed);
     });
     connect(m_cancel, &QPushButton::clicked, this,
-            [this] { after(&TransferModel::CancelButton_Click); });
+            [this] { after(&TransferModel::cancelPressed); });
 
     auto* account = new QFormLayout;
     account->addRow(tr("User &name"), m_username);
@@ -95,7 +95,7 @@ TransferDialog::TransferDialog(TransferModel& model, QWidget* parent)
     layout->addWidget(m_message);
     layout->addLayout(buttons);
 
-    m_model.Form_Load();
+    m_model.open();
     render();
 }
 
@@ -103,7 +103,7 @@ void TransferDialog::after(void (TransferModel::*handler)()) {
     if (m_unloaded) // focus leaving the boxes as the dialog closes
         return;
     (m_model.*handler)();
-    if (handler == &TransferModel::OKButton_Click)
+    if (handler == &TransferModel::okPressed)
         m_okPressed = false;
     render();
     if (m_model.CloseRequested)
@@ -116,29 +116,29 @@ void TransferDialog::render() {
     showText(m_email, m_model.Email);
     showText(m_url, m_model.URL);
     showText(m_atfEmail, m_model.AtfEmail);
-    m_online->setChecked(m_model.OptionOnline);
-    m_byEmail->setChecked(m_model.OptionEmail);
+    m_online->setChecked(m_model.sendOnline);
+    m_byEmail->setChecked(m_model.sendByEmail);
     if (m_message->toPlainText() != QString::fromStdString(m_model.Message))
         m_message->setPlainText(QString::fromStdString(m_model.Message));
-    m_ok->setText(QString::fromStdString(m_model.OKButtonCaption));
-    m_ok->setVisible(m_model.OKButtonVisible);
+    m_ok->setText(QString::fromStdString(m_model.okCaption));
+    m_ok->setVisible(m_model.okVisible);
     m_ok->setEnabled(!m_okPressed);
-    m_cancel->setVisible(m_model.CancelButtonVisible);
-    if (m_model.OKButtonFocus) {
+    m_cancel->setVisible(m_model.cancelVisible);
+    if (m_model.okFocused) {
         m_ok->setDefault(true);
         m_ok->setFocus();
-        m_model.OKButtonFocus = false;
+        m_model.okFocused = false;
     }
 }
 
 bool TransferDialog::eventFilter(QObject* watched, QEvent* event) {
     if (event->type() == QEvent::FocusOut) {
         if (watched == m_url)
-            after(&TransferModel::URL_LostFocus);
+            after(&TransferModel::urlLeft);
         else if (watched == m_atfEmail)
-            after(&TransferModel::AtfEmail_LostFocus);
+            after(&TransferModel::collectingAddressLeft);
     } else if (event->type() == QEvent::MouseButtonDblClick && watched == m_message->viewport()) {
-        after(&TransferModel::Message_DblClick);
+        after(&TransferModel::copyMessage);
         return true;
     }
     return QDialog::eventFilter(watched, event);
@@ -147,7 +147,7 @@ bool TransferDialog::eventFilter(QObject* watched, QEvent* event) {
 void TransferDialog::done(int result) {
     if (!m_unloaded) {
         m_unloaded = true;
-        m_model.Form_Unload();
+        m_model.close();
     }
     QDialog::done(result);
 }

@@ -24,11 +24,10 @@ UpdateDialog::UpdateDialog(UpdateModel& model, QWidget* parent) : QDialog(parent
     m_exit = new QPushButton(tr("Exit"), this);
     m_exit->setObjectName(QStringLiteral("btnExit"));
     m_exit->setDefault(true);
-    connect(m_kwupdater, &QPushButton::clicked, this,
-            [this] { after(&UpdateModel::btnKwupdater_Click); });
+    connect(m_kwupdater, &QPushButton::clicked, this, [this] { after(&UpdateModel::runUpdater); });
     connect(m_support, &QPushButton::clicked, this,
-            [this] { after(&UpdateModel::btnSupport_Click); });
-    connect(m_exit, &QPushButton::clicked, this, [this] { after(&UpdateModel::btnExit_Click); });
+            [this] { after(&UpdateModel::openSupportPage); });
+    connect(m_exit, &QPushButton::clicked, this, [this] { after(&UpdateModel::exitPressed); });
 
     auto* buttons = new QHBoxLayout;
     buttons->addWidget(m_kwupdater);
@@ -39,7 +38,7 @@ UpdateDialog::UpdateDialog(UpdateModel& model, QWidget* parent) : QDialog(parent
     layout->addWidget(m_message);
     layout->addLayout(buttons);
 
-    m_model.Form_Load();
+    m_model.open();
     render();
 }
 
@@ -52,8 +51,8 @@ void UpdateDialog::after(void (UpdateModel::*handler)()) {
 
 void UpdateDialog::render() {
     m_message->setText(QString::fromStdString(m_model.Message));
-    m_kwupdater->setEnabled(m_model.btnKwupdaterEnabled);
-    m_support->setVisible(m_model.btnSupportVisible);
+    m_kwupdater->setEnabled(m_model.updaterEnabled);
+    m_support->setVisible(m_model.supportVisible);
 }
 
 } // namespace zav

@@ -10,7 +10,7 @@ class QPushButton;
 
 namespace zav {
 
-// The progress window of a recording (`frmWorking`): how many samples are in, the level of
+// The progress window of a recording: how many samples are in, the level of
 // the latest 100 ms, and Cancel. It is application-modal while shown, so no other command can
 // start; the recording's local event loop keeps it painted. Closing it counts as Cancel.
 class WorkingDialog : public QDialog, public CaptureProgress {

@@ -64,7 +64,7 @@ struct Desk {
             recordings.pop_front();
             return next;
         };
-        model->Form_Load();
+        model->open();
         model->state.InputDevice = kFileInputName;
         window = std::make_unique<MainWindow>(*model, dialogs, settings, desktop, nullptr);
         window->show();

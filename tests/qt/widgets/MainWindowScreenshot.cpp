@@ -59,7 +59,7 @@ int main(int argc, char** argv) {
         files.pop_front();
         return next;
     };
-    model.Form_Load();
+    model.open();
     model.state.InputDevice = kFileInputName;
     model.options.Verbose = false;
     if (!verdict) {

@@ -60,7 +60,7 @@ int main(int argc, char** argv) {
     env.processId = "5C2EE4";
     MainModel model(startup,
                     {dialogs, settings, devices, devices, devices, devices, devices, shell}, env);
-    model.Form_Load();
+    model.open();
     model.state.InputDevice = kFileInputName;
     model.state.transfer.URL.clear();
 

@@ -50,7 +50,7 @@ TEST(MonitorWindow, ARunInItsOwnThreadFillsStatePlotAndTableWhileTheStepsWait) {
     env.processId = "77";
     MainModel model(startup,
                     {dialogs, settings, devices, devices, devices, devices, devices, shell}, env);
-    model.Form_Load();
+    model.open();
     model.state.InputDevice = kFileInputName;
     model.state.transfer.URL.clear(); // nothing posted from a test
     MainWindow main(model, dialogs, settings,

@@ -163,7 +163,7 @@ TEST(AboutDialog, ShowsCaptionVersionAndDisclaimerAndOpensTheLicence) {
     ASSERT_TRUE(QTest::qWaitForWindowExposed(&dialog));
     EXPECT_EQ(dialog.windowTitle(), "About ZAV");
     EXPECT_EQ(child<QLabel>(dialog, "lblTitle")->text(), "ZAV");
-    EXPECT_EQ(child<QLabel>(dialog, "lblVersion")->text().toStdString(), model.lblVersion);
+    EXPECT_EQ(child<QLabel>(dialog, "lblVersion")->text().toStdString(), model.versionText);
     EXPECT_EQ(child<QLabel>(dialog, "lblDisclaimer")->text(),
               "Disclaimer:\nUse at your own risk, see licence for warranty statement.");
     QTest::mouseClick(child<QPushButton>(dialog, "Licence"), Qt::LeftButton);

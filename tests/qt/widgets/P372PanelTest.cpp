@@ -39,7 +39,7 @@ struct Desk {
         steps.S2.Ms = 2e-8;
         steps.S3.Ms = 1e-8 + 1e-8 * std::pow(10.0, faDb / 10.0);
         steps.S3.Rms = std::sqrt(steps.S3.Ms);
-        steps.CalcCalc();
+        steps.recalculate();
         panel.refresh(steps, setup);
     }
     std::string text(const char* name) const {
@@ -95,7 +95,7 @@ TEST(P372Panel, ShowsTheObservationAgainstTheCurves) {
     EXPECT_GT(d.curve("Residential")->pen().widthF(), d.curve("Business")->pen().widthF());
 
     // A reset empties the panel as it empties the results grid.
-    d.steps.Reset3();
+    d.steps.resetFromStep3();
     d.panel.refresh(d.steps, d.setup);
     EXPECT_EQ(d.text("lblFa"), "");
     EXPECT_EQ(d.text("lblPlacement"), "");

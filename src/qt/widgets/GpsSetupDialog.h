@@ -16,9 +16,9 @@ struct GpsSettings;
 // the numbers 1 to 99 and then the serial devices the system reports; a device path, picked
 // or typed, is kept as the "Device" setting and wins over the number, while picking a number
 // again drops it. Closing the window counts as Cancel.
-class frmGpsSetup : public QDialog {
+class GpsSetupDialog : public QDialog {
 public:
-    explicit frmGpsSetup(GpsSetupModel& model, QWidget* parent = nullptr);
+    explicit GpsSetupDialog(GpsSetupModel& model, QWidget* parent = nullptr);
 
     // Runs the dialog modally over `settings`, offering the serial devices found on this
     // machine. True when OK stored them.

@@ -1,4 +1,4 @@
-#include "qt/widgets/frmGpsSetup.h"
+#include "qt/widgets/GpsSetupDialog.h"
 
 #include "qt/widgets/DialogButtons.h"
 
@@ -51,18 +51,19 @@ void showText(QComboBox* box, const std::string& text) {
 
 } // namespace
 
-frmGpsSetup::frmGpsSetup(GpsSetupModel& model, QWidget* parent) : QDialog(parent), m_model(model) {
+GpsSetupDialog::GpsSetupDialog(GpsSetupModel& model, QWidget* parent)
+    : QDialog(parent), m_model(model) {
     setObjectName(QStringLiteral("frmGpsSetup"));
     setWindowTitle(QStringLiteral("GPS setup"));
     setModal(true);
-    m_model.Form_Load();
+    m_model.open();
 
     m_port = makeList("port", m_model.portList, true, this);
     m_port->setMinimumContentsLength(14);
     m_speed = makeList("speed", m_model.speedList, false, this);
     m_parity = makeList("parity", m_model.parityList, true, this);
-    m_dbits = makeList("dbits", m_model.dbitsList, true, this);
-    m_sbits = makeList("sbits", m_model.sbitsList, true, this);
+    m_dbits = makeList("dbits", m_model.dataBitsList, true, this);
+    m_sbits = makeList("sbits", m_model.stopBitsList, true, this);
     m_acc = new QLineEdit(this);
     m_acc->setObjectName(QStringLiteral("acc"));
     m_acc->installEventFilter(this);
@@ -72,8 +73,8 @@ frmGpsSetup::frmGpsSetup(GpsSetupModel& model, QWidget* parent) : QDialog(parent
     const std::pair<QComboBox*, std::string GpsSetupModel::*> lists[] = {
         {m_speed, &GpsSetupModel::speed},
         {m_parity, &GpsSetupModel::parity},
-        {m_dbits, &GpsSetupModel::dbits},
-        {m_sbits, &GpsSetupModel::sbits},
+        {m_dbits, &GpsSetupModel::dataBits},
+        {m_sbits, &GpsSetupModel::stopBits},
     };
     for (const auto& [box, member] : lists) {
         connect(box, &QComboBox::currentTextChanged, this, [this, member](const QString& text) {
@@ -103,35 +104,35 @@ frmGpsSetup::frmGpsSetup(GpsSetupModel& model, QWidget* parent) : QDialog(parent
     render();
 }
 
-bool frmGpsSetup::Edit(GpsSettings& settings, Dialogs& dialogs, QWidget* parent) {
+bool GpsSetupDialog::Edit(GpsSettings& settings, Dialogs& dialogs, QWidget* parent) {
     const QString point = QLocale().decimalPoint();
     GpsSetupModel model(settings, dialogs, QtSerialPort().ListDevices(),
                         point.size() == 1 ? point.at(0).toLatin1() : '.');
-    frmGpsSetup dialog(model, parent);
+    GpsSetupDialog dialog(model, parent);
     dialog.exec();
     return model.Stored();
 }
 
-void frmGpsSetup::portEdited(const QString& text) {
+void GpsSetupDialog::portEdited(const QString& text) {
     if (!m_rendering)
-        m_model.port_Change(text.toStdString());
+        m_model.portChanged(text.toStdString());
 }
 
-void frmGpsSetup::okClicked() {
+void GpsSetupDialog::okClicked() {
     // The accuracy box may still hold a text that has not been left yet.
     m_model.acc = m_acc->text().toStdString();
-    m_model.OKButton_Click();
+    m_model.okPressed();
     render();
     if (!m_model.Visible())
         QDialog::accept();
 }
 
-void frmGpsSetup::reject() {
-    m_model.CancelButton_Click();
+void GpsSetupDialog::reject() {
+    m_model.cancelPressed();
     QDialog::reject();
 }
 
-void frmGpsSetup::selectAccuracy() {
+void GpsSetupDialog::selectAccuracy() {
     if (!m_model.accSelected)
         return;
     m_model.accSelected = false;
@@ -140,12 +141,12 @@ void frmGpsSetup::selectAccuracy() {
     QTimer::singleShot(0, m_acc, [edit = m_acc] { edit->selectAll(); });
 }
 
-bool frmGpsSetup::eventFilter(QObject* watched, QEvent* event) {
+bool GpsSetupDialog::eventFilter(QObject* watched, QEvent* event) {
     if (watched != m_acc)
         return QDialog::eventFilter(watched, event);
     switch (event->type()) {
     case QEvent::FocusIn:
-        m_model.acc_GotFocus();
+        m_model.accuracyFocused();
         selectAccuracy();
         break;
     case QEvent::FocusOut: {
@@ -153,7 +154,7 @@ bool frmGpsSetup::eventFilter(QObject* watched, QEvent* event) {
         // Another window (a message box) taking the focus is not leaving the box.
         if (reason != Qt::PopupFocusReason && reason != Qt::ActiveWindowFocusReason) {
             m_model.acc = m_acc->text().toStdString();
-            m_model.acc_Validate();
+            m_model.accuracyLeft();
             render();
         }
         break;
@@ -162,7 +163,7 @@ bool frmGpsSetup::eventFilter(QObject* watched, QEvent* event) {
         const int key = static_cast<QKeyEvent*>(event)->key();
         if (key == Qt::Key_Return || key == Qt::Key_Enter) {
             m_model.acc = m_acc->text().toStdString();
-            m_model.acc_KeyPress('\r');
+            m_model.accuracyKeyPressed(Key::Enter);
             render();
             selectAccuracy();
             return true; // Enter checks the value; it does not press OK
@@ -175,14 +176,14 @@ bool frmGpsSetup::eventFilter(QObject* watched, QEvent* event) {
     return QDialog::eventFilter(watched, event);
 }
 
-void frmGpsSetup::render() {
+void GpsSetupDialog::render() {
     const GpsSetupModel& m = m_model;
     m_rendering = true;
     showText(m_port, m.PortShown());
     showText(m_speed, m.speed);
     showText(m_parity, m.parity);
-    showText(m_dbits, m.dbits);
-    showText(m_sbits, m.sbits);
+    showText(m_dbits, m.dataBits);
+    showText(m_sbits, m.stopBits);
     if (m_acc->text() != qs(m.acc))
         m_acc->setText(qs(m.acc));
     m_rendering = false;

@@ -1,6 +1,6 @@
 // The position dialog on the real serial adapter, against a socat pseudo-terminal pair: the test
 // writes NMEA into one end as a receiver would, the dialog reads the other.
-#include "qt/widgets/frmGetPosition.h"
+#include "qt/widgets/GetPositionDialog.h"
 
 #include "app/GetPosition.h"
 #include "config/GpsSettings.h"
@@ -68,18 +68,18 @@ QPushButton* button(const QDialog& dialog, const char* name) {
 }
 
 // The capture dialog while it runs modally.
-frmGetPosition* openCapture() {
+GetPositionDialog* openCapture() {
     for (QWidget* w : QApplication::topLevelWidgets())
         if (auto* d = qobject_cast<QDialog*>(w); d && d->objectName() == "frmGetPosition")
             if (d->isVisible())
-                return static_cast<frmGetPosition*>(d);
+                return static_cast<GetPositionDialog*>(d);
     return nullptr;
 }
 
 // Runs `act` on the modal capture dialog once it is up. A dialog still open after `limitMs`
 // is cancelled, so that a broken close fails the test instead of hanging it; the limit ends
 // with the returned timer.
-[[nodiscard]] std::unique_ptr<QTimer> whileModal(std::function<void(frmGetPosition&)> act,
+[[nodiscard]] std::unique_ptr<QTimer> whileModal(std::function<void(GetPositionDialog&)> act,
                                                  int limitMs = 10000) {
     QTimer::singleShot(0, [act = std::move(act)] {
         if (QTest::qWaitFor([] { return openCapture() != nullptr; }, 5000))
@@ -88,7 +88,7 @@ frmGetPosition* openCapture() {
     auto limit = std::make_unique<QTimer>();
     limit->setSingleShot(true);
     QObject::connect(limit.get(), &QTimer::timeout, [] {
-        if (frmGetPosition* d = openCapture()) {
+        if (GetPositionDialog* d = openCapture()) {
             ADD_FAILURE() << "the capture dialog did not close";
             d->reject();
         }
@@ -97,7 +97,7 @@ frmGetPosition* openCapture() {
     return limit;
 }
 
-class GetPositionDialog : public ::testing::Test {
+class GetPositionDialogTest : public ::testing::Test {
 protected:
     void SetUp() override {
         if (!pty.ready())
@@ -124,9 +124,9 @@ protected:
 
 } // namespace
 
-TEST_F(GetPositionDialog, ShowsLinesHdopColourCountAccuracyAndAverages) {
+TEST_F(GetPositionDialogTest, ShowsLinesHdopColourCountAccuracyAndAverages) {
     QtSerialPort port;
-    frmGetPosition dialog(onDevice(pty.out()), port, beeper, true);
+    GetPositionDialog dialog(onDevice(pty.out()), port, beeper, true);
     dialog.show();
     EXPECT_EQ(dialog.windowTitle(), "Get Position");
     EXPECT_TRUE(port.PortOpen());
@@ -181,14 +181,14 @@ TEST_F(GetPositionDialog, ShowsLinesHdopColourCountAccuracyAndAverages) {
     EXPECT_EQ(setup.lat, "");
 }
 
-TEST_F(GetPositionDialog, ClosesByItselfAndOkFillsThePosition) {
+TEST_F(GetPositionDialogTest, ClosesByItselfAndOkFillsThePosition) {
     SetupRecord setup;
     setup.lat = "1.000000";
     setup.lon = "2.000000";
     CommandStates commands;
     commands.Step2 = commands.Step3 = true;
     bool seenOpen = false;
-    const auto limit = whileModal([&](frmGetPosition& dialog) {
+    const auto limit = whileModal([&](GetPositionDialog& dialog) {
         seenOpen = true;
         // The old position went before the dialog came up.
         EXPECT_EQ(setup.lat, "");
@@ -197,8 +197,8 @@ TEST_F(GetPositionDialog, ClosesByItselfAndOkFillsThePosition) {
         EXPECT_TRUE(QTest::qWaitFor([&] { return text(dialog, "ct") == "1"; }, 5000));
         pty.write(fix("4807.0400,N,01131.0060,E", "1.0") + "\r\n");
     });
-    const FocusTarget focus = btnGetPos_Click(setup, commands, [&](SetupRecord& s) {
-        frmGetPosition::Capture(s, onDevice(pty.out()), beeper, true, '.');
+    const FocusTarget focus = capturePosition(setup, commands, [&](SetupRecord& s) {
+        GetPositionDialog::Capture(s, onDevice(pty.out()), beeper, true, '.');
     });
     ASSERT_TRUE(seenOpen);
     // Two fixes at HDOP 1.0: 4.00 m is within 10 m, so the timer pressed OK with a beep.
@@ -209,21 +209,21 @@ TEST_F(GetPositionDialog, ClosesByItselfAndOkFillsThePosition) {
     EXPECT_TRUE(released());
 }
 
-TEST_F(GetPositionDialog, CancelLeavesThePositionEmpty) {
+TEST_F(GetPositionDialogTest, CancelLeavesThePositionEmpty) {
     SetupRecord setup;
     setup.lat = "1.000000";
     setup.lon = "2.000000";
     CommandStates commands;
     commands.Step2 = true;
-    const auto limit = whileModal([&](frmGetPosition& dialog) {
+    const auto limit = whileModal([&](GetPositionDialog& dialog) {
         pty.write(fix("4807.0380,N,01131.0000,E", "1.0") + "\r\n");
         EXPECT_TRUE(QTest::qWaitFor([&] { return text(dialog, "ct") == "1"; }, 5000));
         EXPECT_EQ(text(dialog, "lat"), "48.117300");
         QTest::mouseClick(button(dialog, "CancelButton"), Qt::LeftButton);
     });
     // Without the Beep option the automatic close would be silent; here Cancel comes first.
-    const FocusTarget focus = btnGetPos_Click(setup, commands, [&](SetupRecord& s) {
-        frmGetPosition::Capture(s, onDevice(pty.out()), beeper, false, '.');
+    const FocusTarget focus = capturePosition(setup, commands, [&](SetupRecord& s) {
+        GetPositionDialog::Capture(s, onDevice(pty.out()), beeper, false, '.');
     });
     EXPECT_EQ(setup.lat, "");
     EXPECT_EQ(setup.lon, "");
@@ -233,19 +233,19 @@ TEST_F(GetPositionDialog, CancelLeavesThePositionEmpty) {
 
     // No step but the first one available: the focus goes there.
     bool shown = false;
-    EXPECT_EQ(btnGetPos_Click(setup, CommandStates{}, [&](SetupRecord&) { shown = true; }),
+    EXPECT_EQ(capturePosition(setup, CommandStates{}, [&](SetupRecord&) { shown = true; }),
               FocusTarget::Step1);
     EXPECT_TRUE(shown);
 }
 
-TEST_F(GetPositionDialog, SerialErrorsShowInTheRecordBox) {
+TEST_F(GetPositionDialogTest, SerialErrorsShowInTheRecordBox) {
     // A port another program holds: the error shows, the dialog stays, OK copies nothing.
     QtSerialPort holder;
     holder.SetDevice(pty.out());
     ASSERT_EQ(holder.SetPortOpen(true), 0);
     {
         QtSerialPort port;
-        frmGetPosition busy(onDevice(pty.out()), port, beeper, false);
+        GetPositionDialog busy(onDevice(pty.out()), port, beeper, false);
         busy.show();
         EXPECT_EQ(text(busy, "record"), "Error: Port In Use");
         EXPECT_TRUE(busy.isVisible());
@@ -261,7 +261,7 @@ TEST_F(GetPositionDialog, SerialErrorsShowInTheRecordBox) {
 
     // The line going away mid-capture is shown as it happens, and the fix so far is kept.
     QtSerialPort port;
-    frmGetPosition dialog(onDevice(pty.out()), port, beeper, false);
+    GetPositionDialog dialog(onDevice(pty.out()), port, beeper, false);
     dialog.show();
     dialog.findChild<QTimer*>("Timer1")->stop(); // the error must show by itself
     send(dialog, fix("3908.8199,N,00023.0832,W", "2.1") + "\r\n", "ct", "1");
@@ -279,10 +279,10 @@ TEST_F(GetPositionDialog, SerialErrorsShowInTheRecordBox) {
     EXPECT_EQ(dialog.model().result(), GetPositionModel::Result::Cancel);
 }
 
-TEST_F(GetPositionDialog, DestroyingAnOpenDialogReleasesThePort) {
+TEST_F(GetPositionDialogTest, DestroyingAnOpenDialogReleasesThePort) {
     QtSerialPort port;
     {
-        frmGetPosition dialog(onDevice(pty.out()), port, beeper, false);
+        GetPositionDialog dialog(onDevice(pty.out()), port, beeper, false);
         ASSERT_TRUE(port.PortOpen());
     }
     EXPECT_FALSE(port.PortOpen());

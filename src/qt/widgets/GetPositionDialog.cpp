@@ -1,4 +1,4 @@
-#include "qt/widgets/frmGetPosition.h"
+#include "qt/widgets/GetPositionDialog.h"
 
 #include "qt/widgets/DialogButtons.h"
 
@@ -23,7 +23,7 @@ namespace zav {
 
 // The dialog's port: everything goes to the real one, and after each chunk or error the
 // model has handled, the dialog shows the model again.
-class frmGetPosition::WatchedPort : public SerialPort {
+class GetPositionDialog::WatchedPort : public SerialPort {
 public:
     WatchedPort(SerialPort& port, std::function<void()> changed)
         : m_port(port), m_changed(std::move(changed)) {}
@@ -83,8 +83,8 @@ QLabel* caption(const char* text, QWidget* parent) {
 
 } // namespace
 
-frmGetPosition::frmGetPosition(const GpsSettings& settings, SerialPort& ComPort, Beeper& beeper,
-                               bool beepOption, char decimalSeparator, QWidget* parent)
+GetPositionDialog::GetPositionDialog(const GpsSettings& settings, SerialPort& port, Beeper& beeper,
+                                     bool beepOption, char decimalSeparator, QWidget* parent)
     : QDialog(parent) {
     setObjectName(QStringLiteral("frmGetPosition"));
     setWindowTitle(QStringLiteral("Get Position"));
@@ -92,8 +92,8 @@ frmGetPosition::frmGetPosition(const GpsSettings& settings, SerialPort& ComPort,
 
     auto* current = new QGroupBox(QStringLiteral("Current GPS data"), this);
     m_hdop = makeBox("HDOP", 5, current);
-    m_lblfix = new QLabel(current);
-    m_lblfix->setObjectName(QStringLiteral("lblfix"));
+    m_fixText = new QLabel(current);
+    m_fixText->setObjectName(QStringLiteral("lblfix"));
     m_record = makeBox("record", 60, current);
     m_record->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
     m_latl = makeBox("latl", 11, current);
@@ -101,7 +101,7 @@ frmGetPosition::frmGetPosition(const GpsSettings& settings, SerialPort& ComPort,
     auto* currentGrid = new QGridLayout(current);
     currentGrid->addWidget(caption("HDOP", current), 0, 0);
     currentGrid->addWidget(m_hdop, 0, 1);
-    currentGrid->addWidget(m_lblfix, 0, 2, 1, 2);
+    currentGrid->addWidget(m_fixText, 0, 2, 1, 2);
     currentGrid->addWidget(caption("Record", current), 1, 0);
     currentGrid->addWidget(m_record, 1, 1, 1, 3);
     currentGrid->addWidget(caption("Latitude", current), 2, 0);
@@ -133,55 +133,55 @@ frmGetPosition::frmGetPosition(const GpsSettings& settings, SerialPort& ComPort,
     layout->addWidget(average);
     layout->addLayout(buttons.row);
 
-    m_port = std::make_unique<WatchedPort>(ComPort, [this] { render(); });
+    m_port = std::make_unique<WatchedPort>(port, [this] { render(); });
     m_model =
         std::make_unique<GetPositionModel>(settings, *m_port, beeper, beepOption, decimalSeparator);
-    m_timer1 = new QTimer(this);
-    m_timer1->setObjectName(QStringLiteral("Timer1"));
-    m_timer1->setInterval(1000);
-    connect(m_timer1, &QTimer::timeout, this, [this] { tick(); });
+    m_tickTimer = new QTimer(this);
+    m_tickTimer->setObjectName(QStringLiteral("Timer1"));
+    m_tickTimer->setInterval(1000);
+    connect(m_tickTimer, &QTimer::timeout, this, [this] { tick(); });
 
-    m_model->Form_Load();
-    m_timer1->start();
+    m_model->open();
+    m_tickTimer->start();
     render();
 }
 
-frmGetPosition::~frmGetPosition() {
-    m_timer1->stop();
+GetPositionDialog::~GetPositionDialog() {
+    m_tickTimer->stop();
     if (m_model->result() == GetPositionModel::Result::Open)
-        m_model->Form_Unload();
+        m_model->close();
 }
 
-void frmGetPosition::Capture(SetupRecord& setup, const GpsSettings& settings, Beeper& beeper,
-                             bool beepOption, char decimalSeparator, QWidget* parent) {
+void GetPositionDialog::Capture(SetupRecord& setup, const GpsSettings& settings, Beeper& beeper,
+                                bool beepOption, char decimalSeparator, QWidget* parent) {
     QtSerialPort port;
-    frmGetPosition dialog(settings, port, beeper, beepOption, decimalSeparator, parent);
+    GetPositionDialog dialog(settings, port, beeper, beepOption, decimalSeparator, parent);
     dialog.exec();
     dialog.model().ApplyTo(setup);
 }
 
-void frmGetPosition::tick() {
-    m_model->Timer1_Timer();
+void GetPositionDialog::tick() {
+    m_model->onClockTick();
     render();
     if (m_model->result() == GetPositionModel::Result::Ok)
         accept();
 }
 
-void frmGetPosition::accept() {
-    m_timer1->stop();
+void GetPositionDialog::accept() {
+    m_tickTimer->stop();
     if (m_model->result() == GetPositionModel::Result::Open)
-        m_model->OKButton_Click();
+        m_model->okPressed();
     QDialog::accept();
 }
 
-void frmGetPosition::reject() {
-    m_timer1->stop();
+void GetPositionDialog::reject() {
+    m_tickTimer->stop();
     if (m_model->result() == GetPositionModel::Result::Open)
-        m_model->CancelButton_Click();
+        m_model->cancelPressed();
     QDialog::reject();
 }
 
-void frmGetPosition::render() {
+void GetPositionDialog::render() {
     const GetPositionModel& m = *m_model;
     QColor colour = palette().color(QPalette::Text);
     switch (m.HDOPColour) {
@@ -199,8 +199,8 @@ void frmGetPosition::render() {
     m_hdop->setPalette(hdopPalette);
 
     const std::pair<QLineEdit*, const std::string*> boxes[] = {
-        {m_hdop, &m.HDOP}, {m_record, &m.record}, {m_latl, &m.latl}, {m_lonl, &m.lonl},
-        {m_acc, &m.acc},   {m_ct, &m.ct},         {m_lat, &m.lat},   {m_lon, &m.lon},
+        {m_hdop, &m.HDOP}, {m_record, &m.record}, {m_latl, &m.currentLat}, {m_lonl, &m.currentLon},
+        {m_acc, &m.acc},   {m_ct, &m.fixCount},   {m_lat, &m.lat},         {m_lon, &m.lon},
     };
     for (const auto& [box, text] : boxes) {
         if (box->text() == qs(*text))
@@ -208,7 +208,7 @@ void frmGetPosition::render() {
         box->setText(qs(*text));
         box->setCursorPosition(0); // a long line shows its start, where the sentence type is
     }
-    m_lblfix->setText(qs(m.lblfix));
+    m_fixText->setText(qs(m.fixText));
 }
 
 } // namespace zav

@@ -1,4 +1,4 @@
-#include "qt/widgets/frmGpsSetup.h"
+#include "qt/widgets/GpsSetupDialog.h"
 
 #include "config/GpsSettings.h"
 #include "gps/GpsSetupModel.h"
@@ -28,7 +28,7 @@ struct Desk {
     GpsSettings settings;
     test::FakeDialogs dialogs;
     std::unique_ptr<GpsSetupModel> model;
-    std::unique_ptr<frmGpsSetup> dialog;
+    std::unique_ptr<GpsSetupDialog> dialog;
 
     void open(const std::vector<std::string>& names = {}) {
         dialog.reset();
@@ -36,7 +36,7 @@ struct Desk {
         for (const std::string& name : names)
             devices.push_back({name, name == "/dev/ttyACM0" ? "u-blox GNSS receiver" : ""});
         model = std::make_unique<GpsSetupModel>(settings, dialogs, devices);
-        dialog = std::make_unique<frmGpsSetup>(*model);
+        dialog = std::make_unique<GpsSetupDialog>(*model);
         dialog->show();
         QApplication::setActiveWindow(dialog.get());
         QTest::qWait(20);
@@ -251,9 +251,9 @@ TEST(GpsSetupDialog, EditRunsModallyOverTheSettings) {
         });
     };
     answer("CancelButton", "1200");
-    EXPECT_FALSE(frmGpsSetup::Edit(settings, dialogs));
+    EXPECT_FALSE(GpsSetupDialog::Edit(settings, dialogs));
     EXPECT_EQ(settings.Speed, 4800);
     answer("OKButton", "1200");
-    EXPECT_TRUE(frmGpsSetup::Edit(settings, dialogs));
+    EXPECT_TRUE(GpsSetupDialog::Edit(settings, dialogs));
     EXPECT_EQ(settings.Speed, 1200);
 }

@@ -21,13 +21,13 @@ struct SetupRecord;
 // arrives and the position averaged so far, and closes by itself once the wanted accuracy is
 // reached. Every way of closing it (OK, Cancel, Esc, the window's close button, the automatic
 // close, destruction) releases the port.
-class frmGetPosition : public QDialog {
+class GetPositionDialog : public QDialog {
 public:
     // `beepOption` is the main window's Beep option; numbers are shown with
     // `decimalSeparator`.
-    frmGetPosition(const GpsSettings& settings, SerialPort& ComPort, Beeper& beeper,
-                   bool beepOption, char decimalSeparator = '.', QWidget* parent = nullptr);
-    ~frmGetPosition() override;
+    GetPositionDialog(const GpsSettings& settings, SerialPort& port, Beeper& beeper,
+                      bool beepOption, char decimalSeparator = '.', QWidget* parent = nullptr);
+    ~GetPositionDialog() override;
 
     const GetPositionModel& model() const { return *m_model; }
 
@@ -52,14 +52,14 @@ private:
     QLineEdit* m_record;
     QLineEdit* m_latl;
     QLineEdit* m_lonl;
-    QLabel* m_lblfix;
+    QLabel* m_fixText;
     QLineEdit* m_acc;
     QLineEdit* m_ct;
     QLineEdit* m_lat;
     QLineEdit* m_lon;
     QPushButton* m_ok;
     QPushButton* m_cancel;
-    QTimer* m_timer1;
+    QTimer* m_tickTimer;
 };
 
 } // namespace zav
