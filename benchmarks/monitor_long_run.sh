@@ -2,8 +2,8 @@
 # A long unattended run as a campaign would make it: zavcli monitor on three frequencies tuned
 # through rigctld (Hamlib's dummy rig), recording live from a private PulseAudio source fed a
 # level per frequency, posting to a collection server (socat) that is down for the first
-# cycles; in cycle 5 the audio source is removed in the middle of a recording and put back two
-# seconds later. Prints the log's row count, the gaps told and the server's request count.
+# cycles; in cycle 5 the audio source is removed in the middle of a recording and put back a
+# second later. Prints the log's row count, the gaps told and the server's request count.
 #   benchmarks/monitor_long_run.sh [MINUTES] [path/to/zavcli]   (default 30, build/bin/zavcli)
 set -eu
 here=$(cd "$(dirname "$0")/.." && pwd)
@@ -77,16 +77,17 @@ sleep 170
 socat TCP-LISTEN:$hport,bind=127.0.0.1,reuseaddr,fork EXEC:./serve.sh 2> /dev/null &
 server=$!
 # The audio source leaves one second into the first recording of cycle 5 (timed by the
-# server's list of recording streams) and comes back two seconds later.
+# server's list of recording streams) and comes back a second later, before the next one.
 sleep $((4 * 60 - 170 - 10))
-stream=$(pactl list short source-outputs | awk '{ print $1; exit }')
-until s=$(pactl list short source-outputs | awk -v l="$stream" '$1 != l { print $1; exit }') &&
+# (The remapping module's own stream, client "-", is not a recording.)
+stream=$(pactl list short source-outputs | awk '$3 != "-" { print $1; exit }')
+until s=$(pactl list short source-outputs | awk -v l="$stream" '$1 != l && $3 != "-" { print $1; exit }') &&
     [ -n "$s" ]; do sleep 0.05; done
 sleep 1
 module=$(pactl list short modules | awk '/module-remap-source/ { print $1 }')
 pactl unload-module "$module"
 echo "source removed at $(date +%T), in recording stream $s"
-sleep 2
+sleep 1
 pactl load-module module-remap-source master=zavsink.monitor source_name=zavmic channels=1 > /dev/null
 echo "source back at $(date +%T)"
 rc=0; wait $mon || rc=$?; mon=

@@ -8,6 +8,7 @@
 #include <QEventLoop>
 #include <QTimer>
 
+#include <algorithm>
 #include <cstring>
 #include <vector>
 
@@ -144,10 +145,18 @@ CaptureOutcome QtAudioCapture::Capture(const CaptureRequest& request, CaptureSin
     QTimer presence;
     const QByteArray id = device->id();
     const bool followsDefault = request.device.empty();
+    auto movedElsewhere = [&] {
+        if (followsDefault && FindAudioInput({}).value_or(QAudioDevice()).id() != id)
+            return true;
+        const auto inputs = InputsRecordedNow();
+        return inputs && std::any_of(inputs->begin(), inputs->end(), [&](const std::string& input) {
+                   return input != id.toStdString();
+               });
+    };
     QObject::connect(&presence, &QTimer::timeout, &loop, [&] {
         if (!AudioInputPresent(id))
             finish(CaptureStatus::Failed, {kDeviceRemoved, "The audio input was removed."});
-        else if (followsDefault && FindAudioInput({}).value_or(QAudioDevice()).id() != id)
+        else if (movedElsewhere())
             finish(CaptureStatus::Failed,
                    {kDeviceRemoved, "The sound system moved the recording to another input."});
     });
