@@ -13,7 +13,7 @@ PACKAGES := cmake g++ make ninja-build ccache pkg-config file dpkg-dev time \
             qt6-base-dev qt6-multimedia-dev qt6-serialport-dev qt6-charts-dev qt6-svg-dev \
             libqt6opengl6-dev libgl-dev libgtest-dev libgmock-dev libbenchmark-dev \
             libhamlib-dev libhamlib-utils \
-            sox socat pulseaudio pulseaudio-utils gnuplot-nox xvfb xauth \
+            sox socat pulseaudio pulseaudio-utils libpulse-dev gnuplot-nox xvfb xauth \
             shared-mime-info desktop-file-utils xdg-utils
 
 SUDO := $(shell [ "$$(id -u)" = 0 ] || echo sudo)

@@ -2,8 +2,8 @@
 # A long unattended run as a campaign would make it: zavcli monitor on three frequencies tuned
 # through rigctld (Hamlib's dummy rig), recording live from a private PulseAudio source fed a
 # level per frequency, posting to a collection server (socat) that is down for the first
-# cycles; between two cycles the audio source is removed and put back. Prints the log's row
-# count and the server's request count.
+# cycles; in cycle 5 the audio source is removed in the middle of a recording and put back a
+# second later. Prints the log's row count, the gaps told and the server's request count.
 #   benchmarks/monitor_long_run.sh [MINUTES] [path/to/zavcli]   (default 30, build/bin/zavcli)
 set -eu
 here=$(cd "$(dirname "$0")/.." && pwd)
@@ -64,7 +64,9 @@ HANDLER
 chmod +x serve.sh
 : > received.txt
 hport=$((port + 1))
-sed "s|^url=.*|url=127.0.0.1:$hport/collect|" "$examples/example.zav" > campaign.zav
+# Recordings of 5 s, so that the removal can fall inside one.
+sed -e "s|^url=.*|url=127.0.0.1:$hport/collect|" -e 's/^Interval=.*/Interval=5000/' \
+    "$examples/example.zav" > campaign.zav
 
 "$zavcli" monitor --profile campaign.zav --frequencies 3.5,5.3,7.0 --every 1m --count "$minutes" \
     --rig 2 --rig-port 127.0.0.1:$port --settle 1500 --device zavmic --log campaign.tab \
@@ -74,13 +76,18 @@ mon=$!
 sleep 170
 socat TCP-LISTEN:$hport,bind=127.0.0.1,reuseaddr,fork EXEC:./serve.sh 2> /dev/null &
 server=$!
-# The audio source leaves and comes back between cycles 5 and 6 (each cycle's recordings take
-# about 15 s of its minute).
-sleep $((5 * 60 - 170 - 30))
+# The audio source leaves one second into the first recording of cycle 5 (timed by the
+# server's list of recording streams) and comes back a second later, before the next one.
+sleep $((4 * 60 - 170 - 10))
+# (The remapping module's own stream, client "-", is not a recording.)
+stream=$(pactl list short source-outputs | awk '$3 != "-" { print $1; exit }')
+until s=$(pactl list short source-outputs | awk -v l="$stream" '$1 != l && $3 != "-" { print $1; exit }') &&
+    [ -n "$s" ]; do sleep 0.05; done
+sleep 1
 module=$(pactl list short modules | awk '/module-remap-source/ { print $1 }')
 pactl unload-module "$module"
-echo "source removed at $(date +%T)"
-sleep 20
+echo "source removed at $(date +%T), in recording stream $s"
+sleep 1
 pactl load-module module-remap-source master=zavsink.monitor source_name=zavmic channels=1 > /dev/null
 echo "source back at $(date +%T)"
 rc=0; wait $mon || rc=$?; mon=
@@ -90,3 +97,4 @@ tail -3 campaign.err
 echo "data log rows (without header): $(($(wc -l < campaign.tab) - 1)) of $((3 * minutes))"
 echo "server requests: $(wc -l < received.txt), distinct: $(sort -u received.txt | wc -l)"
 echo "audio gaps told: $(grep -c 'Audio input gap' campaign.err || true)"
+grep 'Audio input gap' campaign.err || true

@@ -136,6 +136,31 @@ bool Monitor::tune(double frequencyMHz) {
     return true;
 }
 
+// Steps 1 and 2 are made once for the whole run, so an audio input that is away for a moment
+// is waited for: the recording is made again a few times before the step counts as failed.
+// False when the run was stopped meanwhile.
+bool Monitor::recordCalibration(void (MeasurementSteps::*step)(), const std::string& where) {
+    constexpr int kTries = 6;
+    constexpr int kRetrySeconds = 5;
+    const Measurement soundCard = m_steps.S1;
+    for (int attempt = 1;; ++attempt) {
+        m_silent->last.clear();
+        m_steps.S1 = soundCard;
+        m_steps.observation.ObsTime.clear();
+        (m_steps.*step)();
+        if (stopped())
+            return false;
+        if (!m_steps.observation.ObsTime.empty() || attempt == kTries)
+            return true;
+        ++m_status.audioGaps;
+        event("Audio input gap " + where +
+              (m_silent->last.empty() ? std::string() : ": " + m_silent->last) +
+              "; recorded again in " + std::to_string(kRetrySeconds) + " s");
+        if (!waitUntil(m_ports.clock.Now() + kRetrySeconds))
+            return false;
+    }
+}
+
 bool Monitor::calibrate() {
     setState(MonitorState::Calibrating);
     auto ask = [&](const char* text) {
@@ -145,10 +170,7 @@ bool Monitor::calibrate() {
     };
     if (!ask("Power off receiver, connect to sound card and hit OK.."))
         return false;
-    m_silent->last.clear();
-    m_steps.observation.ObsTime.clear();
-    m_steps.Step1();
-    if (stopped())
+    if (!recordCalibration(&MeasurementSteps::Step1, "during step 1"))
         return false;
     if (m_steps.observation.ObsTime.empty() || m_steps.S1.ClipFlag != 0) {
         const std::string why = m_steps.observation.ObsTime.empty() ? "no recording"
@@ -169,11 +191,8 @@ bool Monitor::calibrate() {
             return false;
         if (!tune(f))
             continue;
-        m_silent->last.clear();
         m_steps.S1 = m_soundCard;
-        m_steps.observation.ObsTime.clear();
-        m_steps.Step2();
-        if (stopped())
+        if (!recordCalibration(&MeasurementSteps::Step2, "at " + mhzText(f) + " during step 2"))
             return false;
         const CellColour rms = m_steps.gridMeas.Colour(2, 2);
         if (m_steps.observation.ObsTime.empty() || m_steps.S2.ClipFlag != 0 ||
@@ -279,7 +298,10 @@ void Monitor::measureAt(double frequencyMHz) {
     if (m_setup.postEnabled && m_ports.poster) {
         const int before = m_status.posted;
         post(requestBody());
-        note += m_status.posted > before ? ", posted" : m_queue.Empty() ? "" : ", queued";
+        note += m_status.state == MonitorState::Failed ? ", not posted"
+                : m_status.posted > before             ? ", posted"
+                : m_queue.Empty()                      ? ""
+                                                       : ", queued";
     }
     obs.line = obs.obsTime + "  " + mhzText(frequencyMHz) + "  FsRms " +
                (obs.fsRmsDbuvPerM ? Format(*obs.fsRmsDbuvPerM, "0.0") : std::string("-")) +
@@ -294,8 +316,15 @@ void Monitor::measureAt(double frequencyMHz) {
 void Monitor::post(const std::string& body) {
     // Queued first, so that the order holds and a crash in the request loses nothing.
     std::string error;
-    if (!m_queue.Push(body, &error))
-        event("Cannot keep the post queue on disk: " + error);
+    if (!m_queue.Push(body, &error)) {
+        // A queue that cannot be kept could lose what it holds: like a full data log, this
+        // ends the run, with the queue on disk as it was.
+        event("Cannot keep the post queue on disk (" + error + "): the run stops; the row of " +
+              m_steps.observation.ObsTime + " is logged but not posted");
+        setState(MonitorState::Failed);
+        m_ports.stop = true;
+        return;
+    }
     flushQueue();
 }
 

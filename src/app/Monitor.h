@@ -111,6 +111,7 @@ public:
 
 private:
     bool calibrate();
+    bool recordCalibration(void (MeasurementSteps::*step)(), const std::string& where);
     void runCycle();
     void measureAt(double frequencyMHz);
     bool tune(double frequencyMHz);

@@ -11,6 +11,7 @@
 #ifdef _WIN32
 #include <io.h>
 #else
+#include <csignal>
 #include <unistd.h>
 #endif
 
@@ -22,6 +23,11 @@ inline int RunCliProgram(int argc, char* argv[],
                          int (*run)(const std::vector<std::string>&, CliIo&)) {
     QCoreApplication app(argc, argv);
     std::setlocale(LC_ALL, "C");
+#ifndef _WIN32
+    // A file that may grow no more (a size limit, a full quota) fails the write with an error
+    // the command reports, instead of ending the program halfway through a file.
+    std::signal(SIGXFSZ, SIG_IGN);
+#endif
     const std::vector<std::string> args(argv + 1, argv + argc);
 #ifdef _WIN32
     const bool terminal = _isatty(_fileno(stderr)) != 0;

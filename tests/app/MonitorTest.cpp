@@ -75,7 +75,7 @@ struct Bench {
     std::atomic<bool> stop{false};
     std::map<double, double> external{{3.5, 400}, {7.0, 800}, {10.1, 1600}};
     double soundCard = 3, receiver = 100;
-    int recordings = 0;
+    int recordings = 0, failures = 0;
     std::function<bool(int)> failRecording = [](int) { return false; };
     std::function<void(int)> onRecording = [](int) {};
 
@@ -86,7 +86,7 @@ struct Bench {
             const int n = ++b.recordings;
             b.onRecording(n);
             if (b.failRecording(n))
-                return {RecordingStatus::Failed, 0, 0, 0};
+                return ++b.failures, Recording{RecordingStatus::Failed, 0, 0, 0};
             double rms = b.soundCard;
             if (n > 1)
                 rms = b.rig.tunings.empty() ? b.receiver : b.levelFor(b.rig.tunings.back());
@@ -98,7 +98,7 @@ struct Bench {
 
     int step2Count() const { return 1 + static_cast<int>(external.size()); }
     double levelFor(const RigTuning& t) const {
-        if (recordings <= step2Count())
+        if (recordings - failures <= step2Count())
             return receiver;
         return external.at(std::round(t.frequencyHz / 1e5) / 10);
     }
@@ -242,16 +242,18 @@ TEST(Monitor, FailedVerdictsAreCountedNotLogged) {
 
 TEST(Monitor, AudioGapsAndRigErrorsAreToldAndTheRunGoesOn) {
     Bench b;
-    b.failRecording = [](int n) { return n == 6; }; // cycle 1, second frequency
+    // Step 2 at the second frequency once, then cycle 1 at the second frequency.
+    b.failRecording = [](int n) { return n == 3 || n == 7; };
     b.onRecording = [&b](int n) {
-        if (n == 7)
+        if (n == 8)
             b.rig.failNext = 1; // the next tuning, cycle 2's first: the rig does not answer
     };
     const MonitorStatus st = b.run(3);
     EXPECT_EQ(st.state, MonitorState::Finished);
-    EXPECT_EQ(st.audioGaps, 1);
+    EXPECT_EQ(st.audioGaps, 2);
     EXPECT_EQ(st.rigErrors, 1);
     EXPECT_EQ(st.logged, 9 - 2);
+    EXPECT_TRUE(b.saw("Audio input gap at 7.000 MHz during step 2"));
     EXPECT_TRUE(b.saw("Audio input gap at 7.000 MHz, cycle 1"));
     EXPECT_TRUE(b.saw("Rig: cannot tune to 3.500 MHz: Communication timed out; tried again"));
     EXPECT_EQ(b.logRows().size(), 1u + 7u);
@@ -335,6 +337,15 @@ TEST(Monitor, AnUnwritableDataLogStopsTheRunWithAClearMessage) {
     EXPECT_EQ(st.state, MonitorState::Failed);
     EXPECT_TRUE(b.saw("Cannot append to the data log"));
     EXPECT_EQ(b.recordings, 1 + 3 + 1);
+
+    // The same for a post queue that cannot be kept: the row is logged, nothing is posted.
+    Bench q;
+    MonitorSetup qs = q.setup();
+    qs.queuePath = q.dir.path.string();
+    EXPECT_EQ(q.run(3, qs).state, MonitorState::Failed);
+    EXPECT_TRUE(q.saw("Cannot keep the post queue on disk"));
+    EXPECT_EQ(q.logRows().size(), 2u);
+    EXPECT_TRUE(q.poster.attempts.empty());
 }
 
 TEST(Monitor, WithoutARigOneFrequencyAsTheOperatorLeftIt) {
@@ -355,9 +366,11 @@ TEST(Monitor, ARunEndsBeforeAnyCycleWhenTheOperatorCancelsOrStep1Fails) {
     EXPECT_EQ(b.recordings, 1);
 
     Bench noRecording;
-    noRecording.failRecording = [](int n) { return n == 1; };
+    noRecording.failRecording = [](int) { return true; };
     EXPECT_EQ(noRecording.run(2).state, MonitorState::Failed);
+    EXPECT_TRUE(noRecording.saw("Audio input gap during step 1"));
     EXPECT_TRUE(noRecording.saw("Step 1 failed (no recording)"));
+    EXPECT_GT(noRecording.recordings, 1);
     Bench clipping;
     clipping.soundCard = 30000;
     EXPECT_EQ(clipping.run(2).state, MonitorState::Failed);

@@ -48,7 +48,7 @@ socat TCP-LISTEN:$port,bind=127.0.0.1,reuseaddr,fork EXEC:./serve.sh 2> /dev/nul
 server=$!
 rc=0; wait $mon || rc=$?; mon=
 [ $rc = 0 ] || fail "run: exit $rc $(cat run.err)"
-grep -q 'Server unreachable (connection refused)' run.err || fail "no outage told: $(cat run.err)"
+grep -q 'Server unreachable (connection refused by 127.0.0.1:' run.err || fail "no outage told: $(cat run.err)"
 [ "$(grep -c 'queued' run.out)" -ge 1 ] || fail "nothing queued while down: $(cat run.out)"
 [ "$(wc -l < posted.tab)" = 7 ] || fail "log rows: $(wc -l < posted.tab)"
 [ "$(wc -l < received.txt)" = 6 ] || fail "arrived: $(wc -l < received.txt) $(cat run.err)"
@@ -56,4 +56,25 @@ grep -q 'Server unreachable (connection refused)' run.err || fail "no outage tol
 [ "$(grep -c 'Frequency=7%2E100&' received.txt)" = 6 ] || fail "bodies: $(head -1 received.txt)"
 [ ! -e posted.tab.queue ] || fail "the queue was left behind"
 grep -q ', 6 posted, 0 queued' run.err || fail "summary: $(tail -1 run.err)"
+
+# A full disk: the data log may grow to 160 KiB only (it starts a few rows short of that). The
+# run stops with a clear message and a failure, every row whole, the queue of posts for the
+# server (down) whole and nothing else left behind.
+sed "s|^url=.*|url=127.0.0.1:1/collect|" "$examples/example.zav" > down.zav
+awk 'NR == 1 { print; next } { while (size < 160000) { print; size += length + 1 } }' \
+    posted.tab > full.tab
+rows=$(wc -l < full.tab)
+rc=0
+(ulimit -f 320; exec "$zavcli" monitor --profile down.zav --every 1s --count 30 --log full.tab \
+    --step1 "$examples/soundcard.wav" --step2 "$examples/receiver.wav" \
+    --step3 "$examples/external.wav" > full.out 2> full.err) || rc=$?
+[ $rc = 1 ] || fail "full disk: exit $rc $(cat full.err)"
+grep -q 'Cannot append to the data log full.tab (is the disk full?): the run stops' full.err ||
+    fail "full disk not told: $(cat full.err)"
+added=$(($(wc -l < full.tab) - rows))
+[ $added -ge 1 ] && [ $added -lt 30 ] || fail "rows added: $added"
+awk -F'\t' 'NR == 2 { n = NF } NR > 1 && NF != n || !/\r$/ { exit 1 }' full.tab || fail "a half row"
+[ "$(grep -c '&client=1&debug=0$' full.tab.queue)" = $added ] &&
+    [ "$(wc -l < full.tab.queue)" = $added ] || fail "queue: $(cat full.tab.queue)"
+[ "$(ls | grep -c full)" = 4 ] || fail "left behind: $(ls)"
 echo "monitor server: all checks passed"

@@ -19,4 +19,9 @@ std::optional<QAudioDevice> FindAudioInput(const std::string& name);
 // Whether the input with the sound system's id `id` is still there.
 bool AudioInputPresent(const QByteArray& id);
 
+// The sound server's names of the inputs this process records from right now, when the
+// server can say (PulseAudio, or a server that speaks its protocol); nothing otherwise. The
+// server may move a recording to another input without the recording noticing.
+std::optional<std::vector<std::string>> InputsRecordedNow();
+
 } // namespace zav

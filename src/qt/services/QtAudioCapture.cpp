@@ -8,6 +8,7 @@
 #include <QEventLoop>
 #include <QTimer>
 
+#include <algorithm>
 #include <cstring>
 #include <vector>
 
@@ -138,13 +139,26 @@ CaptureOutcome QtAudioCapture::Capture(const CaptureRequest& request, CaptureSin
             finish(CaptureStatus::Failed,
                    {kDeviceSilent, "The audio input stopped delivering samples."});
     });
-    // The sound system may move the stream elsewhere when its input goes away; a recording
-    // from another input than the chosen one would be wrong, so that is an error too.
+    // The sound system may move the stream elsewhere when its input goes away, or when the
+    // default input changes under a recording from the default: a recording that is partly
+    // from another input would be wrong, so either is an error.
     QTimer presence;
     const QByteArray id = device->id();
+    const bool followsDefault = request.device.empty();
+    auto movedElsewhere = [&] {
+        if (followsDefault && FindAudioInput({}).value_or(QAudioDevice()).id() != id)
+            return true;
+        const auto inputs = InputsRecordedNow();
+        return inputs && std::any_of(inputs->begin(), inputs->end(), [&](const std::string& input) {
+                   return input != id.toStdString();
+               });
+    };
     QObject::connect(&presence, &QTimer::timeout, &loop, [&] {
         if (!AudioInputPresent(id))
             finish(CaptureStatus::Failed, {kDeviceRemoved, "The audio input was removed."});
+        else if (movedElsewhere())
+            finish(CaptureStatus::Failed,
+                   {kDeviceRemoved, "The sound system moved the recording to another input."});
     });
     poll.start(kPollMs);
     presence.start(kPresenceCheckMs);

@@ -6,10 +6,11 @@
 
 namespace zav {
 
-// Posts a form over a socket of its own, so that it knows whether any of the request left:
-// a connection that was never made (refused, no such host, no route, a failed TLS handshake)
-// is `NeverLeft`; a failure after the first byte was handed to the system is `Unknown`. The
-// wait runs in a local event loop, so it works in any thread that has none of its own.
+// The monitor's form post: the transfer's own socket post (sent once, no redirect followed),
+// told as whether any of the request can have reached the server. A connection that was never
+// made (refused, no such host, a failed TLS handshake) is `NeverLeft`; a failure once the
+// request was written is `Unknown`. The wait runs in a local event loop, so it works in any
+// thread that has none of its own.
 class QtFormPoster : public FormPoster {
 public:
     // The server's replies are a few hundred bytes; more than this is not its reply.
