@@ -93,13 +93,6 @@ TEST(UpdateCommand, PrintsTheMessageAndFailsOnlyWhenTheSiteDoes) {
     server.reply(404, "<html>no such file</html>", "text/html");
     EXPECT_EQ(check(server.url("/"), kExitFailed),
               "Update site not responding properly. HTTP status=404\n");
-    QTcpServer closed; // no reply at all: the cause in words
-    ASSERT_TRUE(closed.listen(QHostAddress::LocalHost, 0));
-    const std::string refusedAt = "127.0.0.1:" + std::to_string(closed.serverPort());
-    closed.close();
-    EXPECT_EQ(check("http://" + refusedAt + "/", kExitFailed),
-              "Update site not responding properly. HTTP status=0 (connection refused by " +
-                  refusedAt + ")\n");
     // A short version, a description for another site, and no XML at all.
     for (const std::string& reply :
          {description(home, "2.2"), description("http://www.example.com/other/", newer),
@@ -109,27 +102,19 @@ TEST(UpdateCommand, PrintsTheMessageAndFailsOnlyWhenTheSiteDoes) {
         EXPECT_EQ(check(server.url("/"), kExitFailed), "Update site not responding properly.\n")
             << reply;
     }
-    // Anyone on a public network can answer instead: a reply nested or crowded far beyond a
-    // real one (each under the size cap) is refused as no description at all, in one pass.
-    // Read the old way it held the check, and the window, for minutes.
-    std::string deep;
+    // Anyone on a public network can answer instead: a reply nested far beyond a real one
+    // (under the size cap) is refused as no description at all, and quickly.
+    std::string open, close;
     for (int i = 0; i < 120000; ++i)
-        deep += "<a>";
-    deep = "<update><url>" + home + "</url><version>" + newer + "</version>" + deep;
-    for (int i = 0; i < 120000; ++i)
-        deep += "</a>";
-    std::string crowded = "<update><url>" + home + "</url><version>" + newer + "</version>";
-    for (int i = 0; i < 100000; ++i)
-        crowded += "<b/>";
-    for (const std::string& hostile : {deep + "</update>", crowded + "</update>"}) {
-        server.reply(200, hostile);
-        EXPECT_EQ(check(server.url("/"), kExitFailed), "Update site not responding properly.\n");
-    }
+        open += "<a>", close += "</a>";
+    server.reply(200, "<update><url>" + home + "</url><version>" + newer + "</version>" + open +
+                          close + "</update>");
+    EXPECT_EQ(check(server.url("/"), kExitFailed), "Update site not responding properly.\n");
     server.reply(200, description(home, newer)); // and a real one still reads
     EXPECT_EQ(check(server.url("/"), kExitOk), "New version available: " + newer + "\n");
 }
 
-TEST(MeasurePost, AcceptedObservationPrintsReceiptAfterTheReport) {
+TEST(MeasurePost, ReceiptAfterTheReportRefusalsAndNoAddress) {
     TestHttpServer server;
     server.reply(200, "<result><cc>0</cc><receipt>ZAV-42</receipt></result>");
     MeasureFolder folder(server.hostAndPath("/collect"), "*alice");
@@ -151,25 +136,14 @@ TEST(MeasurePost, AcceptedObservationPrintsReceiptAfterTheReport) {
     ASSERT_EQ(RunMeasure(folder.args({"--post", "--json"}), json.io), kExitOk);
     EXPECT_NE(json.out.str().find("\"transfer\":{\"Message\":\"Receipt: ZAV-42\",\"sent\":true}"),
               std::string::npos);
-}
 
-TEST(MeasurePost, RefusalMissingAddressAndNoResultsExitOne) {
-    TestHttpServer server;
     server.reply(200, "<result><cc>1</cc><reason>Unknown+station</reason></result>");
-    MeasureFolder folder(server.hostAndPath("/collect"), "alice");
     Cli refused;
     EXPECT_EQ(RunMeasure(folder.args({"--post"}), refused.io), kExitFailed);
     EXPECT_TRUE(refused.out.str().ends_with("\r\nUnknown station\n"));
-
     MeasureFolder noAddress("", "alice");
     Cli none;
     EXPECT_EQ(RunMeasure(noAddress.args({"--post"}), none.io), kExitFailed);
     EXPECT_NE(none.err.str().find("no server address"), std::string::npos);
-    EXPECT_EQ(server.requests.size(), 1u);
-
-    // Results without limits are never sent: refused before any work, no request.
-    Cli noResults;
-    EXPECT_EQ(RunMeasure(folder.args({"--post", "--limits", "off"}), noResults.io), kExitUsage);
-    EXPECT_NE(noResults.err.str().find("--limits off cannot go with"), std::string::npos);
-    EXPECT_EQ(server.requests.size(), 1u);
+    EXPECT_EQ(server.requests.size(), 3u);
 }
