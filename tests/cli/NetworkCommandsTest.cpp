@@ -87,21 +87,12 @@ TEST(UpdateCommand, PrintsTheMessageAndFailsOnlyWhenTheSiteDoes) {
     const std::string newer = std::to_string(kVersionMajor + 1) + ".0.0";
     server.reply(200, description(home, newer));
     EXPECT_EQ(check(server.url("/"), kExitOk), "New version available: " + newer + "\n");
-    server.reply(200, description("https://www.zav-noise.org/zav/", newer)); // the default site
-    EXPECT_EQ(check(server.url("/"), kExitOk), "New version available: " + newer + "\n");
 
     server.reply(404, "<html>no such file</html>", "text/html");
     EXPECT_EQ(check(server.url("/"), kExitFailed),
               "Update site not responding properly. HTTP status=404\n");
-    // A short version, a description for another site, and no XML at all.
-    for (const std::string& reply :
-         {description(home, "2.2"), description("http://www.example.com/other/", newer),
-          description("ftp://www.zav-noise.org/zav/", newer),
-          description("http://www.zav-noise.org/zav", newer), std::string("this is not XML")}) {
-        server.reply(200, reply);
-        EXPECT_EQ(check(server.url("/"), kExitFailed), "Update site not responding properly.\n")
-            << reply;
-    }
+    server.reply(200, "this is not XML");
+    EXPECT_EQ(check(server.url("/"), kExitFailed), "Update site not responding properly.\n");
     // Anyone on a public network can answer instead: a reply nested far beyond a real one
     // (under the size cap) is refused as no description at all, and quickly.
     std::string open, close;

@@ -13,8 +13,8 @@ same() {
     expected=$1
     shift
     for locale in C de_DE.UTF-8; do
-        LC_ALL=$locale "$zavcli" "$@" > got 2> /dev/null || true
-        cmp -s got "$expected" || { diff -u "$expected" got >&2 || true; fail "$* in $locale"; }
+        LC_ALL=$locale "$zavcli" "$@" > "$work/got" 2> /dev/null || true
+        cmp -s "$work/got" "$expected" || { diff -u "$expected" "$work/got" >&2 || true; fail "$* in $locale"; }
     done
 }
 ( cd "$data/profile"
