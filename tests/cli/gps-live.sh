@@ -22,6 +22,7 @@ exec 3>&-
 mkfifo fixpipe
 "$zavcli" gps --file fixpipe --timeout 2 > live 2> /dev/null &
 cli=$!
+started $cli
 exec 4> fixpipe
 cat "$fixes.nmea" >&4
 wait $cli || true
@@ -32,6 +33,7 @@ cmp live "$fixes.expected" || fail "gps on a pipe: $(cat live)"
 capture() {
     "$zavcli" gps --device "$work/out" "$@" > result 2> errors &
     cli=$!
+    started $cli
     wait_for 100 holds_open $cli out || fail "the capture never opened the port"
 }
 # Line $1 of the example fixes in two pieces, the first $2 characters long.

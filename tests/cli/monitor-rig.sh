@@ -34,6 +34,7 @@ awk -F'\t' '$1 == "5.300" { n += $3; if ($5 != "5.30") bad = 1 } END { exit !(n 
     --count 1000 --rig 2 --rig-port 127.0.0.1:$port --settle 50 --log int.tab $files \
     > int.out 2> int.err &
 mon=$!
+started $mon
 sleep 3
 kill -INT $mon
 rc=0; wait $mon || rc=$?

@@ -38,6 +38,7 @@ start=$(date +%s)
 rc=0
 "$zavcli" record gone.wav --profile "$data/record-1000ms.zav" --interval 20000 2> gone.err &
 rec=$!
+started $rec
 sleep 2
 pactl exit
 wait "$rec" || rc=$?
