@@ -3,35 +3,13 @@
 # fed a different level for each frequency the rig (Hamlib's dummy behind rigctld) is tuned
 # to, so the logged received powers must follow those levels. Then the source is removed and
 # put back during a run: a gap is logged and the run goes on.
-set -eu
 zavcli=$1
 examples=$2
-here=$(dirname "$0")
-. "$here/pulse-server.sh"
-work=$(mktemp -d)
-rigd=
-feeder=
-mon=
-cleanup() {
-    for p in $mon $feeder $rigd; do kill "$p" 2> /dev/null || true; wait "$p" 2> /dev/null || true; done
-    pulse_stop
-    rm -rf "$work"
-}
-trap cleanup EXIT
-fail() {
-    echo "FAIL: $*" >&2
-    exit 1
-}
-cd "$work"
-pulse_start || fail "PulseAudio could not be started"
+. "$(dirname "$0")/harness.sh"
+start_pulse
 
-port=$((20000 + ($$ * 11) % 30000))
-rigctld -m 1 -T 127.0.0.1 -t $port &
-rigd=$!
-i=0
-until rigctl -m 2 -r 127.0.0.1:$port f > /dev/null 2>&1; do
-    i=$((i + 1)); [ $i -lt 50 ] || fail "rigctld did not start"; sleep 0.1
-done
+start_rigctld
+port=$rig_port
 
 # White noise of RMS vol/sqrt(3): 1.7, 3.4 and 6.8 times the receiver recording's 0.027,
 # 6.02 dB apart.
@@ -55,11 +33,13 @@ sox -n -r 44100 -c 1 -b 16 7000000.wav synth 120 whitenoise vol 0.318
     done
 ) &
 feeder=$!
+started $feeder
 
 "$zavcli" monitor --profile "$examples/example.zav" --frequencies 3.5,5.3,7.0 --every 15s \
     --count 3 --rig 2 --rig-port 127.0.0.1:$port --settle 1500 --log live.tab --device zavmic \
     --step1 "$examples/soundcard.wav" --step2 "$examples/receiver.wav" > live.out 2> live.err &
 mon=$!
+started $mon
 rc=0; wait $mon || rc=$?; mon=
 [ $rc = 0 ] || fail "run: exit $rc $(cat live.err)"
 grep -q 'Run ended' live.err || fail "no end: $(cat live.err)"
@@ -80,14 +60,16 @@ awk -F'\t' 'NR > 1 { s[$9] += $21; n[$9]++ } END {
 # then cycle 2's recording moved to another source: each is a gap told in words and the
 # recording is dropped; step 2 is made again, and the run logs again once the source is back.
 # The removals are timed by the server's list of recording streams; recordings last 5 s.
-kill $feeder 2> /dev/null || true; wait $feeder 2> /dev/null || true; feeder=
+stop_peer $feeder
 sox -n -r 44100 -c 1 -b 16 receiver.wav synth 120 whitenoise vol 0.0468
 paplay -d zavsink receiver.wav &
 feeder=$!
+started $feeder
 sed 's/^Interval=.*/Interval=5000/' "$examples/example.zav" > long.zav
 "$zavcli" monitor --profile long.zav --every 7s --count 3 --log gap.tab \
     --step1 "$examples/soundcard.wav" > gap.out 2> gap.err &
 mon=$!
+started $mon
 stream=-1
 recording() { # waits for a recording stream other than the last one
     i=0
@@ -107,9 +89,10 @@ remove_source() {
 recording; remove_source # step 2
 recording                # step 2 again
 recording                # cycle 1
-kill $feeder; wait $feeder 2> /dev/null || true
+stop_peer $feeder
 paplay -d zavsink 5300000.wav &
 feeder=$!
+started $feeder
 remove_source
 recording # cycle 2, moved by the server to another source while it records
 sleep 1

@@ -3,35 +3,11 @@
 # process id) is tuned over the network; the step recordings come from the demo files. Then
 # Ctrl-C mid-run, the rig gone, a data log that cannot be written, bad usage, and
 # monitor-summary on the log the run wrote.
-set -eu
 zavcli=$1
 examples=$2
-work=$(mktemp -d)
-rigd=
-cleanup() {
-    if [ -n "$rigd" ]; then kill "$rigd" 2> /dev/null || true; wait "$rigd" 2> /dev/null || true; fi
-    rm -rf "$work"
-}
-trap cleanup EXIT
-fail() {
-    echo "FAIL: $*" >&2
-    exit 1
-}
-cd "$work"
-
-# A free loopback port: rigctld is tried on another when its port is taken.
-for try in 1 2 3 4 5; do
-    port=$((20000 + ($$ * 7 + try * 131) % 30000))
-    rigctld -m 1 -T 127.0.0.1 -t $port &
-    rigd=$!
-    i=0
-    while [ $i -lt 40 ] && ! rigctl -m 2 -r 127.0.0.1:$port f > /dev/null 2>&1; do
-        sleep 0.1; i=$((i + 1))
-    done
-    if kill -0 "$rigd" 2> /dev/null && rigctl -m 2 -r 127.0.0.1:$port f > /dev/null 2>&1; then break; fi
-    kill "$rigd" 2> /dev/null || true; wait "$rigd" 2> /dev/null || true; rigd=
-done
-[ -n "$rigd" ] || fail "rigctld did not start"
+. "$(dirname "$0")/harness.sh"
+start_rigctld
+port=$rig_port
 
 files="--step1 $examples/soundcard.wav --step2 $examples/receiver.wav --step3 $examples/external.wav"
 # shellcheck disable=SC2086
@@ -58,6 +34,7 @@ awk -F'\t' '$1 == "5.300" { n += $3; if ($5 != "5.30") bad = 1 } END { exit !(n 
     --count 1000 --rig 2 --rig-port 127.0.0.1:$port --settle 50 --log int.tab $files \
     > int.out 2> int.err &
 mon=$!
+started $mon
 sleep 3
 kill -INT $mon
 rc=0; wait $mon || rc=$?
@@ -70,7 +47,7 @@ rows=$(wc -l < int.tab)
 [ "$(awk -F'\t' 'NR > 1 && NF != 32' int.tab | wc -l)" = 0 ] || fail "a row with a missing field"
 
 # The rig gone: told in words, and the run goes on.
-kill "$rigd"; wait "$rigd" 2> /dev/null || true; rigd=
+stop_peer "$rigd"
 # shellcheck disable=SC2086
 "$zavcli" monitor --profile "$examples/example.zav" --frequencies 3.5,7.0 --count 1 \
     --rig 2 --rig-port 127.0.0.1:$port --log gone.tab $files > gone.out 2> gone.err || true

@@ -2,22 +2,9 @@
 # zavcli monitor posting to a collection server that is down for the first cycles: socat
 # stands in for the server once it is up, counting what arrives. Every observation arrives
 # exactly once, and the queue on disk is gone at the end.
-set -eu
 zavcli=$1
 examples=$2
-work=$(mktemp -d)
-server=
-mon=
-cleanup() {
-    for p in $mon $server; do kill "$p" 2> /dev/null || true; wait "$p" 2> /dev/null || true; done
-    rm -rf "$work"
-}
-trap cleanup EXIT
-fail() {
-    echo "FAIL: $*" >&2
-    exit 1
-}
-cd "$work"
+. "$(dirname "$0")/harness.sh"
 
 cat > serve.sh << 'HANDLER'
 #!/bin/sh
@@ -43,9 +30,11 @@ sed "s|^url=.*|url=127.0.0.1:$port/collect|" "$examples/example.zav" > posting.z
     --step1 "$examples/soundcard.wav" --step2 "$examples/receiver.wav" \
     --step3 "$examples/external.wav" > run.out 2> run.err &
 mon=$!
+started $mon
 sleep 2.5
 socat TCP-LISTEN:$port,bind=127.0.0.1,reuseaddr,fork EXEC:./serve.sh 2> /dev/null &
 server=$!
+started $server
 rc=0; wait $mon || rc=$?; mon=
 [ $rc = 0 ] || fail "run: exit $rc $(cat run.err)"
 grep -q 'Server unreachable (connection refused by 127.0.0.1:' run.err || fail "no outage told: $(cat run.err)"

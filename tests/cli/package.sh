@@ -1,28 +1,65 @@
 #!/bin/sh
-# The Debian package: built by CPack from this build, unpacked into a scratch root, it holds
-# both programs, the helper and the desktop files, depends on what shlibdeps found plus the
-# run-time programs, and its own zavcli gives the demo report.
-set -eu
-build=$1
-source=$(cd "$2" && pwd)
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
+# The documents beside the built programs, then the Debian package CPack builds from this
+# build, unpacked into a scratch root: both programs, the sound-card helper, the documents and
+# template they find there, a valid desktop entry, the icon and a MIME type the shared-mime-info
+# tool accepts; its Depends; its zavcli headless (no GUI library loaded without a display) and
+# giving the demo report.
+#   package.sh BIN_DIR BUILD_DIR SOURCE_DIR
+bin=$1
+build=$2
+source=$3
+. "$(dirname "$0")/harness.sh"
 
-cpack --config "$build/CPackConfig.cmake" -B "$work/out" > "$work/cpack.log" 2>&1 ||
-    { cat "$work/cpack.log"; exit 1; }
+cmp "$bin/licence.txt" "$source/resources/licence.txt"
+[ "$(head -c 5 "$bin/ZAV.pdf")" = "%PDF-" ] && tail -c 8 "$bin/ZAV.pdf" | grep -q '%%EOF' || fail "ZAV.pdf"
+[ "$(grep -ac '/Type /Page$' "$bin/ZAV.pdf")" -ge 2 ] || fail "the manual has under 2 pages"
+check_exit 1 "cannot read" "$bin/zav_make_manual" none.html out.pdf
+[ ! -e out.pdf ] || fail "a manual from nothing"
+check_exit 2 "" "$bin/zav_make_manual"
+
+cpack --config "$build/CPackConfig.cmake" -B "$work/out" > cpack.log 2>&1 || fail "cpack: $(cat cpack.log)"
 deb=$(ls "$work"/out/zav_*.deb)
 depends=$(dpkg-deb -f "$deb" Depends)
-for need in libqt6core6 libqt6widgets6 libqt6multimedia6 libc6 xdg-utils shared-mime-info \
-            ca-certificates; do
-    echo "$depends" | grep -q "$need" || { echo "Depends lacks $need: $depends"; exit 1; }
+for need in libqt6core6 libqt6widgets6 libqt6multimedia6 libc6 xdg-utils shared-mime-info ca-certificates; do
+    echo "$depends" | grep -q "$need" || fail "Depends lacks $need: $depends"
 done
-root=$work/root
-dpkg-deb -x "$deb" "$root"
+dpkg-deb -x "$deb" root
+usr=$work/root/usr
 for f in bin/zav bin/zavcli libexec/zav/zavcli-audio share/zav/ZAV.pdf share/zav/ZAV.wav \
-         share/zav/licence.txt share/applications/zav.desktop share/mime/packages/zav.xml \
-         share/icons/hicolor/scalable/apps/zav.svg; do
-    [ -s "$root/usr/$f" ] || { echo "missing in the package: /usr/$f"; exit 1; }
+    share/zav/licence.txt share/applications/zav.desktop share/mime/packages/zav.xml \
+    share/icons/hicolor/scalable/apps/zav.svg; do
+    [ -s "$usr/$f" ] || fail "missing in the package: /usr/$f"
 done
-sh "$source/tests/cli/measure-demo.sh" "$root/usr/bin/zavcli" "$source/examples" \
-    "$source/tests/data/cli"
+cmp "$usr/share/zav/ZAV.wav" "$source/resources/ZAV.wav" && cmp "$usr/share/zav/ZAV.pdf" "$bin/ZAV.pdf" &&
+    cmp "$usr/share/zav/licence.txt" "$source/resources/licence.txt" || fail "documents differ"
+desktop-file-validate "$usr/share/applications/zav.desktop"
+grep -q '^Exec=zav %f$' "$usr/share/applications/zav.desktop" &&
+    grep -q '^MimeType=application/x-zav-profile;$' "$usr/share/applications/zav.desktop" || fail "desktop entry"
+update-mime-database "$usr/share/mime" > /dev/null 2>&1
+grep -q 'application/x-zav-profile:\*\.zav' "$usr/share/mime/globs2" || fail "MIME type"
+# The installed zavcli hands recording to its helper, which finds the installed template and
+# only then misses the input asked for.
+check_exit 1 "No Such Input" "$usr/bin/zavcli" record x.wav --device "No Such Input"
+
+# Without a display, no command that needs no sound card loads Qt Gui, Widgets, OpenGL, X11
+# or xcb (the dynamic loader lists every library it opens, plugins included).
+ex=$source/examples
+nmea=$source/tests/data/gps/example-sentences.nmea
+while read -r words; do
+    # shellcheck disable=SC2086
+    env -u DISPLAY -u WAYLAND_DISPLAY QT_QPA_PLATFORM= LD_DEBUG=files "$usr/bin/zavcli" $words > /dev/null 2> ld.log || true
+    grep -q 'file=libQt6Core' ld.log || fail "no loader trace for: $words"
+    ! grep -E 'file=[^ ]*(libQt6(Gui|Widgets|OpenGL|Multimedia)|libGL|libEGL|libX11|libxcb)' ld.log | head -3 | grep . ||
+        fail "zavcli $words loads GUI libraries"
+done << LIST
+help
+analyse $ex/external.wav
+measure --profile $ex/example.zav $ex/soundcard.wav $ex/receiver.wav $ex/external.wav
+profile $ex/example.zav
+antenna $ex/antenna.tab --at 7
+nmea $nmea
+gps --file $nmea
+update --base-url http://127.0.0.1:1/
+LIST
+sh "$source/tests/cli/measure-demo.sh" "$usr/bin/zavcli" "$ex" "$source/tests/data/cli"
 echo ok

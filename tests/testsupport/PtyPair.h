@@ -32,7 +32,8 @@ public:
         });
     }
     ~PtyPair() {
-        closeWriter();
+        if (m_writer >= 0)
+            ::close(m_writer);
         stop();
     }
     bool ready() const {
@@ -57,12 +58,6 @@ public:
     }
 
 private:
-    void closeWriter() {
-        if (m_writer >= 0)
-            ::close(m_writer);
-        m_writer = -1;
-    }
-
     QTemporaryDir m_dir;
     QProcess m_socat;
     std::string m_in;

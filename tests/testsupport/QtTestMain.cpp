@@ -1,6 +1,8 @@
 // Test programs for the Qt layers start here: an application object for widgets (on the
 // offscreen platform unless told otherwise), then the same fixed locale and time zone as
-// every other test program.
+// every other test program, and no scratch folder outlives its test.
+#include "ScratchDir.h"
+
 #include <QApplication>
 
 #include <gtest/gtest.h>
@@ -16,5 +18,6 @@ int main(int argc, char** argv) {
     QApplication app(argc, argv);
     std::setlocale(LC_ALL, "C"); // Qt takes the environment's locale; the tests do not
     ::testing::InitGoogleTest(&argc, argv);
+    ::testing::UnitTest::GetInstance()->listeners().Append(new zav::test::ScratchDirCleanup);
     return RUN_ALL_TESTS();
 }

@@ -13,14 +13,10 @@ std::int16_t clip(double v) {
     return static_cast<std::int16_t>(std::clamp(std::lround(v), -32768L, 32767L));
 }
 
-void put32(std::ofstream& out, std::uint32_t v) {
-    for (int i = 0; i < 4; ++i)
+// Little-endian, as WAVE files store their numbers.
+void put(std::ofstream& out, std::uint32_t v, int bytes) {
+    for (int i = 0; i < bytes; ++i)
         out.put(static_cast<char>((v >> (8 * i)) & 0xFF));
-}
-
-void put16(std::ofstream& out, std::uint16_t v) {
-    out.put(static_cast<char>(v & 0xFF));
-    out.put(static_cast<char>(v >> 8));
 }
 
 } // namespace
@@ -48,20 +44,21 @@ void WriteWave(const std::string& path, const std::vector<std::int16_t>& samples
     if (!out)
         throw std::runtime_error("cannot write " + path);
     const auto dataBytes = static_cast<std::uint32_t>(samples.size() * 2);
+    const auto rate = static_cast<std::uint32_t>(sampleRate);
     out.write("RIFF", 4);
-    put32(out, 36 + dataBytes);
+    put(out, 36 + dataBytes, 4);
     out.write("WAVEfmt ", 8);
-    put32(out, 16);
-    put16(out, 1); // PCM
-    put16(out, 1); // mono
-    put32(out, static_cast<std::uint32_t>(sampleRate));
-    put32(out, static_cast<std::uint32_t>(sampleRate) * 2);
-    put16(out, 2);
-    put16(out, 16);
+    put(out, 16, 4);
+    put(out, 1, 2); // PCM
+    put(out, 1, 2); // mono
+    put(out, rate, 4);
+    put(out, rate * 2, 4);
+    put(out, 2, 2);
+    put(out, 16, 2);
     out.write("data", 4);
-    put32(out, dataBytes);
+    put(out, dataBytes, 4);
     for (std::int16_t v : samples)
-        put16(out, static_cast<std::uint16_t>(v));
+        put(out, static_cast<std::uint16_t>(v), 2);
 }
 
 } // namespace zav::test
