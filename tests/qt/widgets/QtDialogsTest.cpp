@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <QDir>
 #include <QFileDialog>
+#include <QLineEdit>
 #include <QTemporaryDir>
 #include <QThread>
 #include <QTimer>
@@ -51,8 +52,9 @@ TEST(QtDialogs, SaveChooserAddsTheSuffixAndRemembersTheFolderPerKind) {
     QTemporaryDir start, elsewhere;
     QtDialogs dialogs;
     auto save = [&dialogs](const FileDialogRequest& request, const QString& typed) {
+        // Typed into the name box: selectFile() leaves that box alone once it has the focus.
         ChooserAnswer answer([typed](QFileDialog* chooser) {
-            chooser->selectFile(typed);
+            chooser->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"))->setText(typed);
             static_cast<QDialog*>(chooser)->accept(); // as the Save button does
         });
         return dialogs.SaveFileName(request);
