@@ -1,5 +1,8 @@
 #include "PulseServer.h"
 
+#include "testsupport/QtWait.h"
+#include "testsupport/TestWave.h"
+
 #include <QProcess>
 
 namespace zav::test {
@@ -83,7 +86,28 @@ bool PulseServer::RemoveMicrophone() {
     return ok;
 }
 
+bool PulseServer::Play(const std::vector<std::int16_t>& samples) {
+    StopPlaying();
+    const QString file = m_dir.filePath("played.wav");
+    WriteWave(file.toStdString(), samples, 44100);
+    m_player = std::make_unique<QProcess>();
+    m_player->setProcessEnvironment(m_env);
+    m_player->start("paplay", {"-d", "zavsink", file});
+    return m_player->waitForStarted(5000) && WaitFor([this] {
+               return !Pactl({"list", "short", "sink-inputs"}).empty();
+           });
+}
+
+void PulseServer::StopPlaying() {
+    if (m_player) {
+        m_player->kill();
+        m_player->waitForFinished(3000);
+    }
+    m_player.reset();
+}
+
 void PulseServer::Stop() {
+    StopPlaying();
     if (m_started)
         harness(m_dir.path(), "pulse_stop");
     m_started = false;

@@ -1,11 +1,15 @@
 #pragma once
 
+#include <QProcess>
 #include <QProcessEnvironment>
 #include <QStringList>
 #include <QTemporaryDir>
 
+#include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace zav::test {
 
@@ -30,11 +34,16 @@ public:
     bool EnsureMicrophone();
     // Unloads "zavmic" (the input vanishes as a pulled-out device does).
     bool RemoveMicrophone();
+    // Plays `samples` (mono, 44.1 kHz) into the sink with paplay until StopPlaying, and waits
+    // until the server plays them.
+    bool Play(const std::vector<std::int16_t>& samples);
+    void StopPlaying();
     void Stop();
 
 private:
     QTemporaryDir m_dir;
     QProcessEnvironment m_env;
+    std::unique_ptr<QProcess> m_player;
     bool m_started = false;
     bool m_ok = false;
     std::string m_why;

@@ -7,27 +7,6 @@
 #include <stdexcept>
 
 namespace zav::test {
-namespace {
-
-const char* reasonPhrase(int status) {
-    switch (status) {
-    case 200:
-        return "OK";
-    case 302:
-        return "Found";
-    case 307:
-        return "Temporary Redirect";
-    case 404:
-        return "Not Found";
-    case 500:
-        return "Internal Server Error";
-    default:
-        return "Status";
-    }
-}
-
-} // namespace
-
 TestHttpServer::TestHttpServer() {
     if (!m_server.listen(QHostAddress::LocalHost, 0))
         throw std::runtime_error("cannot listen on 127.0.0.1");
@@ -102,11 +81,10 @@ void TestHttpServer::serve(QTcpSocket* socket) {
         for (const auto& [path, reply] : m_pathReplies)
             if (path == request.path)
                 status = reply.status, body = reply.body, location.clear();
-        const std::string head = "HTTP/1.1 " + std::to_string(status) + " " + reasonPhrase(status) +
-                                 "\r\nContent-Type: " + m_contentType +
-                                 (location.empty() ? "" : "\r\nLocation: " + location) +
-                                 "\r\nContent-Length: " + std::to_string(body.size()) +
-                                 "\r\nConnection: close\r\n\r\n";
+        const std::string head =
+            "HTTP/1.1 " + std::to_string(status) + " Reason\r\nContent-Type: " + m_contentType +
+            (location.empty() ? "" : "\r\nLocation: " + location) +
+            "\r\nContent-Length: " + std::to_string(body.size()) + "\r\nConnection: close\r\n\r\n";
         if (!m_dropHead)
             socket->write(QByteArray::fromStdString(head + body.substr(0, m_cutAfter)));
         socket->disconnectFromHost();

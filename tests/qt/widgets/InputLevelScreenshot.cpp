@@ -9,8 +9,6 @@
 
 #include <QApplication>
 #include <QPixmap>
-#include <QProcess>
-#include <QTemporaryDir>
 #include <QTimer>
 
 #include <iostream>
@@ -28,13 +26,8 @@ int main(int argc, char** argv) {
         std::cerr << server.why() << "\n";
         return 1;
     }
-    QTemporaryDir dir;
-    const std::string tone = dir.filePath("tone.wav").toStdString();
     // Noise-like level: a sine 20 dB below full scale.
-    test::WriteWave(tone, test::Sine(0.1 * 32767, 700, 44100, 44100 * 20), 44100);
-    QProcess player;
-    player.start("paplay", {"-d", "zavsink", QString::fromStdString(tone)});
-    player.waitForStarted(5000);
+    server.Play(test::Sine(0.1 * 32767, 700, 44100, 44100 * 20));
 
     QtAudioCapture capture;
     InputLevelDialog dialog(capture, "zavmic");
@@ -44,7 +37,5 @@ int main(int argc, char** argv) {
         dialog.reject();
     });
     dialog.exec();
-    player.kill();
-    player.waitForFinished(3000);
     return status;
 }

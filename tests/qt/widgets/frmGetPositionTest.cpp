@@ -128,15 +128,10 @@ TEST_F(GetPositionDialog, ShowsLinesHdopColourCountAccuracyAndAverages) {
     QtSerialPort port;
     frmGetPosition dialog(onDevice(pty.out()), port, beeper, true);
     dialog.show();
-    EXPECT_EQ(dialog.windowTitle(), "Get Position");
     EXPECT_TRUE(port.PortOpen());
     EXPECT_EQ(text(dialog, "lblfix"), "Fix lost");
-    EXPECT_EQ(text(dialog, "record"), "");
     const QColor normal = dialog.palette().color(QPalette::Text);
-    // Held still, so that what shows below is shown as the lines arrive.
-    QTimer* timer1 = dialog.findChild<QTimer*>("Timer1");
-    ASSERT_NE(timer1, nullptr);
-    timer1->stop();
+    dialog.findChild<QTimer*>("Timer1")->stop(); // held still: what shows is what arrived
 
     // S 33° 51.1234' is -33.852057; E 151° 12.5000' is 151.208333.
     const std::string first = fix("3351.1234,S,15112.5000,E", "3.0");
@@ -145,8 +140,7 @@ TEST_F(GetPositionDialog, ShowsLinesHdopColourCountAccuracyAndAverages) {
     EXPECT_EQ(text(dialog, "HDOP"), "3.0");
     EXPECT_EQ(hdopColour(dialog), QColor(255, 128, 0)); // between Acc/4 and Acc/3
     EXPECT_EQ(text(dialog, "lblfix"), "Fix obtained");
-    EXPECT_EQ(text(dialog, "latl"), "-33.852057");
-    EXPECT_EQ(text(dialog, "lon"), "151.208333");
+    EXPECT_EQ(text(dialog, "latl") + " " + text(dialog, "lon"), "-33.852057 151.208333");
     EXPECT_EQ(text(dialog, "acc"), "12.00"); // 4 x HDOP 3.0
 
     // Above Acc/3: red, and not averaged. Split mid-sentence, as a port delivers it.
@@ -154,8 +148,7 @@ TEST_F(GetPositionDialog, ShowsLinesHdopColourCountAccuracyAndAverages) {
     pty.write(poor.substr(0, 20));
     send(dialog, poor.substr(20), "HDOP", "3.4");
     EXPECT_EQ(hdopColour(dialog), QColor(255, 0, 0));
-    EXPECT_EQ(text(dialog, "ct"), "1");
-    EXPECT_EQ(text(dialog, "latl"), "-33.852057");
+    EXPECT_EQ(text(dialog, "ct") + " " + text(dialog, "latl"), "1 -33.852057");
 
     // At Acc/4 the normal colour; the fix is averaged in.
     send(dialog, fix("3351.1240,S,15112.5060,E", "2.5") + "\r\n", "ct", "2");
@@ -172,7 +165,6 @@ TEST_F(GetPositionDialog, ShowsLinesHdopColourCountAccuracyAndAverages) {
     EXPECT_EQ(text(dialog, "ct"), "2");
 
     QTest::keyClick(&dialog, Qt::Key_Escape);
-    EXPECT_FALSE(dialog.isVisible());
     EXPECT_EQ(dialog.result(), QDialog::Rejected);
     EXPECT_FALSE(port.PortOpen());
     EXPECT_TRUE(released());
@@ -181,64 +173,61 @@ TEST_F(GetPositionDialog, ShowsLinesHdopColourCountAccuracyAndAverages) {
     EXPECT_EQ(setup.lat, "");
 }
 
-TEST_F(GetPositionDialog, ClosesByItselfAndOkFillsThePosition) {
+// From the main window's button: the old position goes first, the dialog closes by itself
+// with a beep once accurate enough, or Cancel leaves the position empty; the focus goes on
+// to the furthest step available.
+TEST_F(GetPositionDialog, ClosesByItselfWithTheAverageOrCancelLeavesThePositionEmpty) {
+    for (const bool cancel : {false, true}) {
+        SCOPED_TRACE(cancel);
+        CountingBeeper beeps;
+        SetupRecord setup;
+        setup.lat = "1.000000";
+        setup.lon = "2.000000";
+        CommandStates commands;
+        commands.Step2 = true;
+        commands.Step3 = !cancel;
+        bool seenOpen = false;
+        const auto limit = whileModal([&](frmGetPosition& dialog) {
+            seenOpen = true;
+            EXPECT_EQ(setup.lat + setup.lon, "");
+            pty.write(fix("4807.0380,N,01131.0000,E", "1.0") + "\r\n");
+            EXPECT_TRUE(QTest::qWaitFor([&] { return text(dialog, "ct") == "1"; }, 5000));
+            EXPECT_EQ(text(dialog, "lat"), "48.117300");
+            if (cancel)
+                QTest::mouseClick(button(dialog, "CancelButton"), Qt::LeftButton);
+            else
+                pty.write(fix("4807.0400,N,01131.0060,E", "1.0") + "\r\n");
+        });
+        const FocusTarget focus = btnGetPos_Click(setup, commands, [&](SetupRecord& s) {
+            frmGetPosition::Capture(s, onDevice(pty.out()), beeps, true, '.');
+        });
+        ASSERT_TRUE(seenOpen);
+        EXPECT_TRUE(released());
+        if (cancel) {
+            EXPECT_EQ(setup.lat + setup.lon, "");
+            EXPECT_EQ(focus, FocusTarget::Step2);
+            EXPECT_TRUE(beeps.beeps.empty());
+        } else {
+            // Two fixes at HDOP 1.0: 4.00 m is within 10 m, so the timer pressed OK.
+            EXPECT_EQ(setup.lat, Format(48 + (7.038 + 7.04) / 2 / 60, "00.000000"));
+            EXPECT_EQ(setup.lon, Format(11 + (31.0 + 31.006) / 2 / 60, "000.000000"));
+            EXPECT_EQ(beeps.beeps, (std::vector<std::pair<int, int>>{{2000, 100}}));
+            EXPECT_EQ(focus, FocusTarget::Step3);
+        }
+    }
     SetupRecord setup;
-    setup.lat = "1.000000";
-    setup.lon = "2.000000";
-    CommandStates commands;
-    commands.Step2 = commands.Step3 = true;
-    bool seenOpen = false;
-    const auto limit = whileModal([&](frmGetPosition& dialog) {
-        seenOpen = true;
-        // The old position went before the dialog came up.
-        EXPECT_EQ(setup.lat, "");
-        EXPECT_EQ(setup.lon, "");
-        pty.write(fix("4807.0380,N,01131.0000,E", "1.0") + "\r\n");
-        EXPECT_TRUE(QTest::qWaitFor([&] { return text(dialog, "ct") == "1"; }, 5000));
-        pty.write(fix("4807.0400,N,01131.0060,E", "1.0") + "\r\n");
-    });
-    const FocusTarget focus = btnGetPos_Click(setup, commands, [&](SetupRecord& s) {
-        frmGetPosition::Capture(s, onDevice(pty.out()), beeper, true, '.');
-    });
-    ASSERT_TRUE(seenOpen);
-    // Two fixes at HDOP 1.0: 4.00 m is within 10 m, so the timer pressed OK with a beep.
-    EXPECT_EQ(setup.lat, Format(48 + (7.038 + 7.04) / 2 / 60, "00.000000"));
-    EXPECT_EQ(setup.lon, Format(11 + (31.0 + 31.006) / 2 / 60, "000.000000"));
-    EXPECT_EQ(beeper.beeps, (std::vector<std::pair<int, int>>{{2000, 100}}));
-    EXPECT_EQ(focus, FocusTarget::Step3);
-    EXPECT_TRUE(released());
+    EXPECT_EQ(btnGetPos_Click(setup, CommandStates{}, [](SetupRecord&) {}), FocusTarget::Step1);
 }
 
-TEST_F(GetPositionDialog, CancelLeavesThePositionEmpty) {
-    SetupRecord setup;
-    setup.lat = "1.000000";
-    setup.lon = "2.000000";
-    CommandStates commands;
-    commands.Step2 = true;
-    const auto limit = whileModal([&](frmGetPosition& dialog) {
-        pty.write(fix("4807.0380,N,01131.0000,E", "1.0") + "\r\n");
-        EXPECT_TRUE(QTest::qWaitFor([&] { return text(dialog, "ct") == "1"; }, 5000));
-        EXPECT_EQ(text(dialog, "lat"), "48.117300");
-        QTest::mouseClick(button(dialog, "CancelButton"), Qt::LeftButton);
-    });
-    // Without the Beep option the automatic close would be silent; here Cancel comes first.
-    const FocusTarget focus = btnGetPos_Click(setup, commands, [&](SetupRecord& s) {
-        frmGetPosition::Capture(s, onDevice(pty.out()), beeper, false, '.');
-    });
-    EXPECT_EQ(setup.lat, "");
-    EXPECT_EQ(setup.lon, "");
-    EXPECT_EQ(focus, FocusTarget::Step2);
-    EXPECT_TRUE(beeper.beeps.empty());
-    EXPECT_TRUE(released());
-
-    // No step but the first one available: the focus goes there.
-    bool shown = false;
-    EXPECT_EQ(btnGetPos_Click(setup, CommandStates{}, [&](SetupRecord&) { shown = true; }),
-              FocusTarget::Step1);
-    EXPECT_TRUE(shown);
-}
-
-TEST_F(GetPositionDialog, SerialErrorsShowInTheRecordBox) {
+TEST_F(GetPositionDialog, SerialErrorsShowInTheRecordBoxAndThePortIsAlwaysReleased) {
+    {
+        QtSerialPort port;
+        auto open = std::make_unique<frmGetPosition>(onDevice(pty.out()), port, beeper, false);
+        ASSERT_TRUE(port.PortOpen());
+        open.reset(); // destroyed while open
+        EXPECT_FALSE(port.PortOpen());
+        EXPECT_TRUE(released());
+    }
     // A port another program holds: the error shows, the dialog stays, OK copies nothing.
     QtSerialPort holder;
     holder.SetDevice(pty.out());
@@ -248,14 +237,12 @@ TEST_F(GetPositionDialog, SerialErrorsShowInTheRecordBox) {
         frmGetPosition busy(onDevice(pty.out()), port, beeper, false);
         busy.show();
         EXPECT_EQ(text(busy, "record"), "Error: Port In Use");
-        EXPECT_TRUE(busy.isVisible());
         QTest::mouseClick(button(busy, "OKButton"), Qt::LeftButton);
         EXPECT_EQ(busy.result(), QDialog::Accepted);
         SetupRecord setup;
         setup.lat = "5.000000";
         busy.model().ApplyTo(setup);
-        EXPECT_EQ(setup.lat, "");
-        EXPECT_EQ(setup.lon, "");
+        EXPECT_EQ(setup.lat + setup.lon, "");
     }
     holder.SetPortOpen(false);
 
@@ -277,14 +264,4 @@ TEST_F(GetPositionDialog, SerialErrorsShowInTheRecordBox) {
     dialog.close(); // the window's close button: the same as Cancel
     EXPECT_EQ(dialog.result(), QDialog::Rejected);
     EXPECT_EQ(dialog.model().result(), GetPositionModel::Result::Cancel);
-}
-
-TEST_F(GetPositionDialog, DestroyingAnOpenDialogReleasesThePort) {
-    QtSerialPort port;
-    {
-        frmGetPosition dialog(onDevice(pty.out()), port, beeper, false);
-        ASSERT_TRUE(port.PortOpen());
-    }
-    EXPECT_FALSE(port.PortOpen());
-    EXPECT_TRUE(released());
 }
