@@ -9,6 +9,7 @@
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <thread>
+#include <tuple>
 #include <unistd.h>
 
 using namespace zav;
@@ -84,15 +85,13 @@ TEST(HamlibRig, TunesARigctldInTurnAndFindsItAgainAfterItVanished) {
     Rigctld daemon;
     ASSERT_TRUE(accepting(daemon.port)) << "rigctld did not start";
     HamlibRig rig(2, daemon.address());
-    for (double hz : {3500000.0, 7000000.0, 10100000.0}) {
-        const RigOutcome out = rig.Tune({hz, "USB", 2700});
+    for (const auto& [hz, mode, width] :
+         {std::tuple{3500000, "USB", 2700}, {10100000, "AM", 6000}}) {
+        const RigOutcome out = rig.Tune({double(hz), mode, width});
         ASSERT_TRUE(out.tuned) << out.error;
-        EXPECT_EQ(daemon.ask("f"), std::to_string(static_cast<long>(hz)) + "\n");
+        EXPECT_EQ(daemon.ask("f") + daemon.ask("m") + daemon.ask("l AGC"),
+                  std::to_string(hz) + "\n" + mode + "\n" + std::to_string(width) + "\n0\n");
     }
-    EXPECT_EQ(daemon.ask("m"), "USB\n2700\n");
-    EXPECT_EQ(daemon.ask("l AGC"), "0\n") << "AGC off";
-    EXPECT_TRUE(rig.Tune({7100000, "AM", 6000}).tuned);
-    EXPECT_EQ(daemon.ask("m"), "AM\n6000\n");
     const RigOutcome bogus = rig.Tune({7100000, "NOSUCHMODE", 2700});
     EXPECT_TRUE(bogus.tuned);
     EXPECT_EQ(bogus.refusals, std::vector<std::string>{"Hamlib knows no mode NOSUCHMODE"});
@@ -102,7 +101,6 @@ TEST(HamlibRig, TunesARigctldInTurnAndFindsItAgainAfterItVanished) {
     daemon.stop();
     const RigOutcome gone = rig.Tune({5300000, "USB", 2700});
     EXPECT_FALSE(gone.tuned);
-    EXPECT_NE(gone.error, "");
     EXPECT_EQ(gone.error.find('\n'), std::string::npos);
     const RigOutcome stillGone = rig.Tune({5300000, "USB", 2700});
     EXPECT_NE(stillGone.error.find("cannot open rig model 2 at 127.0.0.1:"), std::string::npos);

@@ -26,7 +26,6 @@ TEST(WorkingDialog, ShowsProgressAndLevelWhileShownAndModalInTheLocalesNumbers) 
               "46305 of 92610 samples -12.3 dBFS");
     EXPECT_EQ(dialog.levelMeter()->value(), -12);
     dialog.Update(92610, -80);
-    EXPECT_EQ(dialog.progressBar()->value(), dialog.progressBar()->maximum());
     EXPECT_EQ(dialog.levelMeter()->value(), dialog.levelMeter()->minimum()); // below the floor
     dialog.End();
     EXPECT_FALSE(dialog.isVisible());

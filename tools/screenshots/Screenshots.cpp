@@ -11,7 +11,7 @@
 //       frequency and drifting from cycle to cycle as band noise does
 //   zav_screenshot input-level OUT.png
 //       the input level meter on a sine played into a private PulseAudio server
-#include "../PulseServer.h"
+#include "qt/PulseServer.h"
 
 #include "app/MainModel.h"
 #include "platform/MemorySettingsStore.h"
