@@ -24,6 +24,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <fstream>
 #include <functional>
 
@@ -46,13 +47,10 @@ std::string fileBytes(const std::string& path) {
     return f.readAll().toStdString();
 }
 
-// 16-bit little-endian samples from `from` bytes on.
+// 16-bit samples from `from` bytes on (the machine is little-endian, as the files are).
 std::vector<std::int16_t> samplesOf(const std::string& bytes, std::size_t from = 0) {
     std::vector<std::int16_t> s((bytes.size() - std::min(from, bytes.size())) / 2);
-    for (std::size_t i = 0; i < s.size(); ++i)
-        s[i] =
-            static_cast<std::int16_t>(static_cast<unsigned char>(bytes[from + 2 * i]) |
-                                      (static_cast<unsigned char>(bytes[from + 2 * i + 1]) << 8));
+    std::memcpy(s.data(), bytes.data() + std::min(from, bytes.size()), 2 * s.size());
     return s;
 }
 
@@ -165,8 +163,8 @@ TEST_F(SoundCard, RecordsWhatWasPlayedAtTheTemplatesRateInEitherMode) {
         const Recording rec = r.recorder.RecordWave({path("step.wav"), c.interval, c.samples});
         ASSERT_EQ(rec.status, RecordingStatus::Recorded)
             << testing::PrintToString(r.dialogs.texts());
-        EXPECT_EQ(rec.samples, static_cast<std::int64_t>(c.expected));
-        EXPECT_EQ(rec.sampleRate, c.rate);
+        EXPECT_EQ(std::make_pair(rec.samples, rec.sampleRate),
+                  std::make_pair(static_cast<std::int64_t>(c.expected), c.rate));
         BinaryFile f(path("step.wav"));
         EXPECT_EQ(ReadWaveHeader(f, r.dialogs).SampleRate, c.rate);
         const auto kept = samplesOf(fileBytes(path("step.wav")), 44);

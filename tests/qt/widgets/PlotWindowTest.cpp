@@ -62,8 +62,7 @@ TEST(PlotWindow, SeriesFollowTheZoomTheMouseZoomsAndPansAndImagesSave) {
     EXPECT_NEAR(top->x(), 150001 / 44100.0, 1e-9);
     EXPECT_DOUBLE_EQ(top->y(), 32767 / 32768.0);
 
-    // Zoomed in to 50 samples the series holds exactly those (and one either side), with
-    // round ticks.
+    // Zoomed in to 50 samples the series holds exactly those (and one either side).
     x->setRange(1000 / 44100.0, 1049 / 44100.0);
     const QList<QPointF> close = window.waveSeries()->points();
     ASSERT_GE(close.size(), 50);
@@ -72,11 +71,8 @@ TEST(PlotWindow, SeriesFollowTheZoomTheMouseZoomsAndPansAndImagesSave) {
         const auto i = static_cast<std::size_t>(std::lround(p.x() * 44100));
         ASSERT_EQ(p.y(), samples[i] / 32768.0) << i;
     }
-    EXPECT_DOUBLE_EQ(x->tickInterval(), 0.0002);
-    EXPECT_EQ(x->labelFormat().toStdString(), "%.4f");
     window.waveView()->home();
     EXPECT_EQ(window.waveSeries()->points().size(), points.size());
-    EXPECT_DOUBLE_EQ(x->tickInterval(), 1.0);
 
     // The wheel zooms about the pointer, a right-drag to the left moves later samples into
     // view, Home shows everything again.

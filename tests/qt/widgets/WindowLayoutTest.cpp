@@ -15,6 +15,7 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QPushButton>
+#include <QRegularExpression>
 #include <QScreen>
 #include <QScrollArea>
 #include <QStatusBar>
@@ -36,50 +37,44 @@ namespace {
 constexpr int kBudgetWidth = 1280, kBudgetHeight = 650;
 constexpr int kMainWindowMinHeight = 620;
 
-// The access key of a caption: the letter after a single "&".
+// The access key of a caption: the letter after a single "&" ("&&" is a literal one).
 QChar accessKey(const QString& text) {
-    for (int i = 0; i + 1 < text.size(); ++i) {
-        if (text[i] != '&')
-            continue;
-        if (text[i + 1] == '&') {
-            ++i;
-            continue;
-        }
-        return text[i + 1].toLower();
-    }
-    return {};
+    static const QRegularExpression single("(?<!&)&(?!&)");
+    const auto at = text.indexOf(single);
+    return at < 0 || at + 1 >= text.size() ? QChar() : text[at + 1].toLower();
 }
 
-// The access keys in one window: captions of buttons and group boxes, labels for their boxes,
-// and for a main window its menu titles, which Alt opens from anywhere in it.
-std::map<QChar, QStringList> windowKeys(QWidget* window) {
+// The captions that share an access key among `captions`, as text.
+std::string clashes(const QStringList& captions) {
     std::map<QChar, QStringList> keys;
-    auto add = [&keys](const QString& caption) {
+    for (const QString& caption : captions)
         if (const QChar key = accessKey(caption); !key.isNull())
             keys[key] << caption;
-    };
+    std::string out;
+    for (const auto& [key, same] : keys)
+        if (same.size() > 1)
+            out += QString("'%1': %2; ").arg(key, same.join(" / ")).toStdString();
+    return out;
+}
+
+// The captions with access keys in one window: buttons, group boxes, labels for their boxes,
+// and for a main window its menu titles, which Alt opens from anywhere in it.
+QStringList windowCaptions(QWidget* window) {
+    QStringList captions;
     for (QWidget* w : window->findChildren<QWidget*>()) {
         if (!w->isVisibleTo(window) || w->window() != window)
             continue;
         if (auto* button = qobject_cast<QAbstractButton*>(w))
-            add(button->text());
+            captions << button->text();
         else if (auto* box = qobject_cast<QGroupBox*>(w))
-            add(box->title());
+            captions << box->title();
         else if (auto* label = qobject_cast<QLabel*>(w); label && label->buddy())
-            add(label->text());
+            captions << label->text();
     }
     if (auto* main = qobject_cast<QMainWindow*>(window))
         for (QAction* menu : main->menuBar()->actions())
-            add(menu->text());
-    return keys;
-}
-
-std::string clashes(const std::map<QChar, QStringList>& keys) {
-    std::string out;
-    for (const auto& [key, captions] : keys)
-        if (captions.size() > 1)
-            out += QString("'%1': %2; ").arg(key, captions.join(" / ")).toStdString();
-    return out;
+            captions << menu->text();
+    return captions;
 }
 
 // Controls the keyboard reaches whose accessible name is empty.
@@ -102,7 +97,7 @@ std::string unnamed(QWidget* window) {
 // share an access key and every control is named.
 std::string faults(QWidget* window, int heightBudget) {
     const QSize minimum = window->minimumSizeHint().expandedTo(window->minimumSize());
-    std::string out = clashes(windowKeys(window)) + unnamed(window);
+    std::string out = clashes(windowCaptions(window)) + unnamed(window);
     if (minimum.width() > kBudgetWidth || minimum.height() > heightBudget)
         out += "minimum size " + std::to_string(minimum.width()) + "x" +
                std::to_string(minimum.height());
@@ -175,12 +170,11 @@ TEST(WindowLayout, EveryWindowFitsHasUniqueAccessKeysAndNamedControls) {
 
     // Each menu on its own: no two visible entries share a key.
     for (QMenu* menu : d.window->findChildren<QMenu*>()) {
-        std::map<QChar, QStringList> keys;
+        QStringList captions;
         for (QAction* a : menu->actions())
             if (a->isVisible() && !a->isSeparator())
-                if (const QChar key = accessKey(a->text()); !key.isNull())
-                    keys[key] << a->text();
-        EXPECT_EQ(clashes(keys), "") << menu->title().toStdString();
+                captions << a->text();
+        EXPECT_EQ(clashes(captions), "") << menu->title().toStdString();
     }
 
     // Every window a command opens, the position dialog and the recording's progress window.
