@@ -143,6 +143,15 @@ TEST_F(GetPositionDialog, TheButtonCapturesModallyOrCancelsAndMovesTheFocusOn) {
         commands.Step2 = true;
         commands.Step3 = !cancel;
         bool seenOpen = false;
+        // A dialog that does not close (or never answers) fails the test instead of hanging it.
+        QTimer guard;
+        guard.setSingleShot(true);
+        QObject::connect(&guard, &QTimer::timeout, [] {
+            ADD_FAILURE() << "the capture dialog did not close";
+            if (QWidget* open = QApplication::activeModalWidget())
+                static_cast<QDialog*>(open)->reject();
+        });
+        guard.start(15000);
         QTimer::singleShot(0, [&] {
             QWidget* open = nullptr;
             ASSERT_TRUE(
@@ -156,11 +165,6 @@ TEST_F(GetPositionDialog, TheButtonCapturesModallyOrCancelsAndMovesTheFocusOn) {
                 QTest::mouseClick(dialog.findChild<QPushButton*>("CancelButton"), Qt::LeftButton);
             else
                 pty.write(fix("4807.0400,N,01131.0060,E", "1.0"));
-            // A dialog that does not close fails the test instead of hanging it.
-            QTimer::singleShot(10000, &dialog, [&dialog] {
-                ADD_FAILURE() << "the capture dialog did not close";
-                dialog.reject();
-            });
         });
         const FocusTarget focus = btnGetPos_Click(setup, commands, [&](SetupRecord& s) {
             frmGetPosition::Capture(s, settings, beeps, true, '.');
