@@ -15,7 +15,7 @@ shot() { # SCREEN OUT.png [ARGS...]
     screen=$1
     shift
     QT_QPA_PLATFORM=xcb xvfb-run -a -s "-screen 0 ${screen}x24" \
-        "$build/bin/zav_main_window_screenshot" "$@"
+        "$build/bin/zav_screenshot" main "$@"
 }
 shot 1400x1000 "$out/main-window.png"
 shot 1366x768 "$out/main-window-1366x768.png" 1366x690

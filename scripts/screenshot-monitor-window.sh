@@ -7,5 +7,5 @@ here=$(cd "$(dirname "$0")/.." && pwd)
 build=${1:-$here/build}
 mkdir -p "$here/docs/screenshots"
 QT_QPA_PLATFORM=xcb xvfb-run -a -s "-screen 0 1400x1000x24" \
-    "$build/bin/zav_monitor_window_screenshot" "$here/docs/screenshots/monitor-window.png"
+    "$build/bin/zav_screenshot" monitor "$here/docs/screenshots/monitor-window.png"
 echo "wrote docs/screenshots/monitor-window.png"

@@ -47,27 +47,28 @@ TEST_F(SerialPortOnPty, BusyMissingAndBadlySetPorts) {
     EXPECT_EQ(second.SetPortOpen(true), 0);
     second.SetPortOpen(false);
 
-    QtSerialPort missing;
-    missing.SetDevice(QDir::tempPath().toStdString() + "/no-such-tty");
-    EXPECT_EQ(missing.SetPortOpen(true), zav::kSerialInvalidPort);
-
-    QtSerialPort refusing;
-    refusing.SetDevice(pty.out());
-    refusing.SetSettings("4800,O,7,1");
-    EXPECT_EQ(refusing.SetPortOpen(true), zav::kSerialDeviceControlBlock);
-    EXPECT_FALSE(refusing.PortOpen());
-
-    QtSerialPort notSerial;
-    notSerial.SetDevice("/dev/null");
-    EXPECT_NE(notSerial.SetPortOpen(true), 0);
-    EXPECT_FALSE(notSerial.PortOpen());
+    const struct {
+        std::string device, settings;
+        int error;
+    } refused[] = {{QDir::tempPath().toStdString() + "/no-such-tty", "", zav::kSerialInvalidPort},
+                   {pty.out(), "4800,O,7,1", zav::kSerialDeviceControlBlock},
+                   {"/dev/null", "", -1}}; // -1: any error
+    for (const auto& c : refused) {
+        QtSerialPort port;
+        port.SetDevice(c.device);
+        if (!c.settings.empty())
+            port.SetSettings(c.settings);
+        const int error = port.SetPortOpen(true);
+        EXPECT_EQ(c.error == -1 ? error != 0 : error == c.error, true) << c.device << error;
+        EXPECT_FALSE(port.PortOpen());
+    }
 
     QtSerialPort settings;
     EXPECT_EQ(settings.SetCommPort(0), zav::kSerialInvalidPort);
     for (const char* bad :
          {"4800,Q,8,1", "4800,N,9,1", "4800,N,8,3", "fast,N,8,1", "4800,N,8", "-4800,N,8,1", ""})
         EXPECT_EQ(settings.SetSettings(bad), zav::kSerialInvalidPropertyValue) << bad;
-    auto parsed = QtSerialPort::ParseSettings("19200,o,7,1.5");
+    const auto parsed = QtSerialPort::ParseSettings("19200,o,7,1.5");
     ASSERT_TRUE(parsed.has_value());
     EXPECT_EQ(parsed->parity, QSerialPort::OddParity);
     EXPECT_EQ(parsed->stopBits, QSerialPort::OneAndHalfStop);
@@ -75,10 +76,9 @@ TEST_F(SerialPortOnPty, BusyMissingAndBadlySetPorts) {
     EXPECT_EQ(settings.DeviceName(), "/dev/ttyS2");
     ASSERT_EQ(settings.SetDevice(pty.out()), 0);
     EXPECT_EQ(settings.DeviceName(), pty.out()); // a named device wins over the number
-}
 
-TEST_F(SerialPortOnPty, ADeviceIsNamedByItsStableLinkWhereThereIsOne) {
-    // A folder standing in for /dev/serial/by-id, its link pointing at the pseudo-terminal.
+    // A device is named by its stable link where there is one (a folder standing in for
+    // /dev/serial/by-id).
     QTemporaryDir byId;
     const QString link = byId.filePath("usb-u-blox_AG_GNSS_receiver-if00");
     ASSERT_TRUE(QFile::link(QString::fromStdString(pty.out()), link));

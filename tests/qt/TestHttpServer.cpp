@@ -5,28 +5,9 @@
 #include <cctype>
 #include <memory>
 #include <stdexcept>
+#include <tuple>
 
 namespace zav::test {
-namespace {
-
-const char* reasonPhrase(int status) {
-    switch (status) {
-    case 200:
-        return "OK";
-    case 302:
-        return "Found";
-    case 307:
-        return "Temporary Redirect";
-    case 404:
-        return "Not Found";
-    case 500:
-        return "Internal Server Error";
-    default:
-        return "Status";
-    }
-}
-
-} // namespace
 
 TestHttpServer::TestHttpServer() {
     if (!m_server.listen(QHostAddress::LocalHost, 0))
@@ -37,31 +18,13 @@ TestHttpServer::TestHttpServer() {
     });
 }
 
-TestHttpServer::~TestHttpServer() {
-    m_server.close();
-}
-
 std::string TestHttpServer::hostAndPath(const std::string& path) const {
     return "127.0.0.1:" + std::to_string(m_server.serverPort()) + path;
 }
 
-void TestHttpServer::reply(int status, std::string body, std::string contentType) {
-    m_status = status;
-    m_body = std::move(body);
-    m_contentType = std::move(contentType);
-    m_answer = true;
-    m_cutAfter = std::string::npos;
-    m_dropHead = false;
-    m_location.clear();
-}
-
-void TestHttpServer::redirect(int status, const std::string& location) {
-    reply(status, "<html>moved</html>", "text/html");
-    m_location = location;
-}
-
-void TestHttpServer::replyAt(const std::string& path, int status, std::string body) {
-    m_pathReplies.push_back({path, {status, std::move(body)}});
+void TestHttpServer::reply(int status, std::string body, std::string location) {
+    m_status = status, m_body = std::move(body), m_location = std::move(location);
+    m_answer = true, m_dropHead = false, m_cutAfter = std::string::npos;
 }
 
 void TestHttpServer::serve(QTcpSocket* socket) {
@@ -82,9 +45,8 @@ void TestHttpServer::serve(QTcpSocket* socket) {
         Request request{first.value(0).toStdString(), first.value(1).toStdString(), "", ""};
         qsizetype length = 0;
         for (const QByteArray& line : lines.mid(1)) {
-            const qsizetype colon = line.indexOf(':');
-            const QByteArray name = line.left(colon).trimmed().toLower();
-            const QByteArray value = line.mid(colon + 1).trimmed();
+            const QByteArray name = line.left(line.indexOf(':')).trimmed().toLower();
+            const QByteArray value = line.mid(line.indexOf(':') + 1).trimmed();
             if (name == "content-length")
                 length = value.toLongLong();
             else if (name == "content-type")
@@ -99,14 +61,12 @@ void TestHttpServer::serve(QTcpSocket* socket) {
             return;
         int status = m_status;
         std::string body = m_body, location = m_location;
-        for (const auto& [path, reply] : m_pathReplies)
-            if (path == request.path)
-                status = reply.status, body = reply.body, location.clear();
-        const std::string head = "HTTP/1.1 " + std::to_string(status) + " " + reasonPhrase(status) +
-                                 "\r\nContent-Type: " + m_contentType +
-                                 (location.empty() ? "" : "\r\nLocation: " + location) +
-                                 "\r\nContent-Length: " + std::to_string(body.size()) +
-                                 "\r\nConnection: close\r\n\r\n";
+        if (const auto at = m_pathReplies.find(request.path); at != m_pathReplies.end())
+            std::tie(status, body) = at->second, location.clear();
+        const std::string head =
+            "HTTP/1.1 " + std::to_string(status) + " Reason\r\nContent-Type: text/xml" +
+            (location.empty() ? "" : "\r\nLocation: " + location) +
+            "\r\nContent-Length: " + std::to_string(body.size()) + "\r\nConnection: close\r\n\r\n";
         if (!m_dropHead)
             socket->write(QByteArray::fromStdString(head + body.substr(0, m_cutAfter)));
         socket->disconnectFromHost();

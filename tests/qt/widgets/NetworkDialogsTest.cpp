@@ -60,26 +60,19 @@ struct TransferDesk {
 
 } // namespace
 
-TEST(TransferDialog, ShowsTheModelAndCarriesTypingClicksAndFocusToIt) {
+TEST(NetworkDialogs, TransferUpdateAndAboutCarryTypingAndClicksToTheirModels) {
     TransferDesk desk;
     TransferDialog dialog(desk.model);
     dialog.show();
     ASSERT_TRUE(QTest::qWaitForWindowExposed(&dialog));
-    EXPECT_EQ(dialog.windowTitle(), "ZAV - Transfer results");
     auto* url = child<QLineEdit>(dialog, "URL");
     auto* ok = child<QPushButton>(dialog, "OKButton");
-    auto* cancel = child<QPushButton>(dialog, "CancelButton");
     auto* message = child<QPlainTextEdit>(dialog, "Message");
-    EXPECT_EQ(child<QLineEdit>(dialog, "username")->text(), "alice");
     EXPECT_EQ(url->text(), "collect.example.org/p");
-    EXPECT_TRUE(message->toPlainText().startsWith("This facility is for transfer"));
-    EXPECT_TRUE(ok->isVisible());
-
     // Emptying the address and leaving the box hides OK; the e-mail option shows it again.
     url->setFocus();
     url->selectAll();
     QTest::keyClick(url, Qt::Key_Delete);
-    EXPECT_EQ(desk.model.URL, "");
     child<QLineEdit>(dialog, "Email")->setFocus();
     QApplication::processEvents();
     EXPECT_FALSE(ok->isVisible());
@@ -87,90 +80,46 @@ TEST(TransferDialog, ShowsTheModelAndCarriesTypingClicksAndFocusToIt) {
     EXPECT_TRUE(ok->isVisible());
     child<QRadioButton>(dialog, "OptionOnline")->click();
     url->setFocus();
-    QTest::keyClicks(url, "server.example/p");
-    EXPECT_EQ(desk.model.URL, "server.example/p");
-    ASSERT_TRUE(ok->isVisible()); // as typed: a click straight from the box finds it there
-
+    QTest::keyClicks(url, "server.example/p"); // a click straight from the box finds it there
     // A second click while the server is awaited (a double-click) finds OK disabled.
     desk.http.whileWaiting = [ok] { QTest::mouseClick(ok, Qt::LeftButton); };
     QTest::mouseClick(ok, Qt::LeftButton);
     ASSERT_EQ(desk.http.requests.size(), 1u);
     EXPECT_EQ(desk.http.requests[0].url, "http://server.example/p");
-    EXPECT_EQ(message->toPlainText(), "Receipt: R-9");
-    EXPECT_EQ(ok->text(), "Done");
-    EXPECT_TRUE(ok->hasFocus());
-    EXPECT_FALSE(cancel->isVisible());
-
+    EXPECT_EQ(message->toPlainText() + " " + ok->text(), "Receipt: R-9 Done");
+    EXPECT_FALSE(child<QPushButton>(dialog, "CancelButton")->isVisible());
     QTest::mouseDClick(message->viewport(), Qt::LeftButton);
     EXPECT_EQ(desk.clipboard.texts, std::vector<std::string>{"Receipt: R-9"});
-
-    QTest::mouseClick(ok, Qt::LeftButton); // "Done"
-    EXPECT_FALSE(dialog.isVisible());
-    EXPECT_EQ(dialog.result(), QDialog::Accepted);
-    EXPECT_EQ(desk.settings.URL, "server.example/p"); // written back on closing
-}
-
-TEST(TransferDialog, ClosingAnyWayWritesTheFieldsBack) {
-    TransferDesk desk;
-    TransferDialog dialog(desk.model);
-    dialog.show();
     QTest::keyClicks(child<QLineEdit>(dialog, "username"), "2");
-    dialog.reject(); // Escape or the window's close box
-    EXPECT_EQ(desk.settings.username, "alice2");
-    EXPECT_TRUE(desk.http.requests.empty());
-}
+    dialog.reject(); // the fields are written back however it closes
+    EXPECT_EQ(desk.settings.URL + " " + desk.settings.username, "server.example/p alice2");
 
-TEST(UpdateDialog, ChecksOnLoadAndShowsTheButtonsTheModelAllows) {
     FakeHttp http;
     FakeXml xml;
     FakeUpdater updater;
     FakeShell shell;
     FakeDialogs dialogs;
+    FakeSystemInfo info;
     http.reply = {200, "<u/>"};
     xml.elements = {{"url", "http://www.zav-noise.org/zav/"}, {"version", "99.0.0"}};
     updater.version = "1.0.0";
     UpdateModel model("http://site.example/", "/opt/zav", {http, xml, updater, shell, dialogs});
-    UpdateDialog dialog(model);
-    dialog.show();
-    ASSERT_TRUE(QTest::qWaitForWindowExposed(&dialog));
-    EXPECT_EQ(dialog.windowTitle(), "Check for updates");
-    EXPECT_EQ(http.requests.size(), 1u);
-    EXPECT_EQ(child<QLabel>(dialog, "Message")->text(), "New version available: 99.0.0");
-    auto* support = child<QPushButton>(dialog, "btnSupport");
-    EXPECT_TRUE(support->isVisible());
-    EXPECT_EQ(support->text(), "Open download page");
-    EXPECT_TRUE(child<QPushButton>(dialog, "btnKwupdater")->isEnabled());
-    QTest::mouseClick(support, Qt::LeftButton);
+    UpdateDialog update(model);
+    update.show();
+    EXPECT_EQ(child<QLabel>(update, "Message")->text().toStdString(), model.Message);
+    EXPECT_TRUE(child<QPushButton>(update, "btnKwupdater")->isEnabled());
+    QTest::mouseClick(child<QPushButton>(update, "btnSupport"), Qt::LeftButton);
     EXPECT_EQ(shell.opened, std::vector<std::string>{"http://site.example/support.htm#download"});
-    EXPECT_FALSE(dialog.isVisible());
+    EXPECT_FALSE(update.isVisible());
 
-    http.reply.status = 404;
-    updater.version.clear();
-    UpdateModel failed("http://site.example/", "/opt/zav", {http, xml, updater, shell, dialogs});
-    UpdateDialog second(failed);
-    second.show();
-    EXPECT_FALSE(child<QPushButton>(second, "btnSupport")->isVisible());
-    EXPECT_FALSE(child<QPushButton>(second, "btnKwupdater")->isEnabled());
-}
-
-TEST(AboutDialog, ShowsCaptionVersionAndDisclaimerAndOpensTheLicence) {
-    FakeShell shell;
-    FakeDialogs dialogs;
-    FakeSystemInfo info;
-    AboutModel model("/opt/zav", {shell, dialogs, info});
-    AboutDialog dialog(model);
-    dialog.show();
-    ASSERT_TRUE(QTest::qWaitForWindowExposed(&dialog));
-    EXPECT_EQ(dialog.windowTitle(), "About ZAV");
-    EXPECT_EQ(child<QLabel>(dialog, "lblTitle")->text(), "ZAV");
-    EXPECT_EQ(child<QLabel>(dialog, "lblVersion")->text().toStdString(), model.versionText);
-    EXPECT_EQ(child<QLabel>(dialog, "lblDisclaimer")->text(),
-              "Disclaimer:\nUse at your own risk, see licence for warranty statement.");
-    QTest::mouseClick(child<QPushButton>(dialog, "Licence"), Qt::LeftButton);
-    EXPECT_EQ(shell.opened, std::vector<std::string>{"/opt/zav/licence.txt"});
-    EXPECT_TRUE(dialog.isVisible());
-    QTest::mouseClick(child<QPushButton>(dialog, "cmdOK"), Qt::LeftButton);
-    EXPECT_FALSE(dialog.isVisible());
+    AboutModel about("/opt/zav", {shell, dialogs, info});
+    AboutDialog aboutDialog(about);
+    aboutDialog.show();
+    EXPECT_EQ(child<QLabel>(aboutDialog, "lblVersion")->text().toStdString(), about.versionText);
+    QTest::mouseClick(child<QPushButton>(aboutDialog, "Licence"), Qt::LeftButton);
+    EXPECT_EQ(shell.opened.back(), "/opt/zav/licence.txt");
+    QTest::mouseClick(child<QPushButton>(aboutDialog, "cmdOK"), Qt::LeftButton);
+    EXPECT_FALSE(aboutDialog.isVisible());
 }
 
 TEST(BusyIndicator, ModalWindowWhileWaitingWhoseCancelEndsTheRequest) {

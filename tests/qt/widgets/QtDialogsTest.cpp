@@ -38,12 +38,13 @@ struct ChooserAnswer {
 } // namespace
 
 TEST(QtDialogs, FilterListsBecomeQtFilters) {
-    EXPECT_EQ(QtFilterFromList("ZAV files (*.zav)|*.zav").toStdString(), "ZAV files (*.zav)");
-    EXPECT_EQ(
-        QtFilterFromList("All Files (*.*)|*.*|Text files (*.txt;*.tab)|*.txt;*.tab").toStdString(),
-        "All Files (*.*);;Text files (*.txt *.tab)");
-    EXPECT_EQ(QtFilterFromList("Gnuplot|*.plt").toStdString(), "Gnuplot (*.plt)");
-    EXPECT_EQ(QtFilterFromList("").toStdString(), "");
+    for (const auto& [list, filter] :
+         {std::pair<const char*, const char*>{"ZAV files (*.zav)|*.zav", "ZAV files (*.zav)"},
+          {"All Files (*.*)|*.*|Text files (*.txt;*.tab)|*.txt;*.tab",
+           "All Files (*.*);;Text files (*.txt *.tab)"},
+          {"Gnuplot|*.plt", "Gnuplot (*.plt)"},
+          {"", ""}})
+        EXPECT_EQ(QtFilterFromList(list).toStdString(), filter);
 }
 
 // The real chooser, answered by typing a bare name as the operator would: the type's suffix
