@@ -329,16 +329,13 @@ TEST_F(ProfilesTest, AProfileWithAPasswordIsReadableByItsOwnerOnly) {
 }
 
 TEST_F(ProfilesTest, AProfileThatCannotBeReadIsSaidNotSilentlyDefaulted) {
-    ASSERT_EQ(mkfifo((dir / "pipe.zav").c_str(), 0600), 0);
     fs::create_directory(dir / "folder.zav");
-    for (const char* name : {"folder.zav", "pipe.zav", "missing.zav"}) {
-        dialogs.messages.clear();
-        open(name); // returns at once: a pipe nobody writes to is not waited on
-        const std::string reason = name[0] == 'f' ? "it is a folder" : "it is not a regular file";
-        EXPECT_EQ(dialogs.texts(),
-                  name[0] == 'm' ? std::vector<std::string>{}
-                                 : std::vector<std::string>{"Error: profile " + path(name) +
-                                                            " cannot be read: " + reason +
-                                                            ". Every setting shows its default."});
-    }
+    open("folder.zav");
+    EXPECT_EQ(dialogs.texts(),
+              std::vector<std::string>{"Error: profile " + path("folder.zav") +
+                                       " cannot be read: it is a folder. Every setting shows "
+                                       "its default."});
+    dialogs.messages.clear();
+    open("missing.zav"); // a new profile: no message
+    EXPECT_TRUE(dialogs.messages.empty());
 }

@@ -90,11 +90,6 @@ TEST(GetPosition, APortThatCannotBeOpenedOrStaysSilentSaysWhy) {
     EXPECT_EQ(denied.record, "Error: Permission denied on /dev/ttyACM0: add your user to the "
                              "dialout group (sudo usermod -aG dialout $USER), then log out and "
                              "in again");
-    denied.OKButton_Click(); // OK then copies the empty averages
-    zav::SetupRecord setup;
-    setup.lat = "1.000000";
-    denied.ApplyTo(setup);
-    EXPECT_EQ(setup.lat + setup.lon, "");
 
     // Open but silent for five seconds: said once, and the dialog stays.
     Dialog d;

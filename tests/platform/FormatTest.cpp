@@ -29,8 +29,7 @@ TEST(Format, PatternsRoundingSignAndSeparator) {
         // Zero never shows a sign.
         {-0.0, "0.00", '.', "0.00"},
         {-0.4, "0", '.', "0"},
-        {33.8, "0.00", ',', "33,80"},
-    };
+        {33.8, "0.00", ',', "33,80"}};
     for (const Case& c : cases)
         EXPECT_EQ(Format(c.value, c.pattern, c.separator), c.text) << c.value << " " << c.pattern;
     EXPECT_THROW(Format(1, "#.##"), std::invalid_argument);

@@ -65,15 +65,13 @@ TEST(Paths, BaseNamesSeparatorsAndTheSuffixOfTheChosenFilter) {
         const char* filter;
         int index;
         const char* suffix;
-    } cases[] = {
-        {text, 2, "txt"},
-        {text, 1, "txt"},
-        {"All Files (*.*)|*.*|Plot files (*.plt)|*.plt", 1, "plt"},
-        {"ZAV files (*.zav)|*.zav|Other (*.ini)|*.ini", 2, "ini"},
-        {"ZAV files (*.zav)|*.zav", 7, "zav"}, // out of range: the first type
-        {"All Files (*.*)|*.*", 1, ""},
-        {"Antenna (ant*)|ant*|Any|*", 1, ""},
-    };
+    } cases[] = {{text, 2, "txt"},
+                 {text, 1, "txt"},
+                 {"All Files (*.*)|*.*|Plot files (*.plt)|*.plt", 1, "plt"},
+                 {"ZAV files (*.zav)|*.zav|Other (*.ini)|*.ini", 2, "ini"},
+                 {"ZAV files (*.zav)|*.zav", 7, "zav"}, // out of range: the first type
+                 {"All Files (*.*)|*.*", 1, ""},
+                 {"Antenna (ant*)|ant*|Any|*", 1, ""}};
     for (const auto& c : cases)
         EXPECT_EQ(FilterSuffix(c.filter, c.index), c.suffix) << c.filter << " " << c.index;
     EXPECT_EQ(FileKind("All Files (*.*)|*.*|Wave files (*.wav)|*.wav"), "wav");
