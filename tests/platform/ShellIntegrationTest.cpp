@@ -144,12 +144,10 @@ TEST(Associate, BadExtensionsAndNoPlaceToWriteFailWithoutRunningAnything) {
     EXPECT_EQ(entries(home.path), 1u);
     EXPECT_TRUE(shell.ran.empty());
 
+    // A relative data folder is no place either: without a home folder there is none.
     ScopedEnv relative("XDG_DATA_HOME", "relative/dir");
     ScopedEnv noHome("HOME", nullptr);
-    EXPECT_EQ(XdgDataHome(), "");
     EXPECT_FALSE(MenuAssociate_Click("/usr/bin/zav", shell));
-    ScopedEnv home2("HOME", "/home/me");
-    EXPECT_EQ(XdgDataHome(), "/home/me/.local/share");
 }
 
 TEST(ResourceFolder, ProgramFolderFirstThenTheInstalledDataFolder) {
