@@ -85,3 +85,14 @@ TEST_F(OptionsMenuTest, LimitsOffKeepsResultsVisibleButUnusable) {
     menu.MenuOptionsLimits_Click();
     EXPECT_EQ(events.calls, Calls{"CalcCalc"}) << "without step 3 the focus stays";
 }
+
+TEST_F(OptionsMenuTest, SamplesTogglesTheIntervalBetweenSampleCountAndMilliseconds) {
+    record.Interval = record.IntervalTag = "64";
+    for (const auto& [samples, interval, label] :
+         {std::tuple{false, "500", "Interval (ms)"}, {true, "8", "Samples (k)"}}) {
+        menu.lblInterval_DblClick();
+        EXPECT_EQ(options.Samples, samples);
+        EXPECT_EQ(record.Interval + record.IntervalTag + controls.lblInterval,
+                  std::string(interval) + interval + label);
+    }
+}

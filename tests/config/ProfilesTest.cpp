@@ -275,6 +275,21 @@ TEST_F(ProfilesTest, WindowSettingsRoundTripWithDefaultsForBadValues) {
     EXPECT_TRUE(state.recent.Visible[3] && !state.recent.Visible[2]);
 }
 
+TEST_F(ProfilesTest, SaveAsAndOpenThroughTheMenuWriteTheOutgoingProfileFirst) {
+    record.Tester = "mine";
+    dialogs.files = {path("other.zav")};
+    profiles.MenuSaveProfile_Click();
+    EXPECT_EQ(state.ProfilePath + " " + state.recent.Caption[1],
+              path("other.zav") + " " + path("other.zav"));
+    EXPECT_EQ(events.calls, Calls{"Caption other"});
+    state.ProfilePath = path("ZAV.zav");
+    record.Tester = "changed";
+    dialogs.files = {path("other.zav")};
+    profiles.MenuOpenProfile_Click();
+    EXPECT_EQ(record.Tester + " " + state.ProfilePath, "mine " + path("other.zav"));
+    expectSaved("ZAV.zav", {"Tester=changed\r"});
+}
+
 TEST_F(ProfilesTest, ARecentFileOpensUnlessItHasVanished) {
     record.Tester = "outgoing";
     state.ProfilePath = path("first.zav");

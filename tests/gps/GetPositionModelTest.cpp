@@ -78,18 +78,22 @@ struct Dialog {
 } // namespace
 
 TEST(GetPosition, APortThatCannotBeOpenedOrStaysSilentSaysWhy) {
-    FakeSerialPort refusing;
-    refusing.openError = zav::kSerialPermissionDenied;
-    FakeBeeper beeper;
-    GpsSettings settings;
-    settings.Device = "/dev/ttyACM0";
-    settings.Speed = 115200;
-    GetPositionModel denied(settings, refusing, beeper, true);
-    denied.Form_Load();
-    EXPECT_EQ(refusing.settings + " " + refusing.device, "115200,N,8,1 /dev/ttyACM0");
-    EXPECT_EQ(denied.record, "Error: Permission denied on /dev/ttyACM0: add your user to the "
-                             "dialout group (sudo usermod -aG dialout $USER), then log out and "
-                             "in again");
+    for (const auto& [error, said] :
+         {std::pair{zav::kSerialPortInUse, "Error: Port In Use"},
+          {zav::kSerialPermissionDenied,
+           "Error: Permission denied on /dev/ttyACM0: add your user to the dialout group (sudo "
+           "usermod -aG dialout $USER), then log out and in again"}}) {
+        FakeSerialPort refusing;
+        refusing.openError = error;
+        FakeBeeper beeper;
+        GpsSettings settings;
+        settings.Device = "/dev/ttyACM0";
+        settings.Speed = 115200;
+        GetPositionModel denied(settings, refusing, beeper, true);
+        denied.Form_Load();
+        EXPECT_EQ(refusing.settings + " " + refusing.device, "115200,N,8,1 /dev/ttyACM0");
+        EXPECT_EQ(denied.record, said);
+    }
 
     // Open but silent for five seconds: said once, and the dialog stays.
     Dialog d;

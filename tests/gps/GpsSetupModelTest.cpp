@@ -41,3 +41,30 @@ TEST(GpsSetup, OkConvertsOrReportsWhatDoesNotFit) {
               std::vector<int>({7, 9600, 7, 2, 2}));
     EXPECT_EQ(settings.Parity + settings.Device, "O/dev/ttyUSB1");
 }
+
+TEST(GpsSetup, AccuracyIsTidiedAndThePortPicksADeviceOrANumber) {
+    GpsSettings settings;
+    FakeDialogs dialogs;
+    GpsSetupModel setup(settings, dialogs, {{"/dev/ttyACM0", "u-blox"}, {"/dev/ttyUSB0", ""}}, ',');
+    setup.Form_Load();
+    EXPECT_EQ(setup.portList.front(), "/dev/ttyACM0 \xE2\x80\x94 u-blox");
+    for (const auto& [typed, shown] : {std::pair{"-3", "0"}, {"12,5", "13"}, {"2,4", "2"}}) {
+        setup.acc = typed;
+        setup.acc_Validate();
+        EXPECT_EQ(setup.acc, shown) << typed;
+    }
+    // {picked or typed, Device, port}
+    const char* const picks[][3] = {{"/dev/ttyACM0 \xE2\x80\x94 u-blox", "/dev/ttyACM0", "1"},
+                                    {"/dev/ttyUSB0", "/dev/ttyUSB0", "1"},
+                                    {"5", "", "5"},
+                                    {"/dev/rfcomm0", "/dev/rfcomm0", "5"}};
+    for (const auto& [text, device, port] : picks) {
+        setup.port_Change(text);
+        EXPECT_EQ(setup.Device + "|" + setup.port, std::string(device) + "|" + port) << text;
+        EXPECT_EQ(setup.PortShown(), text);
+    }
+    setup.CancelButton_Click(); // nothing of it is kept
+    EXPECT_FALSE(setup.Visible() || setup.Stored());
+    EXPECT_EQ(settings.Device + std::to_string(settings.Port) + std::to_string(settings.Acc),
+              "110");
+}
