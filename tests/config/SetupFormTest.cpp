@@ -75,7 +75,6 @@ TEST_F(SetupFormTest, LeavingABoxTidiesChecksAndActs) {
     record.IntervalTag = "8";
     const Case cases[] = {{F::Bandwidth, "2700.6", "2701", "", calc},
                           {F::Bandwidth, "0", "0", kBandwidth, none},
-                          {F::Bandwidth, "abc", "abc", kBandwidth, none},
                           {F::Frequency, "10000", "10000.000", "", calc},
                           {F::Frequency, "0.0996", "0.100", "", calc},
                           {F::Frequency, "0.09", "0.090", kFrequency, none},
@@ -83,7 +82,6 @@ TEST_F(SetupFormTest, LeavingABoxTidiesChecksAndActs) {
                           {F::RxNF, "-3", "0.00", "", calc},
                           {F::RxNF, "3.456", "3.46", "", calc},
                           {F::Attenuator, "abc", "0.0", "", calc},
-                          {F::Attenuator, "-6", "-6.0", "", calc},
                           {F::Loss, "12.25", "12.3", "", calc},
                           {F::AntGain, "&h10", "16.00", "", calc},
                           {F::lat, "abc", "", "", none},
@@ -96,7 +94,6 @@ TEST_F(SetupFormTest, LeavingABoxTidiesChecksAndActs) {
                           {F::Interval, "  32  ", "32", "", reset1},
                           {F::Interval, "32 ", "32", "", none},
                           {F::Interval, "12", "12", kSamples, none},
-                          {F::Interval, "8 16", "8 16", kSamples, none},
                           {F::Interval, "32.0", "32.0", kSamples, none},
                           {F::Interval, "256", "256", "", reset1},
                           {F::Interval, "512", "512", kSamples, none}};
@@ -167,12 +164,6 @@ TEST_F(SetupFormTest, EnterChecksSwallowsTheKeyAndSelectsAgain) {
 }
 
 TEST_F(SetupFormTest, EnteringABoxSelectsItsTextAndTheLocaleSeparatorIsUsed) {
-    for (F f : {F::Frequency, F::RxNF}) { // the noise figure's selection is left alone
-        FieldText(record, f) = "7.000";
-        form.SelectText(f, 2, 1);
-        form.GotFocus(f);
-        EXPECT_EQ(form.Selection(f).SelLength, f == F::RxNF ? 1 : 5);
-    }
     // At most 100 characters, counted as characters, not bytes.
     record.Tester = std::string(150, 'x');
     form.Tester_GotFocus();
@@ -182,10 +173,9 @@ TEST_F(SetupFormTest, EnteringABoxSelectsItsTextAndTheLocaleSeparatorIsUsed) {
     EXPECT_EQ(form.Selection(F::Tester).SelLength, 13);
 
     form.decimalSeparator = ',';
-    const std::pair<const char*, const char*> loss[] = {{"2,5", "2,5"}, {"2.5", "0,0"}};
-    for (const auto& [typed, after] : loss) {
+    for (const auto& [typed, after] : {std::pair{"2,5", "2,5"}, {"2.5", "0,0"}}) {
         leave(F::Loss, typed);
-        EXPECT_EQ(record.Loss, after);
+        EXPECT_EQ(record.Loss, std::string(after));
     }
     EXPECT_FALSE(leave(F::Frequency, "7,1"));
     EXPECT_EQ(record.Frequency, "7,100");
