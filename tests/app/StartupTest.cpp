@@ -43,7 +43,6 @@ TEST(Startup, DefaultsLastProfileAndTheProfileArgument) {
     d = r.decide("-t \"my log.tab\" \"/my data/a b.zav\"");
     EXPECT_EQ(d.state.tsvFileName, "my log.tab");
     EXPECT_EQ(d.state.profilePath + "|" + d.state.profileName, "/my data/a b.zav|a b");
-    EXPECT_EQ(r.decide("-- -h").state.profilePath, kDir + "-h.zav");
     // Five arguments at most: the profile in sixth place is never seen.
     d = r.decide("-d -d -d -d -d prof");
     EXPECT_TRUE(d.showWindow);

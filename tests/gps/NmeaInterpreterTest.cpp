@@ -1,10 +1,10 @@
-// The example sentences run end to end through `zavcli nmea` against an expected file;
-// here: the checksum rules as properties, errors, the field routines and hostile input.
+// The example sentences: `zavcli nmea` against an expected file.
 #include "gps/NmeaInterpreter.h"
 
 #include "NmeaTestSupport.h"
 #include "gps/NmeaEventText.h"
 #include "gps/RuntimeError.h"
+#include "platform/TextHelpers.h"
 
 #include "testsupport/SharedData.h"
 
@@ -23,15 +23,10 @@ namespace {
 
 const std::string kGga = "$GPGGA,123519,4807.038,N,01131.000,E,1,08,0.9,545.4,M,46.9,M,,*47";
 
-// An interpreter whose events are kept as text lines, with the field routines reachable.
+// An interpreter whose events are kept as text lines.
 class Interpreter : public NmeaInterpreter {
 public:
     Interpreter() : NmeaInterpreter(m_text) {}
-    using NmeaInterpreter::ParseAutoManMode;
-    using NmeaInterpreter::ParseMode3D;
-    using NmeaInterpreter::ParsePosition;
-    using NmeaInterpreter::ParseTime;
-
     // The events raised since the last call.
     std::string events() {
         std::string s = m_out.str();
@@ -63,64 +58,41 @@ TEST(NmeaInterpreter, ChecksumRules) {
     nmea.events();
     // A wrong digit, a missing or one-digit checksum: all refused.
     const std::string body = kGga.substr(0, kGga.size() - 2);
-    for (const std::string& bad :
-         {body + "48", kGga.substr(0, kGga.size() - 3), kGga.substr(0, kGga.size() - 1),
-          std::string(), std::string("$")})
+    for (const std::string& bad : {body + "48", kGga.substr(0, kGga.size() - 3), body + "4",
+                                   std::string(), std::string("$")})
         EXPECT_FALSE(nmea.parseSentence(bad)) << bad;
     EXPECT_EQ(nmea.events(), "");
+    // "$" anywhere is left out of the sum.
+    std::string withDollar = kGga;
+    EXPECT_TRUE(nmea.parseSentence(withDollar.insert(10, "$")));
 
-    // A checksum with a letter in it counts in capitals only: sentences whose exclusive-or
-    // sum (worked out here on its own) has a hexadecimal letter, sent both ways.
-    int withLetter = 0;
+    // Judged on its own: with a "*", the XOR of the body in capital hex; without one, every
+    // character is summed, the last two included, and compared with those two.
+    int accepted = 0, withLetter = 0;
     for (int second = 10; second < 60; ++second) {
         const std::string fields =
             "GPGLL,4916.45,N,12311.12,W,2254" + std::to_string(second) + ",A";
-        unsigned sum = 0;
-        for (const char c : fields)
-            sum ^= static_cast<unsigned char>(c);
-        const char* digits = "0123456789ABCDEF";
-        const std::string upper{digits[sum >> 4], digits[sum & 15]};
-        if (upper.find_first_of("ABCDEF") == std::string::npos)
-            continue;
-        ++withLetter;
-        std::string lower = upper;
-        for (char& c : lower)
-            c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-        EXPECT_TRUE(nmea.parseSentence("$" + fields + "*" + upper)) << fields;
-        EXPECT_FALSE(nmea.parseSentence("$" + fields + "*" + lower)) << fields;
+        const std::string sum = Sentence(fields).substr(fields.size() + 2);
+        if (sum.find_first_of("ABCDEF") != std::string::npos) {
+            EXPECT_TRUE(nmea.parseSentence("$" + fields + "*" + sum)) << fields;
+            EXPECT_FALSE(nmea.parseSentence("$" + fields + "*" + zav::LowerAscii(sum))) << fields;
+            ++withLetter;
+        }
+        for (int code = 0; code < 256; ++code) {
+            char hex[3];
+            std::snprintf(hex, sizeof hex, "%02X", code);
+            const std::string s = "$" + fields + "," + hex;
+            const bool matches = Sentence(s.substr(1)).substr(s.size() + 1) == hex;
+            nmea.events();
+            ASSERT_EQ(nmea.parseSentence(s), matches) << s;
+            accepted += matches;
+            if (matches) {
+                EXPECT_NE(nmea.events().find("FixObtained\n"), std::string::npos) << s;
+            }
+        }
     }
     EXPECT_GE(withLetter, 5);
-    nmea.events();
-
-    // "$" anywhere is left out of the sum.
-    std::string withDollar = kGga;
-    withDollar.insert(10, "$");
-    EXPECT_TRUE(nmea.parseSentence(withDollar));
-
-    // Without a "*", every character is summed, the last two included, and compared with
-    // those two; now and then a sentence passes that way. Each candidate is judged here by
-    // that rule on its own and must get the same answer.
-    int accepted = 0, refused = 0;
-    for (int second = 10; second < 60; ++second) {
-        const std::string start =
-            "$GPGLL,4916.45,N,12311.12,W,2254" + std::to_string(second) + ",A,";
-        for (const char* hi = "0123456789ABCDEF"; *hi; ++hi)
-            for (const char* lo = "0123456789ABCDEF"; *lo; ++lo) {
-                const std::string s = start + *hi + *lo;
-                unsigned sum = 0;
-                for (unsigned char c : s.substr(1))
-                    sum ^= c;
-                const bool rule = sum == std::stoul(std::string{*hi, *lo}, nullptr, 16);
-                ASSERT_EQ(nmea.parseSentence(s), rule) << s;
-                const std::string events = nmea.events();
-                if (rule) { // the last three characters (",hh") are cut off as if "*hh"
-                    EXPECT_EQ(events.substr(events.size() - 12), "FixObtained\n") << s;
-                }
-                ++(rule ? accepted : refused);
-            }
-    }
     EXPECT_GT(accepted, 0);
-    EXPECT_GT(refused, 700);
 }
 
 TEST(NmeaInterpreter, ErrorsLeaveParseSentenceAfterTheEventsBeforeThem) {
@@ -152,26 +124,6 @@ TEST(NmeaInterpreter, ErrorsLeaveParseSentenceAfterTheEventsBeforeThem) {
     EXPECT_EQ(nmea.MessageNumber(), 9000);
 }
 
-TEST(NmeaInterpreter, FieldRoutinesOwnGuardsAndShortTexts) {
-    Interpreter nmea;
-    // Given an empty text, a mode routine keeps its previous text and still raises it.
-    nmea.ParseMode3D("");
-    nmea.ParseMode3D("3");
-    nmea.ParseMode3D("");
-    nmea.ParseAutoManMode("M");
-    nmea.ParseAutoManMode("");
-    EXPECT_EQ(nmea.events(), "Mode3DReceived\t\nMode3DReceived\t3D\nMode3DReceived\t3D\n"
-                             "AutoManModeReceived\tForced 2D/3D\n"
-                             "AutoManModeReceived\tForced 2D/3D\n");
-    EXPECT_EQ(nmea.Mode3DText(), "3D");
-
-    nmea.ParseTime("1");
-    nmea.ParseTime("1235");
-    nmea.ParsePosition("5", "N", "7", "W");
-    EXPECT_EQ(nmea.events(), "TimeChanged\t1:: GMT\nTimeChanged\t12:35: GMT\n"
-                             "PositionReceived\tN 5\u00B0 '\tW 7\u00B0 '\n");
-}
-
 TEST(NmeaInterpreter, HostileInputOnlyEverEndsInItsOwnErrors) {
     ZAV_NEED_SHARED_DATA();
     // Real sentences cut, glued and sprinkled with bytes of every value, each given a good
@@ -185,7 +137,7 @@ TEST(NmeaInterpreter, HostileInputOnlyEverEndsInItsOwnErrors) {
     std::mt19937 rng(5);
     Interpreter nmea;
     int parsed = 0, errors = 0;
-    for (int i = 0; i < 20000; ++i) {
+    for (int i = 0; i < 10000; ++i) {
         std::string body = seeds[rng() % seeds.size()];
         switch (rng() % 4) {
         case 0:
@@ -205,8 +157,8 @@ TEST(NmeaInterpreter, HostileInputOnlyEverEndsInItsOwnErrors) {
         }
         nmea.events();
     }
-    EXPECT_GT(parsed, 1000);
-    EXPECT_GT(errors, 100);
+    EXPECT_GT(parsed, 500);
+    EXPECT_GT(errors, 50);
 }
 
 namespace {
@@ -231,19 +183,14 @@ TEST(NmeaInterpreter, EverySatelliteSystemAndOneEpochOfSeveral) {
         EXPECT_EQ(nmea.Talker(), talker);
         EXPECT_EQ(valuesOf(nmea.events(), "HDOP"), "0.9");
     }
-    for (const char* other : {"XX", "P", "GPX", "gp", "G"})
+    for (const char* other : {"XX", "GPX", "gp"})
         EXPECT_FALSE(nmea.parseSentence(Sentence(other + fix))) << other;
-    for (const char* type : {"GLL,4916.45,N,12311.12,W,225444,A", "RMC,225446,A,4916.45,N",
-                             "GSA,A,3,04", "GSV,1,1,01"})
-        EXPECT_TRUE(nmea.parseSentence(Sentence(std::string("BD") + type + ",,,,,,,,,,,,,,,,")))
-            << type;
     nmea.events();
 
     // One epoch: GPS in two messages, then BeiDou, whose number 1 is another satellite than
     // GPS 1. In view is the sum; the satellites are numbered on across the systems.
     Interpreter sky;
-    sky.parseSentence(
-        Sentence("GPGSV,2,1,05,01,10,100,40,02,20,200,41,03,30,300,42,04,40,40,43,0"));
+    sky.parseSentence(Sentence("GPGSV,2,1,05,01,10,100,40,02,20,200,41,03,30,300,42,04,40,40,43,0"));
     sky.parseSentence(Sentence("GPGSV,2,2,05,05,50,50,44,0"));
     sky.parseSentence(Sentence("BDGSV,1,1,03,01,11,110,30,07,21,210,31,13,31,310,32,0"));
     EXPECT_EQ(sky.CurrentSatellite().talker, "BD");
@@ -254,7 +201,9 @@ TEST(NmeaInterpreter, EverySatelliteSystemAndOneEpochOfSeveral) {
               "5\t5\t50\t50\t44 6\t1\t110\t11\t30 7\t7\t210\t21\t31 8\t13\t310\t31\t32");
     // GPS reporting again begins the next epoch.
     sky.parseSentence(Sentence("GPGSV,1,1,02,01,10,100,40,02,20,200,41"));
-    EXPECT_EQ(valuesOf(sky.events(), "SatellitesInView"), "2");
+    events = sky.events();
+    EXPECT_EQ(valuesOf(events, "SatellitesInView"), "2");
+    EXPECT_EQ(valuesOf(events, "SatelliteReceived"), "1\t1\t100\t10\t40 2\t2\t200\t20\t41");
     EXPECT_EQ(sky.SatellitesInView(), 2);
 
     // The GSA of one epoch, one per system, fill the channels on from the first one's.

@@ -10,24 +10,23 @@ using zav::IsNumber;
 using zav::Number;
 
 TEST(Number, AcceptsTheDecimalGrammarAndHexadecimal) {
-    const std::pair<const char*, double> good[] = {
-        {"0", 0},
-        {"  42 ", 42},
-        {"-3", -3},
-        {"+2.5", 2.5},
-        {"1E-3", 0.001},
-        {"2.5e+2", 250},
-        {".5", 0.5},
-        {"7.", 7},
-        {"\t-0.31\t", -0.31},
-        {"000.000100", 0.0001},
-        // Hexadecimal: 16 bits signed up to four digits, then 32 bits signed.
-        {"&h10", 16},
-        {"&HfF", 255},
-        {"&h7FFF", 32767},
-        {"&hFFFF", -1},
-        {"&h10000", 65536},
-        {"&hFFFFFFFF", -1}};
+    // Hexadecimal: 16 bits signed up to four digits, then 32 bits signed.
+    const std::pair<const char*, double> good[] = {{"0", 0},
+                                                   {"  42 ", 42},
+                                                   {"-3", -3},
+                                                   {"+2.5", 2.5},
+                                                   {"1E-3", 0.001},
+                                                   {"2.5e+2", 250},
+                                                   {".5", 0.5},
+                                                   {"7.", 7},
+                                                   {"\t-0.31\t", -0.31},
+                                                   {"000.000100", 0.0001},
+                                                   {"&h10", 16},
+                                                   {"&HfF", 255},
+                                                   {"&h7FFF", 32767},
+                                                   {"&hFFFF", -1},
+                                                   {"&h10000", 65536},
+                                                   {"&hFFFFFFFF", -1}};
     for (const auto& [text, value] : good) {
         EXPECT_TRUE(IsNumber(text)) << text;
         EXPECT_DOUBLE_EQ(Number(text), value) << text;

@@ -69,6 +69,10 @@ std::string programOfExec(const std::string& exec, const fs::path& scratch) {
     return out;
 }
 
+std::size_t entries(const fs::path& dir) {
+    return static_cast<std::size_t>(std::distance(fs::directory_iterator(dir), {}));
+}
+
 // Sets (or with nullptr removes) an environment variable for one scope.
 struct ScopedEnv {
     std::string name;
@@ -83,39 +87,40 @@ struct ScopedEnv {
 
 } // namespace
 
-TEST(Associate, WritesMimeTypeAndDesktopEntryInTheDataHomeThenRefreshesTheDesktop) {
+TEST(Associate, TheEntryStartsTheProgramWholeAndTheDesktopIsRefreshed) {
     test::TempDir home;
     const fs::path data = home.path / "data dir";
     ScopedEnv xdg("XDG_DATA_HOME", data.string().c_str());
-    const std::string exe = "/opt/my tools/ZAV app/zav";
     test::FakeShell shell;
-    ASSERT_TRUE(associateFileTypes(exe, shell));
-
-    // (The XML itself is judged by the real database tool below.)
-    EXPECT_TRUE(fs::exists(data / "mime" / "packages" / "zav.xml"));
-    const std::string entry = test::ReadFile(data / "applications" / "zav.desktop");
-    EXPECT_EQ(entry.rfind("[Desktop Entry]\n", 0), 0u);
-    EXPECT_EQ(programOfExec(desktopValue(entry, "Exec"), home.path), exe);
-    EXPECT_EQ(desktopValue(entry, "MimeType"), "application/x-zav-profile;");
-    EXPECT_EQ(desktopValue(entry, "Type"), "Application");
-    EXPECT_EQ(desktopValue(entry, "Icon"), "zav"); // no icon beside the program
-
+    ASSERT_TRUE(associateFileTypes("/opt/my tools/zav", shell));
+    const fs::path entry = data / "applications" / "zav.desktop";
+    EXPECT_EQ(desktopValue(test::ReadFile(entry), "MimeType"), "application/x-zav-profile;");
+    EXPECT_EQ(desktopValue(test::ReadFile(entry), "Icon"), "zav"); // no icon beside the program
     ASSERT_EQ(shell.ran.size(), 3u);
-    const auto args = [&shell](int i) {
-        const std::string& run = shell.ran[static_cast<std::size_t>(i)];
-        return SplitCommandLine(run.substr(run.find('|') + 1), 8);
-    };
-    EXPECT_EQ(shell.ran[0].substr(0, shell.ran[0].find('|')), "update-mime-database");
-    EXPECT_EQ(args(0)[1], (data / "mime").string()); // the blank survives the hand-over
-    EXPECT_EQ(shell.ran[1].substr(0, shell.ran[1].find('|')), "update-desktop-database");
-    EXPECT_EQ(args(1)[1], (data / "applications").string());
+    // The blank in the folder survives the hand-over to the tools.
+    EXPECT_EQ(shell.ran[0], "update-mime-database|" + JoinCommandLine({(data / "mime").string()}));
+    EXPECT_EQ(shell.ran[1],
+              "update-desktop-database|" + JoinCommandLine({(data / "applications").string()}));
     EXPECT_EQ(shell.ran[2], "xdg-mime|default zav.desktop application/x-zav-profile");
+
+    // Whatever the program's path holds, the desktop (and a shell) get it back whole.
+    for (const std::string exe :
+         {"/opt/my tools/zav", "/opt/a \"b\"/zav", "/opt/$HOME/`id`/zav", "/opt/back\\slash/zav",
+          "/opt/100%f/zav", "/opt/it's here/zav", "/opt/tab\there/zav"}) {
+        ASSERT_TRUE(Associate("ZAV", ".zav", exe, data.string(), shell));
+        EXPECT_EQ(programOfExec(desktopValue(test::ReadFile(entry), "Exec"), home.path), exe);
+    }
+    const fs::path bin = home.path / "bin";
+    fs::create_directories(bin);
+    std::ofstream(bin / "zav.svg") << "<svg/>";
+    ASSERT_TRUE(Associate("ZAV", ".zav", (bin / "zav").string(), data.string(), shell));
+    EXPECT_EQ(desktopValue(test::ReadFile(entry), "Icon"), (bin / "zav.svg").string());
 }
 
-TEST(Associate, TheSharedMimeDatabaseAcceptsTheTypeAndMissingToolsAreNoError) {
+TEST(Associate, TheSharedMimeDatabaseAcceptsTheType) {
     test::TempDir home;
     WaitingShell shell;
-    ASSERT_TRUE(Associate("ZAV", ".zav", "/usr/bin/zav", home.path.string(), shell));
+    ASSERT_TRUE(Associate("ZAV", "  .zav ", "/usr/bin/zav", home.path.string(), shell));
     if (!fs::exists("/usr/bin/update-mime-database"))
         GTEST_SKIP() << "shared-mime-info is not installed";
     // The database tool compiled our XML: the glob and the type's own file are there.
@@ -126,70 +131,35 @@ TEST(Associate, TheSharedMimeDatabaseAcceptsTheTypeAndMissingToolsAreNoError) {
         std::string::npos);
 }
 
-TEST(Associate, RefusesAnExtensionWithoutADotAndFailsWithoutAPlaceToWrite) {
+TEST(Associate, BadExtensionsAndNoPlaceToWriteFailWithoutRunningAnything) {
     test::TempDir home;
     test::FakeShell shell;
-    EXPECT_FALSE(Associate("ZAV", "zav", "/usr/bin/zav", home.path.string(), shell));
-    EXPECT_FALSE(Associate("ZAV", "", "/usr/bin/zav", home.path.string(), shell));
-    EXPECT_TRUE(fs::is_empty(home.path));
-    EXPECT_FALSE(Associate("ZAV", ".zav", "/usr/bin/zav", "", shell));
     std::ofstream(home.path / "file") << "x";
-    EXPECT_FALSE(Associate("ZAV", ".zav", "/usr/bin/zav", (home.path / "file").string(), shell));
+    const std::pair<const char*, std::string> bad[] = {{"zav", home.path.string()},
+                                                       {"", home.path.string()},
+                                                       {".zav", ""},
+                                                       {".zav", (home.path / "file").string()}};
+    for (const auto& [extension, folder] : bad)
+        EXPECT_FALSE(Associate("ZAV", extension, "/usr/bin/zav", folder, shell)) << extension;
+    EXPECT_EQ(entries(home.path), 1u);
     EXPECT_TRUE(shell.ran.empty());
 
-    EXPECT_TRUE(Associate("ZAV", "  .zav ", "/usr/bin/zav", home.path.string(), shell));
-    EXPECT_NE(test::ReadFile(home.path / "mime" / "packages" / "zav.xml").find("\"*.zav\""),
-              std::string::npos);
-}
-
-TEST(Associate, ProgramPathsWithShellCharactersComeBackWholeAndTheIconBesideThemIsUsed) {
-    test::TempDir scratch;
-    test::FakeShell shell;
-    const fs::path entry = scratch.path / "applications" / "zav.desktop";
-    for (const std::string exe : {"/opt/a \"b\"/zav", "/opt/$HOME/`id`/zav", "/opt/back\\slash/zav",
-                                  "/opt/100%f/zav", "/opt/it's here/zav", "/opt/tab\there/zav"}) {
-        ASSERT_TRUE(Associate("ZAV", ".zav", exe, scratch.path.string(), shell));
-        EXPECT_EQ(programOfExec(desktopValue(test::ReadFile(entry), "Exec"), scratch.path), exe);
-    }
-    const fs::path bin = scratch.path / "bin";
-    fs::create_directories(bin);
-    std::ofstream(bin / "zav.svg") << "<svg/>";
-    ASSERT_TRUE(Associate("ZAV", ".zav", (bin / "zav").string(), scratch.path.string(), shell));
-    EXPECT_EQ(desktopValue(test::ReadFile(entry), "Icon"), (bin / "zav.svg").string());
-}
-
-TEST(XdgDataHome, AbsoluteSettingElseTheHomeFolder) {
-    {
-        ScopedEnv xdg("XDG_DATA_HOME", "/data/me");
-        EXPECT_EQ(XdgDataHome(), "/data/me");
-    }
-    {
-        ScopedEnv xdg("XDG_DATA_HOME", "relative/dir");
-        ScopedEnv home("HOME", "/home/me");
-        EXPECT_EQ(XdgDataHome(), "/home/me/.local/share");
-    }
-    {
-        ScopedEnv xdg("XDG_DATA_HOME", nullptr);
-        ScopedEnv home("HOME", nullptr);
-        EXPECT_EQ(XdgDataHome(), "");
-        test::FakeShell shell;
-        EXPECT_FALSE(associateFileTypes("/usr/bin/zav", shell));
-    }
+    // A relative data folder is no place either: without a home folder there is none.
+    ScopedEnv relative("XDG_DATA_HOME", "relative/dir");
+    ScopedEnv noHome("HOME", nullptr);
+    EXPECT_FALSE(associateFileTypes("/usr/bin/zav", shell));
 }
 
 TEST(ResourceFolder, ProgramFolderFirstThenTheInstalledDataFolder) {
     test::TempDir root;
-    const fs::path bin = root.path / "bin";
-    const fs::path share = root.path / "share" / "zav";
-    fs::create_directories(bin);
-    fs::create_directories(share);
+    const fs::path bin = root.path / "bin", share = root.path / "share" / "zav",
+                   helper = root.path / "libexec" / "zav";
+    for (const fs::path& d : {bin, share, helper})
+        fs::create_directories(d);
     std::ofstream(share / "licence.txt") << "x";
     EXPECT_EQ(ResourceFolder(bin.string(), "licence.txt"), share.string() + "/");
+    EXPECT_EQ(ResourceFolder(helper.string(), "licence.txt"), share.string() + "/");
     EXPECT_EQ(ResourceFolder(bin.string(), "ZAV.pdf"), bin.string() + "/");
     std::ofstream(bin / "licence.txt") << "x";
     EXPECT_EQ(ResourceFolder(bin.string() + "/", "licence.txt"), bin.string() + "/");
-    // A helper program installed under libexec/zav finds the same data folder.
-    const fs::path helper = root.path / "libexec" / "zav";
-    fs::create_directories(helper);
-    EXPECT_EQ(ResourceFolder(helper.string(), "licence.txt"), share.string() + "/");
 }
