@@ -12,6 +12,7 @@
 #include <cmath>
 #include <complex>
 #include <filesystem>
+#include <tuple>
 
 using namespace zav;
 using test::Noise;
@@ -67,9 +68,8 @@ TEST(Detectors, FullScaleSineGivesTheKnownReadings) {
 TEST(Detectors, SineAndGaussianNoiseReadTheirTextbookValues) {
     // Every detector of a steady sine reads its RMS value, A/√2, at any rate, for tones well
     // below the rate (near it, the sampled half-waves no longer average like a sine's).
-    const std::pair<int, double> tones[] = {{8000, 101},   {8000, 199},   {44100, 400},
-                                            {44100, 997},  {48000, 1000}, {48000, 1499},
-                                            {96000, 1000}, {96000, 2999}};
+    const std::pair<int, double> tones[] = {
+        {8000, 101}, {44100, 997}, {48000, 1499}, {96000, 2999}};
     for (const auto& [rate, tone] : tones) {
         // Less what the DC tracker takes: e = x·(1 − z⁻¹) / (1 − (1 − kdc)·z⁻¹), 20 Hz corner.
         const double w = 2 * kPi * tone / rate, a = std::exp(-2 * kPi * 20 / rate);
@@ -145,7 +145,7 @@ TEST(Detectors, FastKernelAgreesWithThePlainLoop) {
     cases.push_back({"burst then silence", burst, 44100});
     // Lengths around the block and lane sizes, shorter than the 10 ms start-up too.
     const auto base = Noise(6000, 1100, 8);
-    for (std::size_t n : {1, 2, 3, 4, 5, 7, 8, 255, 256, 257, 441, 442, 443, 1023})
+    for (std::size_t n : {1, 2, 3, 5, 8, 255, 256, 257, 441, 442, 443})
         cases.push_back({"length " + std::to_string(n),
                          std::vector<std::int16_t>(base.begin(), base.begin() + n), 44100});
     for (const Case& c : cases) {
@@ -160,7 +160,7 @@ TEST(Detectors, FastKernelAgreesWithThePlainLoop) {
     // sums carried in extended precision the kernel stays within it.
     const auto longSine = Sine(20000, 1000, 48000, std::size_t{1} << 23);
     Measurement exact;
-    test::ReferenceDetectors(longSine, std::int64_t{1} << 23, 48000, 7, exact, true);
+    test::ReferenceDetectors<long double>(longSine, std::int64_t{1} << 23, 48000, 7, exact);
     expectAgrees(analyse(longSine, 48000), exact, "long sine");
 }
 
@@ -195,14 +195,11 @@ TEST(AnalyseWave, FileRunEqualsTheInMemoryRun) {
     // A real recording from another writer, against the plain loop over its samples.
     ZAV_NEED_SHARED_DATA();
     const std::string real = std::string(ZAV_SHARED_DATA_DIR) + "/wav/goaudio_listinfo.wav";
-    std::ifstream in(real, std::ios::binary);
-    in.seekg(44);
+    const std::string bytes = test::ReadFile(real);
     std::vector<std::int16_t> data(88200);
-    for (auto& v : data) {
-        unsigned char b[2];
-        in.read(reinterpret_cast<char*>(b), 2);
-        v = static_cast<std::int16_t>(b[0] | (b[1] << 8));
-    }
+    for (std::size_t i = 0; i < data.size(); ++i) // little-endian from byte 44 on
+        data[i] = static_cast<std::int16_t>(static_cast<unsigned char>(bytes[44 + 2 * i]) |
+                                            (static_cast<unsigned char>(bytes[45 + 2 * i]) << 8));
     Measurement plain, got;
     test::ReferenceDetectors(data, 88200, 44100, 7, plain);
     ASSERT_TRUE(AnalyseWave(real, 7, got, dialogs));
@@ -221,15 +218,15 @@ TEST(AnalyseWave, UnusableFilesLeaveTheMeasurementAlone) {
         EXPECT_FALSE(m.OverThreshold);
         EXPECT_EQ(dialogs.messages.size(), messages) << path;
     };
-    auto header = [](std::uint16_t align, std::int32_t rate) {
+    // Stereo, no rate, a negative rate, no samples.
+    const std::tuple<int, int, int> bad[] = {
+        {4, 44100, 4}, {2, 0, 2}, {2, -44100, 2}, {2, 44100, 0}};
+    for (const auto& [align, rate, count] : bad) {
         test::WaveHeader h;
-        h.align = align, h.rate = rate;
-        return h;
-    };
-    run(test::WriteBytes(dir / "stereo.wav", header(4, 44100).Bytes({1, 2, 3, 4})), 1);
-    run(test::WriteBytes(dir / "empty-data.wav", test::WaveHeader{}.Bytes()), 0);
-    run(test::WriteBytes(dir / "no-rate.wav", header(2, 0).Bytes({1, 2})), 0);
-    run(test::WriteBytes(dir / "negative-rate.wav", header(2, -44100).Bytes({1, 2})), 0);
+        h.align = static_cast<std::uint16_t>(align), h.rate = rate;
+        run(test::WriteBytes(dir / "bad.wav", h.Bytes(std::vector<std::int16_t>(count, 1))),
+            align == 4 ? 1 : 0);
+    }
     const auto missing = dir / "missing.wav";
     run(missing.string(), 1);
     EXPECT_FALSE(std::filesystem::exists(missing)); // reading never creates the file

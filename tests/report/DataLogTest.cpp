@@ -2,6 +2,7 @@
 #include "ReportFixture.h"
 #include "platform/UrlCoding.h"
 #include "report/ObservationOutputs.h"
+#include "report/TextReport.h"
 #include "testsupport/FakeDialogs.h"
 #include "testsupport/FakePorts.h"
 #include "testsupport/ScratchDir.h"
@@ -21,156 +22,122 @@ namespace fs = std::filesystem;
 
 namespace {
 
-std::vector<std::string> split(const std::string& line, char sep) {
-    std::vector<std::string> out(1);
-    for (char c : line) {
-        if (c == sep)
-            out.emplace_back();
-        else
-            out.back().push_back(c);
-    }
-    return out;
-}
+struct Outputs {
+    test::TempDir dir;
+    test::ReportFixture f;
+    CommandStates commands;
+    test::FakeDialogs dialogs;
+    test::FakeClipboard clipboard;
+    test::FakeMailer mailer;
+    ObservationOutputs outputs{
+        [this] { return f.source(); }, commands, {dialogs, clipboard, mailer}};
+    bool logEnabled() const { return commands.MenuSaveTsv && commands.RTSVB; }
+};
 
 } // namespace
 
-TEST(DataLog, NewFileGetsHeaderAndRowByteForByte) {
+TEST(DataLog, NewFileByteForByteThenRowsWithoutASecondHeader) {
     test::TempDir dir;
     test::ReportFixture f;
-    const fs::path log = dir.path / "ZavData.tab";
+    const std::string expected = test::ExpectedFile("datalog-one-row.tab");
+    const fs::path log = dir.path / "ZavData.tab", empty = dir.path / "empty.tab",
+                   other = dir.path / "other.tab";
     ASSERT_TRUE(AppendDataLog(log.string(), f.source()));
-    EXPECT_EQ(test::ReadFile(log), test::ExpectedFile("datalog-one-row.tab"));
-}
-
-TEST(DataLog, HeaderOnlyForAnEmptyFileAndRowsAppend) {
-    test::TempDir dir;
-    test::ReportFixture f;
-    const fs::path log = dir.path / "log.tab";
-    std::ofstream(log, std::ios::binary).close(); // an existing 0-byte file
+    EXPECT_EQ(test::ReadFile(log), expected);
     ASSERT_TRUE(AppendDataLog(log.string(), f.source()));
-    ASSERT_TRUE(AppendDataLog(log.string(), f.source()));
-    const std::string text = test::ReadFile(log);
-    EXPECT_EQ(text, DataLogHeader() + DataLogRow(f.source()) + DataLogRow(f.source()));
-
-    const fs::path other = dir.path / "other.tab";
+    EXPECT_EQ(test::ReadFile(log), expected + DataLogRow(f.source()));
+    // An existing empty file gets the header too; any other file only the row.
+    std::ofstream(empty, std::ios::binary).close();
     std::ofstream(other, std::ios::binary) << "anything\r\n";
+    ASSERT_TRUE(AppendDataLog(empty.string(), f.source()));
     ASSERT_TRUE(AppendDataLog(other.string(), f.source()));
+    EXPECT_EQ(test::ReadFile(empty), expected);
     EXPECT_EQ(test::ReadFile(other), "anything\r\n" + DataLogRow(f.source()));
-}
 
-TEST(DataLog, RowShapeAndNotesSurviveEncoding) {
-    test::ReportFixture f;
-    const std::string row = DataLogRow(f.source());
-    const auto values = split(row.substr(0, row.size() - 2), '\t');
-    ASSERT_EQ(values.size(), 32u);
-    EXPECT_EQ(row.find('\n'), row.size() - 1); // one line, whatever the notes hold
-    EXPECT_EQ(UrlDecode(values[31]), f.setup.Notes);
+    // One line of 32 fields whatever the notes hold, and they decode back.
     f.setup.Bandwidth = "3000";
     f.observation.durationSeconds = 2;
-    const auto v2 = split(DataLogRow(f.source()), '\t');
-    EXPECT_EQ(v2[11], "34.77");
-    EXPECT_EQ(v2[12], "2.000");
+    const std::string row = DataLogRow(f.source());
+    EXPECT_EQ(row.find('\n'), row.size() - 1);
+    std::istringstream fields(row);
+    std::vector<std::string> v;
+    for (std::string field; std::getline(fields, field, '\t');)
+        v.push_back(field);
+    ASSERT_EQ(v.size(), 32u);
+    EXPECT_EQ(UrlDecode(v[31].substr(0, v[31].size() - 2)), f.setup.Notes);
+    EXPECT_EQ(v[11] + " " + v[12], "34.77 2.000");
 }
 
 TEST(DataLog, AFailedAppendLeavesTheFileAsItWasSaysWhyAndLeavesTheCommandsEnabled) {
-    test::TempDir dir;
-    test::ReportFixture f;
-    CommandStates commands;
-    test::FakeDialogs dialogs;
-    test::FakeClipboard clipboard;
-    test::FakeMailer mailer;
-    ObservationOutputs outputs([&f] { return f.source(); }, commands, {dialogs, clipboard, mailer});
-    const auto enable = [&commands] { commands.MenuSaveTsv = commands.RTSVB = true; };
-    const auto enabled = [&commands] { return commands.MenuSaveTsv && commands.RTSVB; };
-    const fs::path log = dir.path / "log.tab";
-    outputs.TsvFileName = log.string();
-    enable();
-    outputs.MenuSaveTsv_Click();
-    EXPECT_FALSE(commands.MenuSaveTsv || commands.RTSVB); // one observation, one row
-    EXPECT_EQ(outputs.focus, FocusTarget::Step3);
-    enable(); // the next calculation
-    outputs.focus = FocusTarget::Unchanged;
+    Outputs o;
+    const fs::path log = o.dir.path / "log.tab";
+    o.outputs.TsvFileName = log.string();
+    o.commands.MenuSaveTsv = o.commands.RTSVB = true;
+    o.outputs.MenuSaveTsv_Click();
+    EXPECT_FALSE(o.commands.MenuSaveTsv || o.commands.RTSVB); // one observation, one row
+    EXPECT_EQ(o.outputs.focus, FocusTarget::Step3);
+    o.commands.MenuSaveTsv = o.commands.RTSVB = true; // the next calculation
+    o.outputs.focus = FocusTarget::Unchanged;
     const std::string earlier = test::ReadFile(log);
-    const std::string row = DataLogRow(f.source());
 
-    for (const fs::path& unopenable : {dir.path / "missing" / "log.tab", dir.path}) {
-        outputs.TsvFileName = unopenable.string();
-        outputs.MenuSaveTsv_Click();
-        EXPECT_TRUE(enabled()) << unopenable;
-        ASSERT_FALSE(dialogs.messages.empty());
-        EXPECT_NE(dialogs.messages.back().text.find(unopenable.string()), std::string::npos);
+    for (const fs::path& unopenable : {o.dir.path / "missing" / "log.tab", o.dir.path}) {
+        o.outputs.TsvFileName = unopenable.string();
+        o.outputs.MenuSaveTsv_Click();
+        EXPECT_TRUE(o.logEnabled()) << unopenable;
+        ASSERT_FALSE(o.dialogs.messages.empty());
+        EXPECT_NE(o.dialogs.messages.back().text.find(unopenable.string()), std::string::npos);
     }
-    EXPECT_NE(dialogs.messages[0].text.find("No such file or directory"), std::string::npos);
-    EXPECT_EQ(outputs.focus, FocusTarget::Unchanged);
-
+    EXPECT_NE(o.dialogs.messages[0].text.find("No such file or directory"), std::string::npos);
+    EXPECT_EQ(o.outputs.focus, FocusTarget::Unchanged);
 #ifdef __linux__
-    // The disk fills up a few bytes into the row: the file is exactly as long as before, so
-    // the next row, once there is room, starts a line of its own instead of finishing this one.
-    outputs.TsvFileName = log.string();
+    // The disk fills up a few bytes into the row: the file stays as long as before, so the
+    // next row starts a line of its own instead of finishing this one.
+    o.outputs.TsvFileName = log.string();
     {
         test::FileSizeLimit full(earlier.size() + 10);
-        outputs.MenuSaveTsv_Click();
+        o.outputs.MenuSaveTsv_Click();
     }
-    EXPECT_TRUE(enabled());
-    EXPECT_EQ(outputs.focus, FocusTarget::Unchanged);
+    EXPECT_TRUE(o.logEnabled());
     EXPECT_EQ(test::ReadFile(log), earlier);
-    EXPECT_NE(dialogs.messages.back().text.find("File too large"), std::string::npos)
-        << dialogs.messages.back().text;
+    EXPECT_NE(o.dialogs.messages.back().text.find("File too large"), std::string::npos);
+    o.outputs.MenuSaveTsv_Click();
+    EXPECT_FALSE(o.logEnabled());
+    EXPECT_EQ(test::ReadFile(log), earlier + DataLogRow(o.f.source()));
 
-    outputs.MenuSaveTsv_Click();
-    EXPECT_FALSE(enabled());
-    EXPECT_EQ(test::ReadFile(log), earlier + row);
-    EXPECT_EQ(dialogs.messages.size(), 3u);
-#endif
-}
-
-TEST(ObservationOutputs, ASavedReportIsWholeOrTheFailureSaysWhy) {
-    test::TempDir dir;
-    test::ReportFixture f;
-    CommandStates commands;
-    test::FakeDialogs dialogs;
-    test::FakeClipboard clipboard;
-    test::FakeMailer mailer;
-    ObservationOutputs outputs([&f] { return f.source(); }, commands, {dialogs, clipboard, mailer});
-    const fs::path report = dir.path / "report.txt";
-    dialogs.files = {report.string(), report.string()};
-    outputs.MenuSaveText_Click();
-    const std::string saved = test::ReadFile(report);
-    EXPECT_FALSE(saved.empty());
-    EXPECT_TRUE(dialogs.messages.empty());
-#ifdef __linux__
+    // A saved report is whole or the old file stays.
+    const fs::path report = o.dir.path / "report.txt";
     std::ofstream(report) << "old";
+    o.dialogs.messages.clear();
+    o.dialogs.files = {report.string()};
     {
-        test::FileSizeLimit full(saved.size() / 2);
-        outputs.MenuSaveText_Click();
+        test::FileSizeLimit full(100);
+        o.outputs.MenuSaveText_Click();
     }
     EXPECT_EQ(test::ReadFile(report), "old");
-    EXPECT_EQ(dialogs.texts(), std::vector<std::string>{"Error: the report could not be saved: "
-                                                        "cannot write " +
-                                                        report.string() + ": File too large"});
+    EXPECT_EQ(o.dialogs.texts(), std::vector<std::string>{"Error: the report could not be saved: "
+                                                          "cannot write " +
+                                                          report.string() + ": File too large"});
+    o.dialogs.files = {report.string()};
+    o.outputs.MenuSaveText_Click();
+    EXPECT_EQ(test::ReadFile(report), SavedTextResults(o.f.source()));
 #endif
 }
 
 TEST(DataLog, NoOutputLeavesWithoutResultsWhateverTheCommandsSay) {
-    test::TempDir dir;
-    test::ReportFixture f;
-    f.gridCalc = ResultGrid::MakeCalcGrid(); // the results a reset cleared
-    CommandStates commands;
-    commands.SetOutputCommands(true);
-    commands.RTSVB = true; // a view that missed the reset
-    test::FakeDialogs dialogs;
-    test::FakeClipboard clipboard;
-    test::FakeMailer mailer;
-    ObservationOutputs outputs([&f] { return f.source(); }, commands, {dialogs, clipboard, mailer});
-    outputs.TsvFileName = (dir.path / "log.tab").string();
-    outputs.MenuSaveTsv_Click();
-    outputs.MenuSaveText_Click();
-    outputs.MenuCopyTextClip_Click();
-    outputs.MenuSendText_Click();
-    EXPECT_FALSE(fs::exists(dir.path / "log.tab"));
-    EXPECT_TRUE(dialogs.fileRequests.empty() && clipboard.texts.empty() && mailer.sent.empty());
+    Outputs o;
+    o.f.gridCalc = ResultGrid::MakeCalcGrid(); // the results a reset cleared
+    o.commands.SetOutputCommands(true);
+    o.commands.RTSVB = true; // a view that missed the reset
+    o.outputs.TsvFileName = (o.dir.path / "log.tab").string();
+    o.outputs.MenuSaveTsv_Click();
+    o.outputs.MenuSaveText_Click();
+    o.outputs.MenuCopyTextClip_Click();
+    o.outputs.MenuSendText_Click();
+    EXPECT_FALSE(fs::exists(o.dir.path / "log.tab"));
+    EXPECT_TRUE(o.dialogs.fileRequests.empty() && o.clipboard.texts.empty() &&
+                o.mailer.sent.empty());
 
-    f.gridCalc.SetText(2, 2, "12.3"); // one result is enough to log
-    outputs.MenuSaveTsv_Click();
-    EXPECT_TRUE(fs::exists(dir.path / "log.tab"));
+    o.f.gridCalc.SetText(2, 2, "12.3"); // one result is enough to log
+    o.outputs.MenuSaveTsv_Click();
+    EXPECT_TRUE(fs::exists(o.dir.path / "log.tab"));
 }

@@ -75,9 +75,7 @@ TEST(Spectrum, SinePeaksAtItsFrequencyAndLevel) {
     EXPECT_DOUBLE_EQ(s.frequencyHz[peakBin(s)], 1000.0);
     EXPECT_NEAR(s.levelDbfs[peakBin(s)], 20 * std::log10(0.5), 0.01);
     EXPECT_DOUBLE_EQ(s.frequencyHz.back(), 4000.0);
-    // Far from the tone only the rounding noise of 16-bit samples is left.
-    EXPECT_LT(s.levelDbfs[100], -100);
-    EXPECT_LT(s.levelDbfs[1500], -100);
+    EXPECT_LT(std::max(s.levelDbfs[100], s.levelDbfs[1500]), -100); // 16-bit rounding only
 
     // 1 kHz at 44.1 kHz lies between bins, in a noisy recording of 256 k samples: the peak is
     // the nearest bin, no lower than the Hann window's worst scalloping loss (1.42 dB).
@@ -108,7 +106,6 @@ TEST(Spectrum, WhiteNoiseLevelFollowsItsPower) {
 TEST(Spectrum, ShortSilentAndBadInput) {
     const std::vector<std::int16_t> silence(5000, 0);
     const Spectrum quiet = AverageSpectrum(silence, 8000);
-    ASSERT_EQ(quiet.blockSize, 4096u);
     EXPECT_EQ(quiet.blocks, 1u);
     EXPECT_TRUE(std::all_of(quiet.levelDbfs.begin(), quiet.levelDbfs.end(),
                             [](double l) { return l == kSpectrumFloorDbfs; }));
@@ -124,7 +121,7 @@ TEST(Spectrum, ShortSilentAndBadInput) {
     const std::vector<std::int16_t> dc(4096, -32768);
     EXPECT_NEAR(AverageSpectrum(dc, 8000).levelDbfs[0], 0.0, 1e-9);
 
-    EXPECT_TRUE(AverageSpectrum(std::vector<std::int16_t>(15, 1), 8000).levelDbfs.empty());
-    EXPECT_TRUE(AverageSpectrum(shortSine, 0).levelDbfs.empty());
-    EXPECT_TRUE(AverageSpectrum(shortSine, 8000, 1000).levelDbfs.empty());
+    EXPECT_TRUE(AverageSpectrum(std::vector<std::int16_t>(15, 1), 8000).levelDbfs.empty() &&
+                AverageSpectrum(shortSine, 0).levelDbfs.empty() &&
+                AverageSpectrum(shortSine, 8000, 1000).levelDbfs.empty());
 }
