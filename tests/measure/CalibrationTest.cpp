@@ -126,7 +126,7 @@ TEST(CalRxModel, CalibrateApplyRecalculateRoundTrip) {
     std::uniform_real_distribution<double> nf(0.5, 20), att(0, 20), loss(0, 6), bw(200, 200000),
         pc(-135, -60), dens(-170, -125), enr(5, 30);
     int checked = 0;
-    for (int i = 0; i < 60; ++i) {
+    for (int i = 0; i < 20; ++i) {
         const std::pair<CalSource, double> cases[] = {{CalSource::Carrier, pc(rng)},
                                                       {CalSource::NoiseDensity, dens(rng)},
                                                       {CalSource::ExcessNoiseRatio, enr(rng)}};
@@ -158,7 +158,7 @@ TEST(CalRxModel, CalibrateApplyRecalculateRoundTrip) {
             ++checked;
         }
     }
-    EXPECT_GT(checked, 150);
+    EXPECT_GT(checked, 50);
 }
 
 TEST(CalRxModel, BadLevelsAreRefusedAndCancelChangesNothing) {
