@@ -91,6 +91,9 @@ TEST(Detectors, SineAndGaussianNoiseReadTheirTextbookValues) {
     const Measurement n = analyse(Noise(3000, 480000, 5), 48000);
     expectClose(n.Rms, 3000.0 / 32768, 0.01, "noise Rms");
     EXPECT_NEAR(n.AvgRms, 20 * std::log10(std::sqrt(kPi) / 2), 0.02);
+    // The other ratios are amplitude ratios in dB too, each of its own detector.
+    EXPECT_NEAR(n.QpRms, 20 * std::log10(n.QP / n.Rms), 1e-9);
+    EXPECT_NEAR(n.PkRms, 20 * std::log10(n.Pk / n.Rms), 1e-9);
 }
 
 TEST(Detectors, SilenceAndDirectCurrentFollowTheStartUpEstimate) {

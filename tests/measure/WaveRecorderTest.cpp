@@ -295,6 +295,11 @@ TEST(InputLevel, ReadsASinesLevelsAndWarnsWhereTheStepsWouldClip) {
         meter.Add(quiet.data(), 10);
         EXPECT_EQ(meter.TakeReading().clipping, held);
     }
+    meter.Add(quiet.data(), quiet.size()); // the peak is of the last reading's audio only
+    EXPECT_NEAR(meter.TakeReading().peakDbfs, 20 * std::log10(0.25), 0.05);
+    const auto low = test::Sine(0.003 * 32768, 1000, 44100, 4410);
+    meter.Add(low.data(), low.size());
+    EXPECT_EQ(LevelAdvice(meter.TakeReading()), "Low level: turn the receiver's audio gain up");
     InputLevel silent(100);
     const std::vector<std::int16_t> zeros(100, 0);
     silent.Add(zeros.data(), zeros.size());
