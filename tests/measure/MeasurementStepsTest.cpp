@@ -18,23 +18,23 @@ namespace {
 constexpr int kRate = 8000;
 constexpr std::size_t kCount = 8000;
 
-// Plays the part of the sound card: each step "records" the next queued signal.
+// Plays the sound card: each step "records" the next queued signal, fails, or writes junk.
 struct QueuedInput : AudioInput {
     std::deque<std::vector<std::int16_t>> signals;
     std::vector<RecordingRequest> requests;
-    bool fail = false, unusable = false; // unusable: "records" a file the analysis refuses
+    bool fail = false, unusable = false;
     RecordingStatus failure = RecordingStatus::Failed;
     Recording RecordWave(const RecordingRequest& request) override {
         requests.push_back(request);
-        if (unusable)
+        if (unusable) {
             std::ofstream(request.wavefile, std::ios::binary) << "RIFF....WAVEnothing";
-        else if (fail || signals.empty())
+            return {RecordingStatus::Recorded, 8000, kRate, 1790000000};
+        }
+        if (fail || signals.empty())
             return {failure, 0, 0, 0};
-        else
-            test::WriteWave(request.wavefile, signals.front(), kRate);
-        const auto n = unusable ? 8000 : static_cast<std::int64_t>(signals.front().size());
-        if (!unusable)
-            signals.pop_front();
+        test::WriteWave(request.wavefile, signals.front(), kRate);
+        const auto n = static_cast<std::int64_t>(signals.front().size());
+        signals.pop_front();
         return {RecordingStatus::Recorded, n, kRate, 1790000000};
     }
 };
@@ -55,32 +55,30 @@ struct Bench {
     test::TempDir dir;
     int afterStep3Calls = 0;
 
-    explicit Bench(bool verbose = false) {
+    explicit Bench(bool verbose = false, bool limits = true) {
         options.Verbose = verbose;
+        options.Limits = limits;
         steps.TempWave = (dir.path / "~0000ABCD").string();
         steps.afterStep3 = [this] { ++afterStep3Calls; };
-        setup.Frequency = "7.000";
-        setup.Bandwidth = "2700";
+        setup.Frequency = "7.000", setup.Bandwidth = "2700", setup.AGC = "30", setup.Interval = "8";
         setup.RxNF = setup.AntGain = "0.00";
         setup.Attenuator = setup.Loss = "0.0";
-        setup.AGC = "30";
-        setup.Interval = "8";
     }
     // A level of 0 queues silence, one above full scale a clipping sine.
-    void queue(double rmsCounts, unsigned seed) {
-        input.signals.push_back(rmsCounts > 32767 ? test::Sine(32767, 1000, kRate, kCount)
-                                : rmsCounts == 0  ? std::vector<std::int16_t>(kCount, 0)
-                                                  : test::Noise(rmsCounts, kCount, seed));
+    void queue(double rms, unsigned seed) {
+        input.signals.push_back(rms > 32767 ? test::Sine(32767, 1000, kRate, kCount)
+                                : rms == 0  ? std::vector<std::int16_t>(kCount, 0)
+                                            : test::Noise(rms, kCount, seed));
     }
-    // By default a quiet sound card, a receiver well above it and an external reading 20 dB
-    // higher.
-    void runAllSteps(double externalRms = 1000, double receiverRms = 100) {
-        queue(3, 1);
-        queue(receiverRms, 2);
-        queue(externalRms, 3);
-        steps.Step1();
-        steps.Step2();
-        steps.Step3();
+    // Levels of the three steps; a negative one stops before that step.
+    void run(double soundCard = 3, double receiver = 100, double external = 1000) {
+        const double levels[] = {soundCard, receiver, external};
+        void (MeasurementSteps::*step[])() = {&MeasurementSteps::Step1, &MeasurementSteps::Step2,
+                                              &MeasurementSteps::Step3};
+        for (int i = 0; i < 3 && levels[i] >= 0; ++i) {
+            queue(levels[i], static_cast<unsigned>(i + 1));
+            (steps.*step[i])();
+        }
     }
     bool resultsEmpty() const {
         for (int i = 5; i < 20; ++i)
@@ -93,255 +91,191 @@ struct Bench {
         return c.RTSVB || c.MenuSaveTsv || c.MenuSaveText || c.MenuTransfer || c.MenuCopyTextClip ||
                c.MenuSendText || c.MenuCalRx || c.MenuExportGnuplot;
     }
+    // Everything a step may change, as one comparable text.
+    std::string snapshot() const {
+        std::ostringstream out;
+        for (const ResultGrid* g : {&steps.gridMeas, &steps.gridCalc})
+            for (int i = 0; i < g->Rows() * g->Columns(); ++i)
+                out << g->Text(i) << '/' << static_cast<int>(g->Colour(i)) << ' ';
+        const Observation& o = steps.observation;
+        out << commands.Step2 << commands.Step3 << anyOutput() << o.ObsTime << o.ObsLat << o.ObsLon
+            << o.durationSeconds << steps.shownTitle << beeper.beeps << afterStep3Calls;
+        for (const Measurement* m : {&steps.S1, &steps.S2, &steps.S3})
+            out << ' ' << m->Ms << m->Pk << m->OverThreshold;
+        return out.str();
+    }
 };
-
-// Everything a step may change, as one comparable text.
-std::string snapshot(const Bench& b) {
-    std::ostringstream out;
-    for (const ResultGrid* g : {&b.steps.gridMeas, &b.steps.gridCalc})
-        for (int i = 0; i < g->Rows() * g->Columns(); ++i)
-            out << g->Text(i) << '/' << static_cast<int>(g->Colour(i)) << ' ';
-    const CommandStates& c = b.commands;
-    out << c.Step2 << c.Step3 << b.anyOutput() << c.MenuSaveText << c.MenuCalRx;
-    const Observation& o = b.steps.observation;
-    out << o.ObsTime << o.ObsLat << o.ObsLon << o.durationSeconds << b.steps.shownTitle;
-    for (const Measurement* m : {&b.steps.S1, &b.steps.S2, &b.steps.S3})
-        out << ' ' << m->Ms << m->Pk << m->OverThreshold;
-    return out.str();
-}
 
 } // namespace
 
 TEST(MeasurementSteps, GoodObservationFillsBothGridsAndEnablesOutputsUntilAReset) {
     Bench b;
-    b.runAllSteps();
-    EXPECT_TRUE(b.commands.Step2 && b.commands.Step3 && b.dialogs.messages.empty());
-    EXPECT_EQ(b.afterStep3Calls, 1);
-    EXPECT_EQ(b.beeper.beeps, 3);
-    EXPECT_EQ(b.steps.shownTitle, "External Noise");
-    EXPECT_EQ(b.steps.gridMeas.Text(2, 3).size(), 7u); // five decimals: 0.0xxxx
-    EXPECT_EQ(b.steps.gridMeas.Colour(2, 3), CellColour::WindowText);
-    // With NF 0 dB and no loss, Text = Y·T0: the RMS power against Y directly, and the
-    // half-wave-dipole relation E = Fa + 20·log f + 10·log b − 99.0 dB(µV/m) through the
-    // whole chain (gain 0 dBi here, 2.15 dB more than a dipole's).
-    const double y = (b.steps.S3.Ms - b.steps.S1.Ms) / (b.steps.S2.Ms - b.steps.S1.Ms);
-    EXPECT_DOUBLE_EQ(b.steps.yfact, y);
-    EXPECT_NEAR(std::stod(b.steps.gridCalc.Text(9)),
-                10 * std::log10(1.3806504e-23 * 290 * y * 2700) + 30, 0.005);
-    EXPECT_EQ(b.steps.gridCalc.Text(10), Format(std::stod(b.steps.gridCalc.Text(10)), "0.0"));
-    EXPECT_NEAR(std::stod(b.steps.gridCalc.Text(10)),
-                10 * std::log10(y) + 20 * std::log10(7.0) + 10 * std::log10(2700.0) - 99.0 + 2.15,
-                0.15);
-    EXPECT_FALSE(b.steps.gridCalc.Text(19).empty());
+    b.run();
+    EXPECT_TRUE(b.commands.Step3 && b.dialogs.messages.empty());
+    EXPECT_EQ(std::make_tuple(b.afterStep3Calls, b.beeper.beeps, b.steps.shownTitle),
+              std::make_tuple(1, 3, std::string("External Noise")));
+    // With NF 0 dB and no loss, Text = Y·T0: the RMS power from Y directly, and the dipole
+    // relation E = Fa + 20·log f + 10·log b − 99.0 dB(µV/m) (0 dBi is 2.15 dB above a dipole).
+    const auto& s = b.steps;
+    const double y = (s.S3.Ms - s.S1.Ms) / (s.S2.Ms - s.S1.Ms);
+    EXPECT_DOUBLE_EQ(s.yfact, y);
+    EXPECT_NEAR(std::stod(s.gridCalc.Text(9)), 10 * std::log10(1.3806504e-23 * 290 * y * 2700) + 30,
+                0.005);
+    const std::string fs = s.gridCalc.Text(10);
+    EXPECT_EQ(fs, Format(std::stod(fs), "0.0"));
+    EXPECT_NEAR(std::stod(fs), 10 * std::log10(y * 49 * 2700) - 99.0 + 2.15, 0.15);
     EXPECT_TRUE(b.commands.RTSVB && b.commands.MenuSaveTsv && b.commands.MenuTransfer &&
                 b.commands.MenuCalRx && b.commands.MenuExportGnuplot);
-    // The observation is stamped by the recording.
-    EXPECT_EQ(b.steps.observation.ObsTime.size(), 14u);
-    EXPECT_EQ(b.steps.observation.durationSeconds, 1.0);
-    EXPECT_EQ(b.input.requests.back().wavefile, b.steps.TempWave + ".wav");
-    EXPECT_EQ(b.input.requests.back().interval, 8);
+    EXPECT_EQ(b.input.requests.back().wavefile + std::to_string(b.input.requests.back().interval),
+              s.TempWave + ".wav8");
+    EXPECT_EQ(s.observation.ObsTime.size(), 14u);
 
-    // Repeating step 1 clears everything after it.
+    // Repeating step 1, or any other reset, clears everything after it.
     b.queue(3, 9);
     b.steps.Step1();
     EXPECT_EQ(b.steps.focus, FocusTarget::Step2);
     for (int row = 1; row <= 6; ++row)
         EXPECT_EQ(b.steps.gridMeas.Text(row, 2) + b.steps.gridMeas.Text(row, 3), "");
-    EXPECT_TRUE(b.resultsEmpty() && b.commands.Step2);
-    EXPECT_FALSE(b.commands.Step3 || b.anyOutput());
-    EXPECT_EQ(b.steps.S3.Ms, 0.0);
-    // So does every other reset.
+    EXPECT_TRUE(b.resultsEmpty() && b.commands.Step2 && !b.commands.Step3 && !b.anyOutput());
     for (auto reset :
          {&MeasurementSteps::Reset2, &MeasurementSteps::Reset3, &MeasurementSteps::ResetCalc}) {
         Bench r;
-        r.runAllSteps();
+        r.run();
         (r.steps.*reset)();
-        EXPECT_FALSE(r.anyOutput());
-        EXPECT_TRUE(r.resultsEmpty());
+        EXPECT_TRUE(r.resultsEmpty() && !r.anyOutput());
     }
 }
 
-TEST(MeasurementSteps, VerbosePromptsAndClippingHoldTheNextStepUnlessLimitsAreOff) {
+TEST(MeasurementSteps, PromptsClippingLimitsAndArithmeticErrors) {
     for (bool limits : {true, false}) {
-        Bench b(true);
-        b.options.Limits = limits;
+        Bench b(true, limits);
         b.queue(40000, 1);
-        // The view shows the values when told to; the verdict's box must come after that.
-        std::size_t messagesWhenShown = 0;
+        std::size_t messagesWhenShown = 0; // the verdict's box comes after the values are shown
         b.steps.valuesShown = [&] { messagesWhenShown = b.dialogs.messages.size(); };
         b.steps.Step1();
-        EXPECT_EQ(messagesWhenShown, 1u); // only the prompt so far
+        EXPECT_EQ(messagesWhenShown, 1u);
         EXPECT_EQ(b.steps.gridMeas.Colour(4, 1), CellColour::Red);
-        ASSERT_EQ(b.dialogs.messages.size(), 2u);
-        EXPECT_EQ(b.dialogs.messages[0].text,
-                  "Power off receiver, connect to sound card and hit OK..");
+        ASSERT_EQ(b.dialogs.texts(), (std::vector<std::string>{
+                                         "Power off receiver, connect to sound card and hit OK..",
+                                         "Clipping detected."}));
         EXPECT_EQ(b.dialogs.messages[0].buttons, MessageButtons::OkCancel);
-        EXPECT_EQ(b.dialogs.messages[1].text, "Clipping detected.");
         EXPECT_EQ(b.dialogs.messages[1].icon, MessageIcon::Critical);
         EXPECT_EQ(b.commands.Step2, !limits);
+        b.dialogs.answers.push_back(MessageResult::Cancel); // cancelling records nothing
+        b.steps.Step2();
+        EXPECT_EQ(b.input.requests.size(), 1u);
     }
     // Rare large pulses on silence: a crest factor above 20 dB.
-    Bench b(true);
+    Bench p(true);
     std::vector<std::int16_t> pulses(kCount, 0);
     for (std::size_t i = 0; i < kCount; i += 2000)
         pulses[i] = 3000;
-    b.input.signals.push_back(pulses);
-    b.steps.Step1();
-    EXPECT_EQ(b.steps.gridMeas.Colour(2, 1), CellColour::Orange);
-    EXPECT_EQ(b.dialogs.messages.back().text, "Check voltage range.");
-    // Cancelling the prompt records nothing.
-    b.dialogs.answers.push_back(MessageResult::Cancel);
-    b.steps.Step2();
-    EXPECT_EQ(b.input.requests.size(), 1u);
-}
+    p.input.signals.push_back(pulses);
+    p.steps.Step1();
+    EXPECT_EQ(p.steps.gridMeas.Colour(2, 1), CellColour::Orange);
+    EXPECT_EQ(p.dialogs.messages.back().text, "Check voltage range.");
 
-TEST(MeasurementSteps, JudgementsHoldTheNextStepOrTheResults) {
-    Bench b;
-    b.queue(30, 1);
-    b.queue(0, 2); // the receiver adds no noise at all
-    b.steps.Step1();
-    b.steps.Step2();
-    EXPECT_EQ(b.steps.gridMeas.Colour(2, 2), CellColour::Red);
-    EXPECT_FALSE(b.commands.Step3);
-    EXPECT_EQ(b.steps.gridMeas.Text(5, 2), ""); // no ratios without an RMS
-
-    Bench agc; // external noise above the AGC threshold
+    Bench agc; // external noise above the AGC threshold: no results
     agc.setup.AGC = "20";
-    agc.runAllSteps(100 * 15);
-    EXPECT_TRUE(agc.steps.S3.OverThreshold);
-    EXPECT_TRUE(agc.resultsEmpty());
-    EXPECT_FALSE(agc.anyOutput());
-    Bench rx; // the receiver far above the external reading marks the receiver's instead
-    rx.setup.AGC = "10";
-    rx.runAllSteps(300, 2000);
-    EXPECT_TRUE(rx.steps.S2.OverThreshold && !rx.steps.S3.OverThreshold);
-
-    Bench off; // limits off: results in red, outputs off
-    off.options.Limits = false;
-    off.runAllSteps();
-    EXPECT_FALSE(off.steps.gridCalc.Text(9).empty());
+    agc.run(3, 100, 1500);
+    EXPECT_TRUE(agc.steps.S3.OverThreshold && agc.resultsEmpty() && !agc.anyOutput());
+    Bench off(false, false); // limits off: results in red, outputs off
+    off.run();
     EXPECT_EQ(off.steps.gridCalc.Colour(9), CellColour::Red);
-    EXPECT_FALSE(off.anyOutput());
-
-    Bench bad; // arithmetic failure in the calculation
-    bad.runAllSteps();
+    EXPECT_FALSE(off.steps.gridCalc.Text(9).empty() || off.anyOutput());
+    Bench bad;
+    bad.run();
     bad.setup.RxNF = "5000";
     bad.steps.CalcCalc();
-    ASSERT_EQ(bad.dialogs.messages.size(), 1u);
-    EXPECT_EQ(bad.dialogs.messages[0].text, "Value error:");
+    ASSERT_EQ(bad.dialogs.texts(), std::vector<std::string>{"Value error:"});
     EXPECT_EQ(bad.dialogs.messages[0].title, "Calculation error, check input values on form");
-    EXPECT_TRUE(bad.resultsEmpty());
-    EXPECT_FALSE(bad.anyOutput());
+    EXPECT_TRUE(bad.resultsEmpty() && !bad.anyOutput());
 }
 
 TEST(MeasurementSteps, AStepThatRecordsNothingChangesNothing) {
-    enum class Way { Cancelled, Failed, Unusable };
-    for (Way way : {Way::Cancelled, Way::Failed, Way::Unusable}) {
+    for (int way = 0; way < 3; ++way) {         // cancelled, failed, unusable file
         for (int step = 0; step <= 3; ++step) { // 0: step 1 on a fresh window
-            SCOPED_TRACE(testing::Message() << "way " << static_cast<int>(way) << " step " << step);
+            SCOPED_TRACE(testing::Message() << "way " << way << " step " << step);
             Bench b;
             b.setup.lat = "48.1";
             if (step > 0)
-                b.runAllSteps();
+                b.run();
             b.setup.lat = "12.5"; // a position taken since must not stamp a failed attempt
-            const std::string before = snapshot(b);
-            b.input.fail = way != Way::Unusable;
-            b.input.unusable = way == Way::Unusable;
-            b.input.failure =
-                way == Way::Cancelled ? RecordingStatus::Cancelled : RecordingStatus::Failed;
-            const int beeps = b.beeper.beeps;
+            const std::string before = b.snapshot();
+            b.input.fail = way != 2;
+            b.input.unusable = way == 2;
+            b.input.failure = way == 0 ? RecordingStatus::Cancelled : RecordingStatus::Failed;
             (b.steps.*(step <= 1   ? &MeasurementSteps::Step1
                        : step == 2 ? &MeasurementSteps::Step2
                                    : &MeasurementSteps::Step3))();
-            EXPECT_EQ(snapshot(b), before);
-            EXPECT_EQ(b.beeper.beeps, beeps);
-            EXPECT_EQ(b.afterStep3Calls, step > 0 ? 1 : 0);
+            EXPECT_EQ(b.snapshot(), before);
         }
     }
 }
 
-// Every judgement also in words, on the coloured cell and as the step's verdict, with the
-// figures worked out here from the readings and the separator of the shown numbers.
+// Every judgement in words, on the coloured cell and as the step's verdict, its figure worked
+// out here from the readings, in the separator of the shown numbers. Quiet: no boxes.
 TEST(MeasurementSteps, VerdictsInWordsCarryTheFiguresAndWhatToDo) {
+    const std::string gainUp = ": turn the receiver's audio gain up";
     struct Case {
-        double soundCard, receiver, external, agcDb;
-        int row, column;
+        double soundCard, receiver, external;
+        int agc, column, figure; // figure: 2 receiver over sound card, 3 external over receiver
         bool coloured;
         std::string start, end;
     };
     for (char sep : {'.', ','}) {
-        auto db = [sep](const Measurement& a, const Measurement& b) {
-            return Format(20 * std::log10(a.Rms / b.Rms), "0.0", sep);
-        };
         const std::string s(1, sep);
         const Case cases[] = {
-            {3, 100, 1000, 30, 2, 3, false, "External noise ",
+            {3, 100, 1000, 30, 3, 3, false, "External noise ",
              " dB above the receiver's noise: good"},
-            {100, -1, -1, 30, 2, 1, true, "Sound card noise ",
-             " dBFS, above the -60 dBFS limit: turn the recording level down or choose a quieter "
-             "input"},
+            {100, -1, -1, 30, 1, 0, true, "Sound card noise ",
+             " dBFS, above the -60 dBFS limit: turn the recording level down or choose a "
+             "quieter input"},
             {30, 60, -1, 30, 2, 2, true, "Receiver noise only ",
-             " dB above the sound card's noise (at least 14 dB): turn the receiver's audio gain "
-             "up"},
-            {30, 0, -1, 30, 2, 2, true, "Receiver adds no noise", "reaches the chosen input"},
-            {3, 100, 120, 30, 2, 3, false, "External noise only ",
+             " dB above the sound card's noise (at least 14 dB)" + gainUp},
+            {30, 0, -1, 30, 2, 0, true, "Receiver adds no noise", "reaches the chosen input"},
+            {3, 100, 120, 30, 3, 3, false, "External noise only ",
              " dB above the receiver's noise: use a better antenna or less attenuation"},
-            {3, 100, 1500, 20, 2, 3, true, "External noise ",
+            {3, 100, 1500, 20, 3, 0, true, "External noise ",
              " dB above the receiver's noise, more than the AGC threshold of 20" + s +
                  "0 dB: add attenuation or turn the AGC off"},
-            {3, 2000, 300, 10, 2, 3, true, "Receiver noise ",
+            {3, 2000, 300, 10, 3, 0, true, "Receiver noise ",
              " dB above the external noise, more than the AGC threshold of 10" + s +
                  "0 dB: repeat step 2 with the AGC off"},
-            {3, 100, 10, 30, 2, 3, true, "External noise only ",
-             " dB above the sound card's noise (at least 14 dB): turn the receiver's audio gain "
-             "up"},
-            {40000, -1, -1, 30, 4, 1, true, "Sound card reading clips (peak ",
+            {3, 100, 10, 30, 3, 0, true, "External noise only ",
+             " dB above the sound card's noise (at least 14 dB)" + gainUp},
+            {40000, -1, -1, 30, 1, 0, true, "Sound card reading clips (peak ",
              " V, limit 0" + s +
-                 "700 V): turn the receiver's audio gain or the recording level "
-                 "down"},
+                 "700 V): turn the receiver's audio gain or the recording level down"},
         };
         for (const Case& c : cases) {
-            Bench t;
-            t.options.Limits = false; // every step runs whatever the one before found
+            SCOPED_TRACE(c.start + c.end);
+            Bench t(false, false); // every step runs whatever the one before found
             t.steps.decimalSeparator = sep;
-            t.setup.AGC = std::to_string(static_cast<int>(c.agcDb));
-            t.queue(c.soundCard, 1);
-            t.steps.Step1();
-            if (c.receiver >= 0) {
-                t.queue(c.receiver, 2);
-                t.steps.Step2();
-            }
-            if (c.external >= 0) {
-                t.queue(c.external, 3);
-                t.steps.Step3();
-            }
-            const std::string& v = t.steps.verdict;
-            EXPECT_EQ(v.rfind(c.start, 0), 0u) << v;
-            EXPECT_TRUE(v.size() > c.end.size() &&
-                        v.compare(v.size() - c.end.size(), c.end.size(), c.end) == 0)
-                << v;
-            EXPECT_EQ(t.steps.gridMeas.Note(c.row, c.column), v);
-            EXPECT_TRUE(t.dialogs.messages.empty()) << v; // quiet: verdicts without boxes
-            // The weak-antenna advice is in words only.
-            EXPECT_EQ(t.steps.gridMeas.Colour(c.row, c.column) != CellColour::WindowText,
-                      c.coloured)
-                << v;
-            // The figure between the words is the one the readings give.
+            t.setup.AGC = std::to_string(c.agc);
+            t.run(c.soundCard, c.receiver, c.external);
             const auto& st = t.steps;
-            if (c.start == "Receiver noise only ") {
-                EXPECT_EQ(v, c.start + db(st.S2, st.S1) + c.end);
-            }
-            if (c.external == 120 || c.external == 1000) {
-                EXPECT_EQ(v, c.start + db(st.S3, st.S2) + c.end);
-            }
-            if (c.external == 1000) { // and the receiver's, kept until a new step 1
-                EXPECT_EQ(st.gridMeas.Note(2, 2), "Receiver noise " + db(st.S2, st.S1) +
-                                                      " dB above the sound card's noise: good");
-                t.queue(3, 9);
-                t.steps.Step1();
-                EXPECT_EQ(t.steps.gridMeas.Note(2, 3), "");
-                EXPECT_EQ(t.steps.verdict.rfind("Sound card noise ", 0), 0u);
-            }
+            const std::string& v = st.verdict;
+            const int row = c.soundCard > 32767 ? 4 : 2;
+            auto db = [sep](const Measurement& a, const Measurement& b) {
+                return Format(20 * std::log10(a.Rms / b.Rms), "0.0", sep);
+            };
+            EXPECT_EQ(v.rfind(c.start, 0), 0u) << v;
+            EXPECT_TRUE(v.size() > c.end.size() && v.substr(v.size() - c.end.size()) == c.end) << v;
+            if (c.figure)
+                EXPECT_EQ(v,
+                          c.start + (c.figure == 2 ? db(st.S2, st.S1) : db(st.S3, st.S2)) + c.end);
+            EXPECT_EQ(st.gridMeas.Note(row, c.column), v);
+            EXPECT_TRUE(t.dialogs.messages.empty());
+            EXPECT_EQ(st.gridMeas.Colour(row, c.column) != CellColour::WindowText, c.coloured);
         }
     }
+    // The receiver's verdict is kept beside the external one until a new step 1.
+    Bench t;
+    t.run();
+    EXPECT_EQ(t.steps.gridMeas.Note(2, 2),
+              "Receiver noise " + Format(20 * std::log10(t.steps.S2.Rms / t.steps.S1.Rms), "0.0") +
+                  " dB above the sound card's noise: good");
+    t.run(3, -1, -1);
+    EXPECT_EQ(t.steps.gridMeas.Note(2, 3) + t.steps.gridMeas.Note(2, 2), "");
 }

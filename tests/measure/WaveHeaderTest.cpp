@@ -14,93 +14,72 @@ using zav::test::WaveHeader;
 
 namespace {
 
-struct Read {
-    WaveInfo info;
-    std::int64_t position = 0;
+// Rate, samples and position after the header, or "refused" when the one message was shown.
+std::string readFile(const std::string& path) {
     test::FakeDialogs dialogs;
-    bool refused() const { // one message, and nothing to read
-        return info.SampleRate == 0 && info.Samples == 0 &&
-               dialogs.texts() == std::vector<std::string>{"Unsupported WAVE file format."};
-    }
-};
-
-Read readFile(const std::string& path) {
-    Read r;
     BinaryFile file(path);
-    r.info = ReadWaveHeader(file, r.dialogs);
-    r.position = file.Position();
-    return r;
+    const WaveInfo info = ReadWaveHeader(file, dialogs);
+    if (dialogs.texts() == std::vector<std::string>{"Unsupported WAVE file format."} &&
+        info.SampleRate == 0 && info.Samples == 0)
+        return "refused";
+    return std::to_string(info.SampleRate) + " " + std::to_string(info.Samples) + " @" +
+           std::to_string(file.Position()) + (dialogs.messages.empty() ? "" : " with a message");
 }
 
-Read readHeader(const std::string& bytes) {
-    return readFile(test::WriteBytes(test::ScratchDir() / "h.wav", bytes));
+std::string readHeader(const WaveHeader& h, const std::vector<std::int16_t>& samples = {1, 2, 3}) {
+    return readFile(test::WriteBytes(test::ScratchDir() / "h.wav", h.Bytes(samples)));
 }
 
 } // namespace
 
 TEST(ReadWaveHeader, AcceptsWhatItCanReadAndRefusesEveryOtherLayoutWithOneMessage) {
-    WaveHeader extended; // the 18-byte format chunk with its extension size
-    extended.formatSize = 18;
-    extended.formatExtra = std::string(2, '\0');
-    extended.rate = 8000;
-    const Read r = readHeader(extended.Bytes(std::vector<std::int16_t>(10, 7)));
-    EXPECT_EQ(std::make_tuple(r.info.SampleRate, r.info.Samples, r.position),
-              std::make_tuple(8000, 10, std::int64_t{46}));
-    // Only the block alignment is looked at: 8-bit stereo passes, any rate passes.
-    WaveHeader eightBitStereo;
-    eightBitStereo.channels = 2;
-    eightBitStereo.bits = 8;
-    eightBitStereo.rate = 3;
-    EXPECT_EQ(readHeader(eightBitStereo.Bytes({1})).info.SampleRate, 3);
-
-    const std::pair<const char*, void (*)(WaveHeader&)> spoilt[] = {
-        {"identifiers are case-sensitive", [](WaveHeader& h) { h.riff = "riff"; }},
-        {"not WAVE", [](WaveHeader& h) { h.wave = "AVI "; }},
-        {"format chunk not first", [](WaveHeader& h) { h.fmt = "LIST"; }},
-        {"floating point", [](WaveHeader& h) { h.tag = 3; }},
-        {"8-bit mono", [](WaveHeader& h) { h.align = 1; }},
-        {"data id", [](WaveHeader& h) { h.data = "DATA"; }},
-        {"chunk before data",
-         [](WaveHeader& h) { h.between = "LIST" + test::LittleEndian(4, 4) + "INFO"; }},
-        // Format sizes pointing past the 32-bit range, before the start, or back at "RIFF".
-        {"overflow",
-         [](WaveHeader& h) { h.formatSize = std::numeric_limits<std::int32_t>::max(); }},
-        {"negative",
-         [](WaveHeader& h) { h.formatSize = std::numeric_limits<std::int32_t>::min(); }},
-        {"offset 0", [](WaveHeader& h) { h.formatSize = -20; }}};
-    for (const auto& [what, change] : spoilt) {
+    // Only the block alignment is looked at: 8-bit stereo passes, any rate passes. Format
+    // sizes pointing past the 32-bit range, before the start, or back at "RIFF" do not.
+    const std::pair<void (*)(WaveHeader&), std::string> cases[] = {
+        {[](WaveHeader&) {}, "44100 3 @44"},
+        {[](WaveHeader& h) {
+             h.formatSize = 18, h.formatExtra = std::string(2, '\0'), h.rate = 8000;
+         },
+         "8000 3 @46"},
+        {[](WaveHeader& h) { h.channels = 2, h.bits = 8, h.rate = 3; }, "3 3 @44"},
+        {[](WaveHeader& h) { h.riff = "riff"; }, "refused"},
+        {[](WaveHeader& h) { h.wave = "AVI "; }, "refused"},
+        {[](WaveHeader& h) { h.fmt = "LIST"; }, "refused"},
+        {[](WaveHeader& h) { h.tag = 3; }, "refused"},
+        {[](WaveHeader& h) { h.align = 1; }, "refused"},
+        {[](WaveHeader& h) { h.data = "DATA"; }, "refused"},
+        {[](WaveHeader& h) { h.between = "LIST" + test::LittleEndian(4, 4) + "INFO"; }, "refused"},
+        {[](WaveHeader& h) { h.formatSize = std::numeric_limits<std::int32_t>::max(); }, "refused"},
+        {[](WaveHeader& h) { h.formatSize = std::numeric_limits<std::int32_t>::min(); }, "refused"},
+        {[](WaveHeader& h) { h.formatSize = -20; }, "refused"}};
+    for (const auto& [change, expected] : cases) {
         WaveHeader h;
         change(h);
-        EXPECT_TRUE(readHeader(h.Bytes({1, 2, 3})).refused()) << what;
+        EXPECT_EQ(readHeader(h), expected) << h.Bytes().substr(0, 16);
     }
     // Every cut of a canonical file: refused up to the data identifier; once "data" is there,
     // missing size bytes read as zero (the size, 6, is in the first one).
     const std::string whole = WaveHeader{}.Bytes({100, -100, 5});
     for (std::size_t length = 0; length <= whole.size(); ++length) {
-        const Read cut = readHeader(whole.substr(0, length));
-        if (length < 40) {
-            EXPECT_TRUE(cut.refused()) << length;
-        } else {
-            EXPECT_EQ(cut.info.SampleRate, 44100) << length;
-            EXPECT_EQ(cut.info.Samples, length > 40 ? 3 : 0) << length;
-            EXPECT_TRUE(cut.dialogs.messages.empty()) << length;
-        }
+        const std::string got =
+            readFile(test::WriteBytes(test::ScratchDir() / "c.wav", whole.substr(0, length)));
+        EXPECT_EQ(got.find("message"), std::string::npos) << length;
+        EXPECT_EQ(got.substr(0, got.find(" @")), length < 40    ? "refused"
+                                                 : length == 40 ? "44100 0"
+                                                                : "44100 3")
+            << length;
     }
-    EXPECT_EQ(readHeader(whole).position, 44); // at the first sample
-    EXPECT_TRUE(readFile((test::ScratchDir() / "absent.wav").string()).refused());
+    EXPECT_EQ(readFile((test::ScratchDir() / "absent.wav").string()), "refused");
 }
 
 TEST(ReadWaveHeader, RealFilesFromOtherWritersAreJudgedByTheSameRules) {
     ZAV_NEED_SHARED_DATA();
     const std::string dir = std::string(ZAV_SHARED_DATA_DIR) + "/wav/";
-    // Mono PCM with a 16-byte format chunk; its other chunks come after the data.
-    const Read listInfo = readFile(dir + "goaudio_listinfo.wav");
-    EXPECT_EQ(std::make_tuple(listInfo.info.SampleRate, listInfo.info.Samples, listInfo.position),
-              std::make_tuple(44100, 88200, std::int64_t{44})); // the frames its source states
-    EXPECT_TRUE(listInfo.dialogs.messages.empty());
+    // Mono PCM, 16-byte format chunk, other chunks after the data: the frames its source states.
+    EXPECT_EQ(readFile(dir + "goaudio_listinfo.wav"), "44100 88200 @44");
     for (const char* refused : {"goaudio_kick-16b441k.wav", "hound_pop.wav",
                                 "hound_waveformatex-16bit-44100Hz-mono-extra.wav"})
-        EXPECT_TRUE(readFile(dir + refused).refused()) << refused; // stereo, extensible, LIST
+        EXPECT_EQ(readFile(dir + refused), "refused") << refused; // stereo, extensible, LIST
 }
 
 TEST(SamplesFromDataSize, HalvesWithTiesToEven) {

@@ -39,31 +39,28 @@ struct Outputs {
 TEST(DataLog, NewFileByteForByteThenRowsWithoutASecondHeader) {
     test::TempDir dir;
     test::ReportFixture f;
-    const std::string expected = test::ExpectedFile("datalog-one-row.tab");
-    const fs::path log = dir.path / "ZavData.tab", empty = dir.path / "empty.tab",
-                   other = dir.path / "other.tab";
-    ASSERT_TRUE(AppendDataLog(log.string(), f.source()));
-    EXPECT_EQ(test::ReadFile(log), expected);
-    ASSERT_TRUE(AppendDataLog(log.string(), f.source()));
-    EXPECT_EQ(test::ReadFile(log), expected + DataLogRow(f.source()));
-    // An existing empty file gets the header too; any other file only the row.
-    std::ofstream(empty, std::ios::binary).close();
-    std::ofstream(other, std::ios::binary) << "anything\r\n";
-    ASSERT_TRUE(AppendDataLog(empty.string(), f.source()));
-    ASSERT_TRUE(AppendDataLog(other.string(), f.source()));
-    EXPECT_EQ(test::ReadFile(empty), expected);
-    EXPECT_EQ(test::ReadFile(other), "anything\r\n" + DataLogRow(f.source()));
-
+    const std::string expected = test::ExpectedFile("datalog-one-row.tab"),
+                      row = DataLogRow(f.source());
+    // A new or empty file gets the header; any other file, or a second row, only the row.
+    std::ofstream(dir.path / "empty.tab", std::ios::binary).close();
+    std::ofstream(dir.path / "other.tab", std::ios::binary) << "anything\r\n";
+    const std::pair<const char*, std::string> files[] = {
+        {"new.tab", expected}, {"empty.tab", expected}, {"other.tab", "anything\r\n" + row}};
+    for (const auto& [name, content] : files) {
+        ASSERT_TRUE(AppendDataLog((dir.path / name).string(), f.source()));
+        EXPECT_EQ(test::ReadFile(dir.path / name), content) << name;
+    }
+    ASSERT_TRUE(AppendDataLog((dir.path / "new.tab").string(), f.source()));
+    EXPECT_EQ(test::ReadFile(dir.path / "new.tab"), expected + row);
     // One line of 32 fields whatever the notes hold, and they decode back.
     f.setup.Bandwidth = "3000";
     f.observation.durationSeconds = 2;
-    const std::string row = DataLogRow(f.source());
-    EXPECT_EQ(row.find('\n'), row.size() - 1);
-    std::istringstream fields(row);
+    std::istringstream fields(DataLogRow(f.source()));
     std::vector<std::string> v;
     for (std::string field; std::getline(fields, field, '\t');)
         v.push_back(field);
     ASSERT_EQ(v.size(), 32u);
+    EXPECT_EQ(v[31].find('\n'), v[31].size() - 1);
     EXPECT_EQ(UrlDecode(v[31].substr(0, v[31].size() - 2)), f.setup.Notes);
     EXPECT_EQ(v[11] + " " + v[12], "34.77 2.000");
 }
@@ -79,36 +76,38 @@ TEST(DataLog, AFailedAppendLeavesTheFileAsItWasSaysWhyAndLeavesTheCommandsEnable
     o.commands.MenuSaveTsv = o.commands.RTSVB = true; // the next calculation
     o.outputs.focus = FocusTarget::Unchanged;
     const std::string earlier = test::ReadFile(log);
-
-    for (const fs::path& unopenable : {o.dir.path / "missing" / "log.tab", o.dir.path}) {
-        o.outputs.TsvFileName = unopenable.string();
-        o.outputs.MenuSaveTsv_Click();
-        EXPECT_TRUE(o.logEnabled()) << unopenable;
-        ASSERT_FALSE(o.dialogs.messages.empty());
-        EXPECT_NE(o.dialogs.messages.back().text.find(unopenable.string()), std::string::npos);
-    }
-    EXPECT_NE(o.dialogs.messages[0].text.find("No such file or directory"), std::string::npos);
-    EXPECT_EQ(o.outputs.focus, FocusTarget::Unchanged);
+    // A missing folder, a folder, and (Linux) a disk that fills up a few bytes into the row:
+    // the file stays as long as before, so the next row starts a line of its own.
+    const std::pair<fs::path, std::string> failures[] = {
+        {o.dir.path / "missing" / "log.tab", "No such file or directory"},
+        {o.dir.path, ""},
 #ifdef __linux__
-    // The disk fills up a few bytes into the row: the file stays as long as before, so the
-    // next row starts a line of its own instead of finishing this one.
-    o.outputs.TsvFileName = log.string();
-    {
+        {log, "File too large"},
+#endif
+    };
+    for (const auto& [path, reason] : failures) {
+        o.outputs.TsvFileName = path.string();
+#ifdef __linux__
         test::FileSizeLimit full(earlier.size() + 10);
+#endif
         o.outputs.MenuSaveTsv_Click();
+        EXPECT_TRUE(o.logEnabled()) << path;
+        ASSERT_FALSE(o.dialogs.messages.empty());
+        EXPECT_NE(o.dialogs.messages.back().text.find(path.string() + ": " + reason),
+                  std::string::npos)
+            << o.dialogs.messages.back().text;
     }
-    EXPECT_TRUE(o.logEnabled());
+    EXPECT_EQ(o.outputs.focus, FocusTarget::Unchanged);
     EXPECT_EQ(test::ReadFile(log), earlier);
-    EXPECT_NE(o.dialogs.messages.back().text.find("File too large"), std::string::npos);
+    o.outputs.TsvFileName = log.string();
     o.outputs.MenuSaveTsv_Click();
-    EXPECT_FALSE(o.logEnabled());
     EXPECT_EQ(test::ReadFile(log), earlier + DataLogRow(o.f.source()));
-
+#ifdef __linux__
     // A saved report is whole or the old file stays.
     const fs::path report = o.dir.path / "report.txt";
     std::ofstream(report) << "old";
     o.dialogs.messages.clear();
-    o.dialogs.files = {report.string()};
+    o.dialogs.files = {report.string(), report.string()};
     {
         test::FileSizeLimit full(100);
         o.outputs.MenuSaveText_Click();
@@ -117,7 +116,6 @@ TEST(DataLog, AFailedAppendLeavesTheFileAsItWasSaysWhyAndLeavesTheCommandsEnable
     EXPECT_EQ(o.dialogs.texts(), std::vector<std::string>{"Error: the report could not be saved: "
                                                           "cannot write " +
                                                           report.string() + ": File too large"});
-    o.dialogs.files = {report.string()};
     o.outputs.MenuSaveText_Click();
     EXPECT_EQ(test::ReadFile(report), SavedTextResults(o.f.source()));
 #endif
@@ -133,10 +131,8 @@ TEST(DataLog, NoOutputLeavesWithoutResultsWhateverTheCommandsSay) {
     o.outputs.MenuSaveText_Click();
     o.outputs.MenuCopyTextClip_Click();
     o.outputs.MenuSendText_Click();
-    EXPECT_FALSE(fs::exists(o.dir.path / "log.tab"));
-    EXPECT_TRUE(o.dialogs.fileRequests.empty() && o.clipboard.texts.empty() &&
-                o.mailer.sent.empty());
-
+    EXPECT_TRUE(!fs::exists(o.dir.path / "log.tab") && o.dialogs.fileRequests.empty() &&
+                o.clipboard.texts.empty() && o.mailer.sent.empty());
     o.f.gridCalc.SetText(2, 2, "12.3"); // one result is enough to log
     o.outputs.MenuSaveTsv_Click();
     EXPECT_TRUE(fs::exists(o.dir.path / "log.tab"));
