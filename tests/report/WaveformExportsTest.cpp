@@ -140,7 +140,7 @@ TEST(WaveformExports, UnreadableRecordingsAndFailedCopiesSayWhyAndLeaveTheOldFil
         EXPECT_NE(entry.path().extension(), ".tmp") << entry.path();
 }
 
-TEST(WaveformExports, PlayPlotAndEnabledStates) {
+TEST(WaveformExports, PlayFailureSaysWhyThePlotGetsEverySampleAndAStepEnablesThem) {
     Exports e;
     e.output.answer = DeviceError{263, "The specified device is not open."};
     e.model.MenuPlayWave_Click();
@@ -156,7 +156,7 @@ TEST(WaveformExports, PlayPlotAndEnabledStates) {
     EXPECT_EQ(shown[0].title + std::to_string(shown[0].sampleRate),
               "ZAV: External Noise 2024050112000011025");
     EXPECT_EQ(shown[0].samples, samples);
-    e.model.EnableWaveCommands();
+    e.model.EnableWaveCommands(); // after a step: every wave command, but not the results'
     EXPECT_TRUE(e.model.MenuSaveWave && e.model.MenuCopyWaveClip && e.model.MenuPlotWave &&
                 e.model.MenuPlayWave && e.commands.MenuExportGnuplot && !e.commands.MenuSaveText);
 }
