@@ -79,6 +79,7 @@ TEST(FieldStrength, SilentRefusalsAndTheArithmeticErrorPath) {
         {[](FieldStrengthInputs& in) { in.ms3 = 0; }, CalcOutcome::NoExternal},
         {[](FieldStrengthInputs& in) { in.externalOverThreshold = true; }, CalcOutcome::NoExternal},
         {[](FieldStrengthInputs& in) { in.ms2 = in.ms1; }, CalcOutcome::NotComputable},
+        {[](FieldStrengthInputs& in) { in.ms3 = in.ms1 / 2; }, CalcOutcome::NotComputable},
         {[](FieldStrengthInputs& in) { in.bandwidthHz = 0; }, CalcOutcome::NotComputable},
         {[](FieldStrengthInputs& in) { in.frequencyMHz = -1; }, CalcOutcome::NotComputable},
         {[](FieldStrengthInputs& in) { in.rxNfDb = 4000; }, CalcOutcome::ArithmeticError}};
