@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <sys/stat.h>
 
 using namespace zav;
 
@@ -121,15 +120,13 @@ TEST(ReadAntennaFile, EveryProblemHasItsMessage) {
     ASSERT_EQ(many.file.IntTable.size(), 100u);
     EXPECT_EQ(csinterpolate(many.file.IntTable, 50), 100);
 
-    // Whatever the path names, one message says why, and reading never waits.
+    // Whatever the path names, one message says why (a folder, a pipe, a device: the antenna
+    // command's tests).
     const auto dir = test::ScratchDir();
-    ASSERT_EQ(mkfifo((dir / "fifo.tab").c_str(), 0600), 0);
     const auto huge = test::WriteBytes(dir / "huge.tab", records(3) + std::string(1 << 20, '#'));
     const std::pair<std::string, std::string> unreadable[] = {
         {(dir / "none.tab").string(), "No such file or directory"},
         {huge, "it is larger than 1048576 bytes"},
-        {dir.string(), "it is a folder"},
-        {(dir / "fifo.tab").string(), "it is not a regular file"},
         {"/proc/self/mem", "Input/output error"},
     };
     for (const auto& [path, reason] : unreadable) {
