@@ -78,29 +78,17 @@ TEST(PostVars, FieldOrderWithFreeTextEncodedCellsAsDisplayedAndThePositionLast) 
         EXPECT_EQ(TransferAddress(typed), address);
 }
 
-TEST(TransferModel, OkOnlyWithAnAddressForTheChosenWayAndLeavingWritesTheBoxesBack) {
+// The web way, the copy and the write-back through the real dialog: NetworkDialogsTest.cpp.
+TEST(TransferModel, TheEmailWayNeedsTheCollectingAddress) {
     TransferRig rig;
-    rig.settings.URL.clear();
-    EXPECT_FALSE(rig.open().OKButtonVisible);
-    rig.settings.online = false; // e-mail: the collecting address decides
+    rig.settings.online = false;
     EXPECT_TRUE(rig.open().OKButtonVisible);
     rig.settings.AtfEmail.clear();
     TransferModel m = rig.open();
     EXPECT_TRUE(m.OptionEmail && !m.OptionOnline && !m.OKButtonVisible);
-    m.URL = "h/p"; // choosing the other way, or typing its address, brings OK back
-    m.OptionOnline_Click();
-    EXPECT_TRUE(m.OKButtonVisible);
-    m.OptionEmail_Click();
     m.AtfEmail = "x@y";
     m.AtfEmail_Change();
     EXPECT_TRUE(m.OKButtonVisible);
-    m.username = "carol";
-    m.CancelButton_Click();
-    m.Form_Unload();
-    EXPECT_TRUE(m.CloseRequested && !rig.settings.online);
-    EXPECT_EQ(rig.settings.username + "|" + rig.settings.URL, "carol|h/p");
-    m.Message_DblClick(); // a double click copies the message
-    EXPECT_EQ(rig.clipboard.texts, std::vector<std::string>{m.Message});
 }
 
 // A starred user name sends the server's debug flag for the rest of the run, on either way.
