@@ -2,6 +2,7 @@
 #include "ReportFixture.h"
 #include "platform/UrlCoding.h"
 #include "report/ObservationOutputs.h"
+#include "report/TextReport.h"
 #include "testsupport/FakeDialogs.h"
 #include "testsupport/FakePorts.h"
 #include "testsupport/ScratchDir.h"
@@ -21,161 +22,118 @@ namespace fs = std::filesystem;
 
 namespace {
 
-std::vector<std::string> split(const std::string& line, char sep) {
-    std::vector<std::string> out(1);
-    for (char c : line) {
-        if (c == sep)
-            out.emplace_back();
-        else
-            out.back().push_back(c);
-    }
-    return out;
-}
+struct Outputs {
+    test::TempDir dir;
+    test::ReportFixture f;
+    CommandStates commands;
+    test::FakeDialogs dialogs;
+    test::FakeClipboard clipboard;
+    test::FakeMailer mailer;
+    ObservationOutputs outputs{
+        [this] { return f.source(); }, commands, {dialogs, clipboard, mailer}};
+    bool logEnabled() const { return commands.recordTsvEnabled && commands.recordTsvButtonEnabled; }
+};
 
 } // namespace
 
-TEST(DataLog, NewFileGetsHeaderAndRowByteForByte) {
+TEST(DataLog, NewFileByteForByteThenRowsWithoutASecondHeader) {
     test::TempDir dir;
     test::ReportFixture f;
-    const fs::path log = dir.path / "ZavData.tab";
-    ASSERT_TRUE(AppendDataLog(log.string(), f.source()));
-    EXPECT_EQ(test::ReadFile(log), test::ExpectedFile("datalog-one-row.tab"));
-}
-
-TEST(DataLog, HeaderOnlyForAnEmptyFileAndRowsAppend) {
-    test::TempDir dir;
-    test::ReportFixture f;
-    const fs::path log = dir.path / "log.tab";
-    std::ofstream(log, std::ios::binary).close(); // an existing 0-byte file
-    ASSERT_TRUE(AppendDataLog(log.string(), f.source()));
-    ASSERT_TRUE(AppendDataLog(log.string(), f.source()));
-    const std::string text = test::ReadFile(log);
-    EXPECT_EQ(text, DataLogHeader() + DataLogRow(f.source()) + DataLogRow(f.source()));
-
-    const fs::path other = dir.path / "other.tab";
-    std::ofstream(other, std::ios::binary) << "anything\r\n";
-    ASSERT_TRUE(AppendDataLog(other.string(), f.source()));
-    EXPECT_EQ(test::ReadFile(other), "anything\r\n" + DataLogRow(f.source()));
-}
-
-TEST(DataLog, RowShapeAndNotesSurviveEncoding) {
-    test::ReportFixture f;
-    const std::string row = DataLogRow(f.source());
-    const auto values = split(row.substr(0, row.size() - 2), '\t');
-    ASSERT_EQ(values.size(), 32u);
-    EXPECT_EQ(row.find('\n'), row.size() - 1); // one line, whatever the notes hold
-    EXPECT_EQ(UrlDecode(values[31]), f.setup.Notes);
+    const std::string expected = test::ExpectedFile("datalog-one-row.tab"),
+                      row = DataLogRow(f.source());
+    // A new or empty file gets the header; any other file, or a second row, only the row.
+    std::ofstream(dir.path / "empty.tab", std::ios::binary).close();
+    std::ofstream(dir.path / "other.tab", std::ios::binary) << "anything\r\n";
+    const std::pair<const char*, std::string> files[] = {
+        {"new.tab", expected}, {"empty.tab", expected}, {"other.tab", "anything\r\n" + row}};
+    for (const auto& [name, content] : files) {
+        ASSERT_TRUE(AppendDataLog((dir.path / name).string(), f.source()));
+        EXPECT_EQ(test::ReadFile(dir.path / name), content) << name;
+    }
+    ASSERT_TRUE(AppendDataLog((dir.path / "new.tab").string(), f.source()));
+    EXPECT_EQ(test::ReadFile(dir.path / "new.tab"), expected + row);
+    // One line of 32 fields whatever the notes hold, and they decode back.
     f.setup.Bandwidth = "3000";
     f.observation.durationSeconds = 2;
-    const auto v2 = split(DataLogRow(f.source()), '\t');
-    EXPECT_EQ(v2[11], "34.77");
-    EXPECT_EQ(v2[12], "2.000");
+    std::istringstream fields(DataLogRow(f.source()));
+    std::vector<std::string> v;
+    for (std::string field; std::getline(fields, field, '\t');)
+        v.push_back(field);
+    ASSERT_EQ(v.size(), 32u);
+    EXPECT_EQ(v[31].find('\n'), v[31].size() - 1);
+    EXPECT_EQ(UrlDecode(v[31].substr(0, v[31].size() - 2)), f.setup.Notes);
+    EXPECT_EQ(v[11] + " " + v[12], "34.77 2.000");
 }
 
 TEST(DataLog, AFailedAppendLeavesTheFileAsItWasSaysWhyAndLeavesTheCommandsEnabled) {
-    test::TempDir dir;
-    test::ReportFixture f;
-    CommandStates commands;
-    test::FakeDialogs dialogs;
-    test::FakeClipboard clipboard;
-    test::FakeMailer mailer;
-    ObservationOutputs outputs([&f] { return f.source(); }, commands, {dialogs, clipboard, mailer});
-    const auto enable = [&commands] {
-        commands.recordTsvEnabled = commands.recordTsvButtonEnabled = true;
-    };
-    const auto enabled = [&commands] {
-        return commands.recordTsvEnabled && commands.recordTsvButtonEnabled;
-    };
-    const fs::path log = dir.path / "log.tab";
-    outputs.TsvFileName = log.string();
-    enable();
-    outputs.recordTsv();
-    EXPECT_FALSE(commands.recordTsvEnabled ||
-                 commands.recordTsvButtonEnabled); // one observation, one row
-    EXPECT_EQ(outputs.focus, FocusTarget::Step3);
-    enable(); // the next calculation
-    outputs.focus = FocusTarget::Unchanged;
+    Outputs o;
+    const fs::path log = o.dir.path / "log.tab";
+    o.outputs.TsvFileName = log.string();
+    o.commands.recordTsvEnabled = o.commands.recordTsvButtonEnabled = true;
+    o.outputs.recordTsv();
+    EXPECT_FALSE(o.commands.recordTsvEnabled || o.commands.recordTsvButtonEnabled); // one observation, one row
+    EXPECT_EQ(o.outputs.focus, FocusTarget::Step3);
+    o.commands.recordTsvEnabled = o.commands.recordTsvButtonEnabled = true; // the next calculation
+    o.outputs.focus = FocusTarget::Unchanged;
     const std::string earlier = test::ReadFile(log);
-    const std::string row = DataLogRow(f.source());
-
-    for (const fs::path& unopenable : {dir.path / "missing" / "log.tab", dir.path}) {
-        outputs.TsvFileName = unopenable.string();
-        outputs.recordTsv();
-        EXPECT_TRUE(enabled()) << unopenable;
-        ASSERT_FALSE(dialogs.messages.empty());
-        EXPECT_NE(dialogs.messages.back().text.find(unopenable.string()), std::string::npos);
-    }
-    EXPECT_NE(dialogs.messages[0].text.find("No such file or directory"), std::string::npos);
-    EXPECT_EQ(outputs.focus, FocusTarget::Unchanged);
-
+    // A missing folder, a folder, and (Linux) a disk that fills up a few bytes into the row:
+    // the file stays as long as before, so the next row starts a line of its own.
+    const std::pair<fs::path, std::string> failures[] = {
+        {o.dir.path / "missing" / "log.tab", "No such file or directory"},
+        {o.dir.path, ""},
 #ifdef __linux__
-    // The disk fills up a few bytes into the row: the file is exactly as long as before, so
-    // the next row, once there is room, starts a line of its own instead of finishing this one.
-    outputs.TsvFileName = log.string();
-    {
-        test::FileSizeLimit full(earlier.size() + 10);
-        outputs.recordTsv();
-    }
-    EXPECT_TRUE(enabled());
-    EXPECT_EQ(outputs.focus, FocusTarget::Unchanged);
-    EXPECT_EQ(test::ReadFile(log), earlier);
-    EXPECT_NE(dialogs.messages.back().text.find("File too large"), std::string::npos)
-        << dialogs.messages.back().text;
-
-    outputs.recordTsv();
-    EXPECT_FALSE(enabled());
-    EXPECT_EQ(test::ReadFile(log), earlier + row);
-    EXPECT_EQ(dialogs.messages.size(), 3u);
+        {log, "File too large"},
 #endif
-}
-
-TEST(ObservationOutputs, ASavedReportIsWholeOrTheFailureSaysWhy) {
-    test::TempDir dir;
-    test::ReportFixture f;
-    CommandStates commands;
-    test::FakeDialogs dialogs;
-    test::FakeClipboard clipboard;
-    test::FakeMailer mailer;
-    ObservationOutputs outputs([&f] { return f.source(); }, commands, {dialogs, clipboard, mailer});
-    const fs::path report = dir.path / "report.txt";
-    dialogs.files = {report.string(), report.string()};
-    outputs.saveText();
-    const std::string saved = test::ReadFile(report);
-    EXPECT_FALSE(saved.empty());
-    EXPECT_TRUE(dialogs.messages.empty());
+    };
+    for (const auto& [path, reason] : failures) {
+        o.outputs.TsvFileName = path.string();
 #ifdef __linux__
+        test::FileSizeLimit full(earlier.size() + 10);
+#endif
+        o.outputs.recordTsv();
+        EXPECT_TRUE(o.logEnabled()) << path;
+        ASSERT_FALSE(o.dialogs.messages.empty());
+        EXPECT_NE(o.dialogs.messages.back().text.find(path.string() + ": " + reason),
+                  std::string::npos)
+            << o.dialogs.messages.back().text;
+    }
+    EXPECT_EQ(o.outputs.focus, FocusTarget::Unchanged);
+    EXPECT_EQ(test::ReadFile(log), earlier);
+    o.outputs.TsvFileName = log.string();
+    o.outputs.recordTsv();
+    EXPECT_EQ(test::ReadFile(log), earlier + DataLogRow(o.f.source()));
+#ifdef __linux__
+    // A saved report is whole or the old file stays.
+    const fs::path report = o.dir.path / "report.txt";
     std::ofstream(report) << "old";
+    o.dialogs.messages.clear();
+    o.dialogs.files = {report.string(), report.string()};
     {
-        test::FileSizeLimit full(saved.size() / 2);
-        outputs.saveText();
+        test::FileSizeLimit full(100);
+        o.outputs.saveText();
     }
     EXPECT_EQ(test::ReadFile(report), "old");
-    EXPECT_EQ(dialogs.texts(), std::vector<std::string>{"Error: the report could not be saved: "
-                                                        "cannot write " +
-                                                        report.string() + ": File too large"});
+    EXPECT_EQ(o.dialogs.texts(), std::vector<std::string>{"Error: the report could not be saved: "
+                                                          "cannot write " +
+                                                          report.string() + ": File too large"});
+    o.outputs.saveText();
+    EXPECT_EQ(test::ReadFile(report), SavedTextResults(o.f.source()));
 #endif
 }
 
 TEST(DataLog, NoOutputLeavesWithoutResultsWhateverTheCommandsSay) {
-    test::TempDir dir;
-    test::ReportFixture f;
-    f.gridCalc = ResultGrid::MakeCalcGrid(); // the results a reset cleared
-    CommandStates commands;
-    commands.enableOutputCommands(true);
-    commands.recordTsvButtonEnabled = true; // a view that missed the reset
-    test::FakeDialogs dialogs;
-    test::FakeClipboard clipboard;
-    test::FakeMailer mailer;
-    ObservationOutputs outputs([&f] { return f.source(); }, commands, {dialogs, clipboard, mailer});
-    outputs.TsvFileName = (dir.path / "log.tab").string();
-    outputs.recordTsv();
-    outputs.saveText();
-    outputs.copyText();
-    outputs.sendText();
-    EXPECT_FALSE(fs::exists(dir.path / "log.tab"));
-    EXPECT_TRUE(dialogs.fileRequests.empty() && clipboard.texts.empty() && mailer.sent.empty());
-
-    f.gridCalc.SetText(2, 2, "12.3"); // one result is enough to log
-    outputs.recordTsv();
-    EXPECT_TRUE(fs::exists(dir.path / "log.tab"));
+    Outputs o;
+    o.f.gridCalc = ResultGrid::MakeCalcGrid(); // the results a reset cleared
+    o.commands.enableOutputCommands(true);
+    o.commands.recordTsvButtonEnabled = true; // a view that missed the reset
+    o.outputs.TsvFileName = (o.dir.path / "log.tab").string();
+    o.outputs.recordTsv();
+    o.outputs.saveText();
+    o.outputs.copyText();
+    o.outputs.sendText();
+    EXPECT_TRUE(!fs::exists(o.dir.path / "log.tab") && o.dialogs.fileRequests.empty() &&
+                o.clipboard.texts.empty() && o.mailer.sent.empty());
+    o.f.gridCalc.SetText(2, 2, "12.3"); // one result is enough to log
+    o.outputs.recordTsv();
+    EXPECT_TRUE(fs::exists(o.dir.path / "log.tab"));
 }

@@ -1,24 +1,27 @@
 #include "report/MonitorSummary.h"
-#include <algorithm>
-#include <cmath>
 
 #include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
 
 using namespace zav;
 
 namespace {
 
 // A log as the program writes it (header ending in a tab, CR LF) with the columns that
-// matter; other writers' rows with LF and a decimal comma mixed in.
-std::string log(const std::vector<std::string>& rows) {
+// matter; rows with a decimal comma mixed in.
+std::string dataLog(const std::vector<std::string>& rows) {
     std::string text = "Program\tObsTime\tFrequency\tFsRms\tRxRms\tNotes\t\r\n";
     for (const std::string& r : rows)
         text += r + "\r\n";
     return text;
 }
 
+} // namespace
+
 TEST(MonitorSummary, CountsMinMedianMaxPerFrequencyAndHour) {
-    const std::string text = log({
+    const std::string text = dataLog({
         "ZAV\t20261124130500\t7.100\t3\t-100\t", "ZAV\t20261124131500\t7.100\t1\t-101\t",
         "ZAV\t20261125132500\t7,100\t2\t-102\t", // another day, same hour; decimal comma
         "ZAV\t20261124140500\t7.100\t10\t-99\t", "ZAV\t20261124141500\t7.100\t1\t-99\t",
@@ -37,35 +40,25 @@ TEST(MonitorSummary, CountsMinMedianMaxPerFrequencyAndHour) {
     ASSERT_EQ(s->frequencies[0].hours.size(), 1u);
     EXPECT_EQ(s->frequencies[0].hours[0].hour, 9);
     EXPECT_DOUBLE_EQ(s->frequencies[0].hours[0].median, -4.5);
-
-    const FrequencySummary& f = s->frequencies[1];
-    ASSERT_EQ(f.hours.size(), 2u);
-    const HourSummary& h13 = f.hours[0];
-    EXPECT_EQ(h13.hour, 13);
-    EXPECT_EQ(h13.n, 3);
-    EXPECT_DOUBLE_EQ(h13.min, 1);
-    EXPECT_DOUBLE_EQ(h13.median, 2);
-    EXPECT_DOUBLE_EQ(h13.max, 3);
-    const HourSummary& h14 = f.hours[1];
-    EXPECT_EQ(h14.n, 4);
-    EXPECT_DOUBLE_EQ(h14.median, 2.5) << "even count: mean of the middle two";
-    EXPECT_DOUBLE_EQ(h14.max, 10);
-
+    const auto& hours = s->frequencies[1].hours;
+    ASSERT_EQ(hours.size(), 2u);
+    EXPECT_EQ(std::vector<double>({double(hours[0].hour), double(hours[0].n), hours[0].min,
+                                   hours[0].median, hours[0].max, double(hours[1].n),
+                                   hours[1].median, hours[1].max}),
+              std::vector<double>({13, 3, 1, 2, 3, 4, 2.5, 10}));
     const auto rx = SummariseDataLog(text, "RxRms", &error);
     ASSERT_TRUE(rx);
     EXPECT_DOUBLE_EQ(rx->frequencies[1].hours[1].median, -99);
-}
 
-TEST(MonitorSummary, RefusesWhatIsNotADataLogOrHasNoSuchColumn) {
-    std::string error;
-    EXPECT_FALSE(SummariseDataLog(log({}), "NoSuchKey", &error));
+    // Not a data log, or no such column: refused, with the column named.
+    EXPECT_FALSE(SummariseDataLog(dataLog({}), "NoSuchKey", &error));
     EXPECT_NE(error.find("NoSuchKey"), std::string::npos);
     EXPECT_FALSE(SummariseDataLog("", "FsRms", &error));
     EXPECT_FALSE(SummariseDataLog(std::string("\x89PNG\r\n\x1a\n\0\0", 10), "FsRms", &error));
-    const auto empty = SummariseDataLog(log({"ZAV\t20261124"}), "FsRms", &error);
-    ASSERT_TRUE(empty);
-    EXPECT_TRUE(empty->frequencies.empty());
-    EXPECT_EQ(empty->skippedRows, 1);
+    const auto cut = SummariseDataLog(dataLog({"ZAV\t20261124"}), "FsRms", &error);
+    ASSERT_TRUE(cut);
+    EXPECT_TRUE(cut->frequencies.empty());
+    EXPECT_EQ(cut->skippedRows, 1);
 }
 
 TEST(MonitorSummary, MedianAgainstSorting) {
@@ -75,9 +68,7 @@ TEST(MonitorSummary, MedianAgainstSorting) {
         std::vector<double> sorted = v;
         std::sort(sorted.begin(), sorted.end());
         const std::size_t n = sorted.size();
-        const double expected = n % 2 ? sorted[n / 2] : (sorted[n / 2 - 1] + sorted[n / 2]) / 2;
-        EXPECT_DOUBLE_EQ(Median(v), expected);
+        EXPECT_DOUBLE_EQ(Median(v),
+                         n % 2 ? sorted[n / 2] : (sorted[n / 2 - 1] + sorted[n / 2]) / 2);
     }
 }
-
-} // namespace

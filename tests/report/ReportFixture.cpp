@@ -3,27 +3,17 @@
 #include "platform/Version.h"
 
 #include <fstream>
-#include <sstream>
+#include <iterator>
 
 namespace zav::test {
 
 ReportFixture::ReportFixture() {
-    setup.Tester = "G4ABC";
-    setup.Location = "Hill top";
+    setup.Tester = "G4ABC", setup.Location = "Hill top", setup.Environment = "Rural";
     setup.lat = "51.5"; // typed, but the observation carries no position
-    setup.Environment = "Rural";
-    setup.Frequency = "7.100";
-    setup.Receiver = "IC-7300";
-    setup.Bandwidth = "2400";
-    setup.RxNF = "6.00";
-    setup.Antenna = "Dipole";
-    setup.AntGain = "-2.15";
-    setup.Feedline = "RG58 20 m";
-    setup.Loss = "1.5";
-    setup.Attenuator = "20.0";
-    setup.AGC = "20";
-    setup.Interval = "500";
-    setup.Notes = "first line\r\nsecond\tline & more";
+    setup.Frequency = "7.100", setup.Receiver = "IC-7300", setup.Bandwidth = "2400";
+    setup.RxNF = "6.00", setup.Antenna = "Dipole", setup.AntGain = "-2.15";
+    setup.Feedline = "RG58 20 m", setup.Loss = "1.5", setup.Attenuator = "20.0", setup.AGC = "20";
+    setup.Interval = "500", setup.Notes = "first line\r\nsecond\tline & more";
     observation.ObsTime = "20261121093015";
     observation.durationSeconds = 0.5;
     const char* calc[4][3] = {{"-120.05", "-1.1", "-34.9"},
@@ -44,9 +34,7 @@ ReportSource ReportFixture::source() const {
 
 std::string ExpectedFile(const std::string& name) {
     std::ifstream in(std::string(ZAV_SOURCE_DIR) + "/tests/data/report/" + name, std::ios::binary);
-    std::stringstream ss;
-    ss << in.rdbuf();
-    std::string text = ss.str();
+    std::string text((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
     const std::string marker = "@VERSION@";
     for (auto at = text.find(marker); at != std::string::npos; at = text.find(marker))
         text.replace(at, marker.size(), VersionText());

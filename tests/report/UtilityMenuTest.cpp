@@ -5,16 +5,6 @@
 
 using namespace zav;
 
-TEST(DplotCommand, DocumentNameFromVersionTwoOneTwoEight) {
-    const std::string named =
-        "[Enable(0)][DocRestore()][SetFilename(\"/home/op/20240501120000.grf\")][Enable(1)]";
-    const std::string plain = "[Enable(0)][DocRestore()][Enable(1)]";
-    for (const char* newer : {"2.1.2.8", "2.1.2.9", "2.1.3", "2.3.0.1", "10.0"})
-        EXPECT_EQ(DplotCommand(newer, "/home/op/", "20240501120000"), named) << newer;
-    for (const char* older : {"2.1.2.7", "1.9.9.9", ""})
-        EXPECT_EQ(DplotCommand(older, "/home/op/", "20240501120000"), plain) << older;
-}
-
 namespace {
 
 struct FakeShell : Shell {
@@ -29,13 +19,24 @@ struct FakeShell : Shell {
 
 } // namespace
 
-TEST(SoundControls, TriesTheNextProgramUntilOneStarts) {
+TEST(UtilityMenu, DplotNamesTheDocumentFromVersionTwoOneTwoEight) {
+    const std::string named =
+        "[Enable(0)][DocRestore()][SetFilename(\"/home/op/20240501120000.grf\")][Enable(1)]";
+    const std::pair<const char*, bool> versions[] = {{"2.1.2.8", true},  {"2.1.3", true},
+                                                     {"10.0", true},     {"2.1.2.7", false},
+                                                     {"1.9.9.9", false}, {"", false}};
+    for (const auto& [version, withName] : versions)
+        EXPECT_EQ(DplotCommand(version, "/home/op/", "20240501120000"),
+                  withName ? named : "[Enable(0)][DocRestore()][Enable(1)]")
+            << version;
+}
+
+TEST(UtilityMenu, SoundControlsTryTheNextProgramUntilOneStarts) {
     const auto launchers = SoundPanelLaunchers(SoundPanel::Devices);
     FakeShell none;
     none.failures = 1000;
     SoundControls(none).openSoundDevices();
     EXPECT_EQ(none.runs.size(), launchers.size()); // each tried once, then silence
-
     FakeShell second;
     second.failures = 1;
     SoundControls(second).openSoundDevices();
