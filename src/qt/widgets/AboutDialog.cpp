@@ -34,7 +34,7 @@ AboutDialog::AboutDialog(AboutModel& model, QWidget* parent) : QDialog(parent), 
     auto* licence = new QPushButton(tr("&Licence"), this);
     licence->setObjectName(QStringLiteral("Licence"));
     auto* ok = new QPushButton(tr("OK"), this);
-    ok->setObjectName(QStringLiteral("cmdOK"));
+    ok->setObjectName(QStringLiteral("okButton"));
     ok->setDefault(true);
     connect(licence, &QPushButton::clicked, this, [this] { m_model.showLicence(); });
     connect(ok, &QPushButton::clicked, this, [this] {

@@ -65,7 +65,7 @@ CalRxDialog::CalRxDialog(CalRxModel& model, QWidget* parent) : QDialog(parent), 
     m_receiverNf = figure("lblReceiverNF", this);
     m_noiseFloor = figure("lblNoiseFloor", this);
     m_status = new QLabel(this);
-    m_status->setObjectName(QStringLiteral("lblStatus"));
+    m_status->setObjectName(QStringLiteral("statusText"));
     m_status->setWordWrap(true);
     m_status->setStyleSheet(QStringLiteral("color: rgb(255, 0, 0)"));
 

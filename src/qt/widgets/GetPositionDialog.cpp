@@ -86,14 +86,14 @@ QLabel* caption(const char* text, QWidget* parent) {
 GetPositionDialog::GetPositionDialog(const GpsSettings& settings, SerialPort& port, Beeper& beeper,
                                      bool beepOption, char decimalSeparator, QWidget* parent)
     : QDialog(parent) {
-    setObjectName(QStringLiteral("frmGetPosition"));
+    setObjectName(QStringLiteral("getPositionDialog"));
     setWindowTitle(QStringLiteral("Get Position"));
     setModal(true);
 
     auto* current = new QGroupBox(QStringLiteral("Current GPS data"), this);
     m_hdop = makeBox("HDOP", 5, current);
     m_fixText = new QLabel(current);
-    m_fixText->setObjectName(QStringLiteral("lblfix"));
+    m_fixText->setObjectName(QStringLiteral("fixText"));
     m_record = makeBox("record", 60, current);
     m_record->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
     m_latl = makeBox("latl", 11, current);
@@ -137,7 +137,7 @@ GetPositionDialog::GetPositionDialog(const GpsSettings& settings, SerialPort& po
     m_model =
         std::make_unique<GetPositionModel>(settings, *m_port, beeper, beepOption, decimalSeparator);
     m_tickTimer = new QTimer(this);
-    m_tickTimer->setObjectName(QStringLiteral("Timer1"));
+    m_tickTimer->setObjectName(QStringLiteral("clockTimer"));
     m_tickTimer->setInterval(1000);
     connect(m_tickTimer, &QTimer::timeout, this, [this] { tick(); });
 

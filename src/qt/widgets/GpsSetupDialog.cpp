@@ -53,7 +53,7 @@ void showText(QComboBox* box, const std::string& text) {
 
 GpsSetupDialog::GpsSetupDialog(GpsSetupModel& model, QWidget* parent)
     : QDialog(parent), m_model(model) {
-    setObjectName(QStringLiteral("frmGpsSetup"));
+    setObjectName(QStringLiteral("gpsSetupDialog"));
     setWindowTitle(QStringLiteral("GPS setup"));
     setModal(true);
     m_model.open();

@@ -101,7 +101,7 @@ MainWindow::MainWindow(MainModel& model, Dialogs& dialogs, SettingsStore& settin
         stepRow->addWidget(m_steps[i]);
     }
     m_getPos = new QPushButton("Get &position", central);
-    m_getPos->setObjectName("btnGetPos");
+    m_getPos->setObjectName("getPositionButton");
     QObject::connect(m_getPos, &QPushButton::clicked, this, [this] {
         run([this] {
             MainModel& m = m_model;

@@ -48,9 +48,9 @@ TransferDialog::TransferDialog(TransferModel& model, QWidget* parent)
             [this] { after(&TransferModel::collectingAddressEdited); });
 
     m_online = new QRadioButton(tr("Post to the collection &server"), this);
-    m_online->setObjectName(QStringLiteral("OptionOnline"));
+    m_online->setObjectName(QStringLiteral("sendOnline"));
     m_byEmail = new QRadioButton(tr("Send by &e-mail"), this);
-    m_byEmail->setObjectName(QStringLiteral("OptionEmail"));
+    m_byEmail->setObjectName(QStringLiteral("sendByEmail"));
     connect(m_online, &QRadioButton::clicked, this,
             [this] { after(&TransferModel::chooseOnline); });
     connect(m_byEmail, &QRadioButton::clicked, this,

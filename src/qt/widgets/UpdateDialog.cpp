@@ -18,11 +18,11 @@ UpdateDialog::UpdateDialog(UpdateModel& model, QWidget* parent) : QDialog(parent
     m_message->setMinimumWidth(320);
     m_message->setTextInteractionFlags(Qt::TextSelectableByMouse);
     m_kwupdater = new QPushButton(tr("Launch kwUpdater"), this);
-    m_kwupdater->setObjectName(QStringLiteral("btnKwupdater"));
+    m_kwupdater->setObjectName(QStringLiteral("updaterButton"));
     m_support = new QPushButton(tr("Open download page"), this);
-    m_support->setObjectName(QStringLiteral("btnSupport"));
+    m_support->setObjectName(QStringLiteral("supportButton"));
     m_exit = new QPushButton(tr("Exit"), this);
-    m_exit->setObjectName(QStringLiteral("btnExit"));
+    m_exit->setObjectName(QStringLiteral("exitButton"));
     m_exit->setDefault(true);
     connect(m_kwupdater, &QPushButton::clicked, this, [this] { after(&UpdateModel::runUpdater); });
     connect(m_support, &QPushButton::clicked, this,

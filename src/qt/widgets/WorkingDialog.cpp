@@ -22,11 +22,11 @@ constexpr int kMeterFloorDb = -60; // the meter's left end; anything quieter rea
 
 WorkingDialog::WorkingDialog(QWidget* parent, char decimalSeparator)
     : QDialog(parent), m_decimalSeparator(decimalSeparator) {
-    setObjectName("frmWorking");
+    setObjectName("workingDialog");
     setWindowTitle(kAppTitle);
     setWindowModality(Qt::ApplicationModal);
     m_count = new QLabel(this);
-    m_count->setObjectName("lblCount");
+    m_count->setObjectName("countText");
     m_progress = new QProgressBar(this);
     m_progress->setObjectName("progress");
     m_progress->setRange(0, kProgressSteps);
@@ -35,10 +35,10 @@ WorkingDialog::WorkingDialog(QWidget* parent, char decimalSeparator)
     m_meter->setRange(kMeterFloorDb, 0);
     m_meter->setTextVisible(false);
     m_level = new QLabel(this);
-    m_level->setObjectName("lblLevel");
+    m_level->setObjectName("levelText");
     m_level->setMinimumWidth(m_level->fontMetrics().horizontalAdvance("-000.0 dBFS"));
     m_cancel = new QPushButton(tr("Cancel"), this);
-    m_cancel->setObjectName("btnCancel");
+    m_cancel->setObjectName("cancelButton");
     QObject::connect(m_cancel, &QPushButton::clicked, this, [this] { reject(); });
 
     auto* grid = new QGridLayout(this);

@@ -75,7 +75,7 @@ TEST_F(GetPositionDialogTest, ShowsWhatArrivesInItsControlsAndReleasesThePortOnE
     GetPositionDialog dialog(settings, port, beeper, true);
     dialog.show();
     EXPECT_TRUE(port.PortOpen());
-    dialog.findChild<QTimer*>("Timer1")->stop(); // held still: what shows is what arrived
+    dialog.findChild<QTimer*>("clockTimer")->stop(); // held still: what shows is what arrived
     const QColor normal = dialog.palette().color(QPalette::Text);
     auto hdopColour = [&] {
         return dialog.findChild<QLineEdit*>("HDOP")->palette().color(QPalette::Text);
@@ -86,7 +86,7 @@ TEST_F(GetPositionDialogTest, ShowsWhatArrivesInItsControlsAndReleasesThePortOnE
     pty.write(first.substr(20));
     ASSERT_TRUE(shows(dialog, "ct", "1"));
     EXPECT_EQ(text(dialog, "record").toStdString() + "\r\n", first);
-    EXPECT_EQ(text(dialog, "HDOP") + " " + text(dialog, "lblfix") + " " + text(dialog, "latl") +
+    EXPECT_EQ(text(dialog, "HDOP") + " " + text(dialog, "fixText") + " " + text(dialog, "latl") +
                   " " + text(dialog, "lon") + " " + text(dialog, "acc"),
               "3.0 Fix obtained -33.852057 151.208333 12.00");
     EXPECT_EQ(hdopColour(), QColor(255, 128, 0));
@@ -120,7 +120,7 @@ TEST_F(GetPositionDialogTest, ShowsWhatArrivesInItsControlsAndReleasesThePortOnE
     QtSerialPort lost;
     GetPositionDialog gone(settings, lost, beeper, false);
     gone.show();
-    gone.findChild<QTimer*>("Timer1")->stop();
+    gone.findChild<QTimer*>("clockTimer")->stop();
     pty.write(fix("3908.8199,N,00023.0832,W", "2.1"));
     ASSERT_TRUE(shows(gone, "ct", "1"));
     pty.stop();

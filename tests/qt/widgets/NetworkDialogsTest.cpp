@@ -76,9 +76,9 @@ TEST(NetworkDialogs, TransferUpdateAndAboutCarryTypingAndClicksToTheirModels) {
     child<QLineEdit>(dialog, "Email")->setFocus();
     QApplication::processEvents();
     EXPECT_FALSE(ok->isVisible());
-    child<QRadioButton>(dialog, "OptionEmail")->click();
+    child<QRadioButton>(dialog, "sendByEmail")->click();
     EXPECT_TRUE(ok->isVisible());
-    child<QRadioButton>(dialog, "OptionOnline")->click();
+    child<QRadioButton>(dialog, "sendOnline")->click();
     url->setFocus();
     QTest::keyClicks(url, "server.example/p"); // a click straight from the box finds it there
     // A second click while the server is awaited (a double-click) finds OK disabled.
@@ -107,8 +107,8 @@ TEST(NetworkDialogs, TransferUpdateAndAboutCarryTypingAndClicksToTheirModels) {
     UpdateDialog update(model);
     update.show();
     EXPECT_EQ(child<QLabel>(update, "Message")->text().toStdString(), model.Message);
-    EXPECT_TRUE(child<QPushButton>(update, "btnKwupdater")->isEnabled());
-    QTest::mouseClick(child<QPushButton>(update, "btnSupport"), Qt::LeftButton);
+    EXPECT_TRUE(child<QPushButton>(update, "updaterButton")->isEnabled());
+    QTest::mouseClick(child<QPushButton>(update, "supportButton"), Qt::LeftButton);
     EXPECT_EQ(shell.opened, std::vector<std::string>{"http://site.example/support.htm#download"});
     EXPECT_FALSE(update.isVisible());
 
@@ -118,7 +118,7 @@ TEST(NetworkDialogs, TransferUpdateAndAboutCarryTypingAndClicksToTheirModels) {
     EXPECT_EQ(child<QLabel>(aboutDialog, "lblVersion")->text().toStdString(), about.versionText);
     QTest::mouseClick(child<QPushButton>(aboutDialog, "Licence"), Qt::LeftButton);
     EXPECT_EQ(shell.opened.back(), "/opt/zav/licence.txt");
-    QTest::mouseClick(child<QPushButton>(aboutDialog, "cmdOK"), Qt::LeftButton);
+    QTest::mouseClick(child<QPushButton>(aboutDialog, "okButton"), Qt::LeftButton);
     EXPECT_FALSE(aboutDialog.isVisible());
 }
 

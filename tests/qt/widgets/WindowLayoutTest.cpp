@@ -183,7 +183,7 @@ TEST(WindowLayout, EveryWindowFitsHasUniqueAccessKeysAndNamedControls) {
     for (const char* command : {"Transfer results", "CalibrateRx", "GPS setup...",
                                 "Check for updates", "About ZAV", "Plot wave", "Input level..."})
         opens.push_back([&d, command] { d.window->action(command)->trigger(); });
-    opens.push_back([&d] { d.window->findChild<QPushButton*>("btnGetPos")->click(); });
+    opens.push_back([&d] { d.window->findChild<QPushButton*>("getPositionButton")->click(); });
     for (std::size_t i = 0; i < opens.size(); ++i)
         EXPECT_EQ(walkInto(opens[i]), std::optional<std::string>("")) << "window " << i;
     WorkingDialog working(d.window.get());
