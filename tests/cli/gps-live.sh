@@ -1,9 +1,6 @@
 #!/bin/sh
-# zavcli reading a receiver as it sends. nmea - follows a pipe: a line's events come out while
-# the input is still open. gps --device on socat's pseudo-terminals: sentences written in
-# pieces are averaged until the capture closes by itself, a second capture finds the port
-# busy, a port that vanishes mid-capture ends it with what it has, and a real multi-system
-# capture written in 64- and 8-byte pieces (reads split lines anywhere) gives what --file gives.
+# zavcli reading a receiver as it sends: pipes that stay open, and socat's pseudo-terminals
+# (a busy port, a port that vanishes, a real capture in 64- and 8-byte pieces read as --file).
 #   gps-live.sh ZAVCLI SHARED_DATA_DIR
 zavcli=$1
 capture=$2/nmea/quectel-l76k-gnss.nmea
@@ -11,18 +8,14 @@ fixes=$(cd "$(dirname "$0")/../data/gps" && pwd)/example-fixes
 . "$(dirname "$0")/harness.sh"
 
 mkfifo pipe
-"$zavcli" nmea - < pipe > events &
-started $!
+"$zavcli" nmea - < pipe > events & started $!
 exec 3> pipe
 printf 'not a sentence\r\n' >&3
 wait_for 100 grep -q "not a sentence" events || fail "nothing printed while the input is open"
 exec 3>&-
-# gps --file on a pipe that stays open, as a receiver's does: the fixes sent are averaged and
-# the capture ends at its time-out.
+# gps --file on a pipe that stays open: the fixes sent are averaged until the time-out.
 mkfifo fixpipe
-"$zavcli" gps --file fixpipe --timeout 2 > live 2> /dev/null &
-cli=$!
-started $cli
+"$zavcli" gps --file fixpipe --timeout 2 > live 2> /dev/null & cli=$!; started $cli
 exec 4> fixpipe
 cat "$fixes.nmea" >&4
 wait $cli || true
@@ -31,26 +24,13 @@ cmp live "$fixes.expected" || fail "gps on a pipe: $(cat live)"
 
 # capture ARGS...: zavcli gps --device on the pseudo-terminals, once it holds the port.
 capture() {
-    "$zavcli" gps --device "$work/out" "$@" > result 2> errors &
-    cli=$!
-    started $cli
+    "$zavcli" gps --device "$work/out" "$@" > result 2> errors & cli=$!; started $cli
     wait_for 100 holds_open $cli out || fail "the capture never opened the port"
 }
-# Line $1 of the example fixes in two pieces, the first $2 characters long.
-send_in_pieces() {
-    line=$(sed -n "$1p" "$fixes.nmea" | tr -d '\r')
-    printf '%s' "$(printf '%s' "$line" | cut -c1-"$2")" >&3
-    sleep 0.2
-    printf '%s\r\n' "$(printf '%s' "$line" | cut -c$(($2 + 1))-)" >&3
-    sleep 0.2
-}
-
 start_pty
 capture --timeout 20
 check_exit 1 "Error: Port In Use" "$zavcli" gps --device "$work/out" --timeout 1
-send_in_pieces 4 9
-send_in_pieces 5 30
-send_in_pieces 6 1
+sed -n 4,6p "$fixes.nmea" >&3
 wait $cli || fail "capture ended with $?: $(cat errors)"
 cmp result "$fixes.expected" || fail "averages: $(cat result)"
 exec 3>&-
@@ -58,7 +38,8 @@ stop_peer $pty
 
 start_pty
 capture --timeout 20
-send_in_pieces 4 20
+sed -n 4p "$fixes.nmea" >&3
+sleep 0.5
 stop_peer $pty
 wait $cli || fail "vanished port: ended with $?"
 grep -q "^Error: Operation valid only when the port is open$" errors || fail "vanished port: $(cat errors)"

@@ -1,19 +1,12 @@
-# Sourced by the scripts that drive zavcli against real peers. It makes a scratch folder the
-# working directory and, on any exit, ends every peer the script registered (by process id,
-# never by name), the private PulseAudio server if one was started, and removes the folder.
-# Paths given to a script must be absolute: it runs inside the scratch folder.
+# Sourced by every script here: a scratch working folder, and on any exit every registered peer
+# ended by its process id (never by name), the private PulseAudio server stopped and the
+# folder removed. Paths given to a script must be absolute.
 set -eu
 here=$(cd "$(dirname "$0")" && pwd)
 work=$(mktemp -d)
 peers=
-harness_cleanup() {
-    exec 3>&- 2> /dev/null || true
-    for p in $peers; do kill "$p" 2> /dev/null || true; wait "$p" 2> /dev/null || true; done
-    if [ -n "${pulse_on:-}" ]; then pulse_stop; fi
-    cd /
-    rm -rf "$work"
-}
-trap harness_cleanup EXIT
+trap 'exec 3>&- 2> /dev/null; for p in $peers; do stop_peer "$p"; done; [ -z "${pulse_on:-}" ] || pulse_stop
+    cd / && rm -rf "$work"' EXIT
 trap 'exit 1' INT TERM
 cd "$work"
 
@@ -24,16 +17,10 @@ stop_peer() {
     wait "$1" 2> /dev/null || true
     peers=$(echo " $peers " | sed "s/ $1 / /")
 }
-
-# need_dir DIR: the real captures are in DIR, else the test is skipped (exit 77), except in CI
-# (CI set) where their absence is a failure.
+# need_dir DIR: skipped (77) without the real captures in DIR, failed in CI (CI set).
 need_dir() {
-    [ -d "$1" ] && return 0
-    echo "needs the real captures in $1 (the shared data folder)"
-    [ -z "${CI:-}" ] || exit 1
-    exit 77
+    [ -d "$1" ] || { echo "needs the real captures in $1" && exit "$([ -n "${CI:-}" ] && echo 1 || echo 77)"; }
 }
-
 # wait_for TRIES COMMAND...: until COMMAND succeeds, 0.05 s apart; false when it never does.
 wait_for() {
     tries=$1
@@ -44,9 +31,8 @@ wait_for() {
         sleep 0.05
     done
 }
-
-# check_exit CODE TEXT COMMAND...: COMMAND exits CODE and its standard error holds TEXT (any
-# text when empty); its output is left in out.txt and err.txt.
+# check_exit CODE TEXT COMMAND...: exit CODE, TEXT (if any) on standard error; output left
+# in out.txt and err.txt. check_refused: the same, and nothing on standard output.
 check_exit() {
     want=$1 text=$2
     shift 2
@@ -55,43 +41,32 @@ check_exit() {
     [ "$rc" = "$want" ] || fail "$*: exit $rc, not $want: $(cat err.txt)"
     [ -z "$text" ] || grep -qF -- "$text" err.txt || fail "$*: said $(cat err.txt)"
 }
-# check_refused CODE TEXT COMMAND...: the same, and nothing on standard output.
-check_refused() {
-    check_exit "$@"
-    [ ! -s out.txt ] || fail "$*: printed $(cat out.txt)"
+check_refused() { check_exit "$@" && { [ ! -s out.txt ] || fail "$*: printed $(cat out.txt)"; }; }
+# refusals CODE TEXT PREFIX "ARGS; ARGS...": check_refused CODE TEXT PREFIX ARGS for each.
+refusals() {
+    # shellcheck disable=SC2086
+    echo "$4" | tr ';' '\n' | grep . | while read -r words; do check_refused "$1" "$2" $3 $words; done
 }
-
 # Hamlib's dummy rig behind rigctld on a free loopback port, exported as $rig_port.
 start_rigctld() {
     for try in 1 2 3 4 5; do
         rig_port=$((20000 + ($$ * 7 + try * 131) % 30000))
-        rigctld -m 1 -T 127.0.0.1 -t "$rig_port" &
-        rigd=$!
+        rigctld -m 1 -T 127.0.0.1 -t "$rig_port" & rigd=$!; started $rigd
         # A port someone else's rigctld holds answers too, but ours has then left.
-        if wait_for 60 rigctl -m 2 -r "127.0.0.1:$rig_port" f && kill -0 "$rigd" 2> /dev/null; then
-            started "$rigd"
-            return 0
-        fi
+        wait_for 60 rigctl -m 2 -r "127.0.0.1:$rig_port" f && kill -0 "$rigd" 2> /dev/null && return 0
         stop_peer "$rigd"
     done
     fail "rigctld did not start"
 }
-
 # A socat pair of pseudo-terminals: bytes written to descriptor 3 come out of $work/out.
 start_pty() {
     rm -f in out
-    socat pty,raw,echo=0,link="$work/in" pty,raw,echo=0,link="$work/out" 2> /dev/null &
-    pty=$!
-    started "$pty"
+    socat pty,raw,echo=0,link="$work/in" pty,raw,echo=0,link="$work/out" 2> /dev/null & pty=$!; started $pty
     wait_for 100 test -e in -a -e out || fail "socat made no pseudo-terminals"
     exec 3<> in
 }
-
 # holds_open PID FILE: true once process PID has the file that FILE links to open.
 holds_open() { ls -l "/proc/$1/fd" 2> /dev/null | grep -q " $(readlink "$2")\$"; }
-
 start_pulse() {
-    . "$here/pulse-server.sh"
-    pulse_on=1
-    pulse_start || fail "PulseAudio could not be started"
+    . "$here/pulse-server.sh" && pulse_on=1 && pulse_start || fail "PulseAudio could not be started"
 }

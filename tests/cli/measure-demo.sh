@@ -11,7 +11,7 @@ cp "$examples/soundcard.wav" "$examples/receiver.wav" "$examples/external.wav" "
 # The observation is stamped with the external recording's time.
 touch -d '2026-11-21 09:30:15 UTC' external.wav
 steps="soundcard.wav receiver.wav external.wav"
-# shellcheck disable=SC2086
+# shellcheck disable=SC2086 # $steps is three names
 "$zavcli" measure --profile example.zav --log log.tab --report saved.txt $steps > report.txt
 # The expected files name the version as @VERSION@: the unit tests check the version itself.
 version=$(sed -n '2s/^Version\t\([0-9.]*\).*/\1/p' report.txt)
@@ -19,24 +19,20 @@ sed "s/@VERSION@/$version/" "$expected/demo-report.txt" | cmp report.txt - || fa
 printf '\r\n' | cat report.txt - | cmp - saved.txt || fail "saved report"
 sed "s/@VERSION@/$version/" "$expected/demo-log.tab" | cmp log.tab - || fail "data log"
 # A second run appends one row, without a second header.
-# shellcheck disable=SC2086
+# shellcheck disable=SC2086 # $steps is three names
 "$zavcli" measure --profile example.zav --log log.tab $steps > /dev/null
 [ "$(grep -c '^Program' log.tab) $(grep -c '^ZAV' log.tab)" = "1 2" ] || fail "appended log"
 
 # Limits off: results shown; logging, saving or posting them is refused before any work.
-# shellcheck disable=SC2086
 "$zavcli" measure --profile example.zav --limits off $steps > off.txt
 grep -q '^RMS Rx power (dBm)	-' off.txt || fail "limits off: $(cat off.txt)"
 for output in "--log off.tab" "--report off.rep" "--post"; do
-    # shellcheck disable=SC2086
     check_refused 2 "limits off" "$zavcli" measure --profile example.zav --limits off $output $steps
     [ ! -e off.tab ] && [ ! -e off.rep ] || fail "limits off: a file written"
 done
 
-# A mistyped profile, an unusable sound-card file, a recording cut short (analysed over what
-# it holds, with a warning), the recordings in the wrong order (step 2 judged, step 3 never
-# run) and bad usage.
-# shellcheck disable=SC2086
+# A mistyped profile, an unusable file, a recording cut short (analysed over what it holds),
+# the recordings in the wrong order (step 2 judged, step 3 never run) and bad usage.
 check_refused 2 "no such profile: exmaple.zav" "$zavcli" measure --profile exmaple.zav $steps
 printf 'RIFF....WAVEjunk' > junk.wav
 check_refused 1 "junk.wav gave no measurement" "$zavcli" measure --profile example.zav junk.wav receiver.wav external.wav
@@ -46,18 +42,11 @@ check_exit 0 "shorter than its header claims: 1000 of" "$zavcli" measure --profi
 check_exit 1 "Check voltage range." "$zavcli" measure --profile example.zav --json external.wav soundcard.wav receiver.wav
 grep -q '"ran":false' out.txt && grep -q '"Fa":null,"P372":null' out.txt || fail "wrong order: $(cat out.txt)"
 sed 's/^Bandwidth=.*/Bandwidth=0/' example.zav > zero.zav
-# shellcheck disable=SC2086
 check_refused 1 "Value error: Bandwidth must be > 0" "$zavcli" measure --profile zero.zav $steps
-# shellcheck disable=SC2086
 check_refused 1 "no results to calibrate from" "$zavcli" measure --limits off --calibrate enr:15 $steps
-# shellcheck disable=SC2086
 check_refused 2 "Value error: Level must be a number" "$zavcli" measure --calibrate enr:abc $steps
-for bad in watts:3 enr 15 ""; do
-    # shellcheck disable=SC2086
-    check_refused 2 "--calibrate takes" "$zavcli" measure --calibrate "$bad" $steps
-done
-check_refused 2 "" "$zavcli" measure $steps --calibrate
-check_refused 2 "" "$zavcli" measure soundcard.wav receiver.wav
-check_refused 2 "" "$zavcli" measure --limits maybe a b c
+refusals 2 "--calibrate takes" "$zavcli measure --calibrate" "watts:3 $steps; enr $steps; 15 $steps"
+check_refused 2 "--calibrate takes" "$zavcli" measure --calibrate "" $steps
+refusals 2 "" "$zavcli measure" "$steps --calibrate; soundcard.wav receiver.wav; --limits maybe a b c"
 check_exit 1 "" "$zavcli" measure nosuch.wav receiver.wav external.wav
 echo ok

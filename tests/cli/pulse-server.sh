@@ -1,8 +1,7 @@
-# Sourced by the audio scripts, the audio adapters' test and the benchmarks: a private
-# PulseAudio server with a null sink "zavsink" and a mono source "zavmic" that records whatever
-# is played into the sink, so no sound card is needed. pulse_start (in PULSE_DIR if set, else a
-# new folder) exports XDG_RUNTIME_DIR and PULSE_SERVER for everything started afterwards;
-# pulse_stop ends the server by "pactl exit", else by the process id it wrote, never by name.
+# Sourced by the audio scripts, tests and benchmarks: a private PulseAudio server (no sound
+# card needed) with a null sink "zavsink" and a mono source "zavmic" recording what it plays.
+# pulse_start (in PULSE_DIR, else a new folder) exports XDG_RUNTIME_DIR and PULSE_SERVER;
+# pulse_stop ends it by "pactl exit", else by the process id it wrote, never by name.
 
 # Polls COMMAND... up to $1 times, 0.1 s apart.
 pulse_poll() {
@@ -24,7 +23,7 @@ pulse_start() {
         --load="module-native-protocol-unix auth-anonymous=1" \
         --load="module-null-sink sink_name=zavsink" 2> "$PULSE_DIR/daemon.log" ||
         { cat "$PULSE_DIR/daemon.log" >&2; return 1; }
-    pulse_poll 100 pactl info || { echo "PulseAudio does not answer on $PULSE_SERVER" >&2; return 1; }
+    pulse_poll 100 pactl info || { echo "no PulseAudio on $PULSE_SERVER" >&2; return 1; }
     PULSE_PID=$(cat "$PULSE_DIR/pulse/pid")
     pactl load-module module-remap-source master=zavsink.monitor source_name=zavmic \
         channels=1 > /dev/null &&

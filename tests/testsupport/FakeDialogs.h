@@ -8,28 +8,49 @@
 
 namespace zav::test {
 
-// Records every message and file chooser the code under test shows, and answers them from
-// queues the test fills (OK and cancel by default).
+// Records every message and file chooser shown, and answers from queues the test fills
+// (OK and cancel when they are empty).
 class FakeDialogs : public Dialogs {
 public:
     struct Shown {
-        std::string text;
-        std::string title;
+        std::string text, title;
         MessageIcon icon;
         MessageButtons buttons;
     };
 
     MessageResult ShowMessage(const std::string& text, const std::string& title, MessageIcon icon,
-                              MessageButtons buttons = MessageButtons::Ok) override;
-    std::optional<std::string> OpenFileName(const FileDialogRequest& request) override;
-    std::optional<std::string> SaveFileName(const FileDialogRequest& request) override;
+                              MessageButtons buttons = MessageButtons::Ok) override {
+        messages.push_back({text, title, icon, buttons});
+        return next(answers, MessageResult::Ok);
+    }
+    std::optional<std::string> OpenFileName(const FileDialogRequest& request) override {
+        fileRequests.push_back(request);
+        return next(files, std::optional<std::string>());
+    }
+    std::optional<std::string> SaveFileName(const FileDialogRequest& request) override {
+        return OpenFileName(request);
+    }
 
     std::vector<Shown> messages;
     std::vector<FileDialogRequest> fileRequests;
     std::deque<MessageResult> answers;            // next answers to OK/Cancel boxes
     std::deque<std::optional<std::string>> files; // next chosen files; empty = cancel
 
-    std::vector<std::string> texts() const;
+    std::vector<std::string> texts() const {
+        std::vector<std::string> out;
+        for (const Shown& m : messages)
+            out.push_back(m.text);
+        return out;
+    }
+
+private:
+    template <class T> static T next(std::deque<T>& queue, T otherwise) {
+        if (queue.empty())
+            return otherwise;
+        T front = queue.front();
+        queue.pop_front();
+        return front;
+    }
 };
 
 } // namespace zav::test

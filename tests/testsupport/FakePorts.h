@@ -47,9 +47,7 @@ struct FakeXml : XmlLookup {
                                                 const std::string& name) override {
         asked.push_back(name);
         const auto it = elements.find(name);
-        if (!wellFormed || it == elements.end())
-            return std::nullopt;
-        return it->second;
+        return wellFormed && it != elements.end() ? std::optional(it->second) : std::nullopt;
     }
     std::map<std::string, std::string> elements;
     bool wellFormed = true;
@@ -61,10 +59,9 @@ struct FakeXml : XmlLookup {
 struct FakeShell : Shell {
     int Open(const std::string& target) override {
         opened.push_back(target);
-        if (results.empty())
-            return 42;
-        const int r = results.front();
-        results.pop_front();
+        const int r = results.empty() ? 42 : results.front();
+        if (!results.empty())
+            results.pop_front();
         return r;
     }
     bool Run(const std::string& program, const std::string& arguments) override {
@@ -73,8 +70,7 @@ struct FakeShell : Shell {
     }
     std::deque<int> results;
     bool runResult = true;
-    std::vector<std::string> opened;
-    std::vector<std::string> ran;
+    std::vector<std::string> opened, ran;
 };
 
 struct FakeMailer : Mailer {

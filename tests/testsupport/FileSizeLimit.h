@@ -7,16 +7,13 @@
 
 namespace zav::test {
 
-// A full disk for this process alone: no file may grow past `bytes` while the guard lives;
-// writes beyond fail with EFBIG instead of raising SIGXFSZ. Needs no privileges and holds for
-// root too, unlike read-only permissions.
+// A full disk for this process alone, even as root: no file grows past `bytes` while the
+// guard lives, and writes beyond fail with EFBIG instead of raising SIGXFSZ.
 class FileSizeLimit {
 public:
-    explicit FileSizeLimit(std::size_t bytes) {
+    explicit FileSizeLimit(std::size_t bytes) : m_oldHandler(std::signal(SIGXFSZ, SIG_IGN)) {
         getrlimit(RLIMIT_FSIZE, &m_old);
-        m_oldHandler = std::signal(SIGXFSZ, SIG_IGN);
-        rlimit limited = m_old;
-        limited.rlim_cur = bytes;
+        rlimit limited{bytes, m_old.rlim_max};
         setrlimit(RLIMIT_FSIZE, &limited);
     }
     ~FileSizeLimit() {
@@ -24,11 +21,10 @@ public:
         std::signal(SIGXFSZ, m_oldHandler);
     }
     FileSizeLimit(const FileSizeLimit&) = delete;
-    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
 
 private:
     rlimit m_old{};
-    void (*m_oldHandler)(int) = nullptr;
+    void (*m_oldHandler)(int);
 };
 
 } // namespace zav::test

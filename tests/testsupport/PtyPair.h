@@ -9,7 +9,6 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
-#include <csignal>
 #include <cstring>
 #include <fcntl.h>
 #include <string>
@@ -21,15 +20,9 @@ namespace zav::test {
 class PtyPair {
 public:
     PtyPair() {
-        m_in = m_dir.filePath("gps-in").toStdString();
-        m_out = m_dir.filePath("gps-out").toStdString();
-        m_socat.start("socat", {"pty,raw,echo=0,link=" + QString::fromStdString(m_in),
-                                "pty,raw,echo=0,link=" + QString::fromStdString(m_out)});
-        m_socat.waitForStarted(5000);
-        zav::test::WaitFor([&] {
-            return QFileInfo::exists(QString::fromStdString(m_in)) &&
-                   QFileInfo::exists(QString::fromStdString(m_out));
-        });
+        m_socat.start("socat", {"pty,raw,echo=0,link=" + m_dir.filePath("in"),
+                                "pty,raw,echo=0,link=" + m_dir.filePath("out")});
+        WaitFor([&] { return QFileInfo::exists(m_dir.filePath("in")) && ready(); });
     }
     ~PtyPair() {
         if (m_writer >= 0)
@@ -37,31 +30,26 @@ public:
         stop();
     }
     bool ready() const {
-        return m_socat.state() == QProcess::Running &&
-               QFileInfo::exists(QString::fromStdString(m_out));
+        return m_socat.state() == QProcess::Running && QFileInfo::exists(m_dir.filePath("out"));
     }
     const std::string& out() const { return m_out; }
 
     void write(const std::string& bytes) {
         if (m_writer < 0)
-            m_writer = ::open(m_in.c_str(), O_RDWR | O_NOCTTY);
+            m_writer = ::open(m_dir.filePath("in").toLocal8Bit().constData(), O_RDWR | O_NOCTTY);
         ASSERT_GE(m_writer, 0) << std::strerror(errno);
-        ASSERT_EQ(::write(m_writer, bytes.data(), bytes.size()),
-                  static_cast<ssize_t>(bytes.size()));
+        ASSERT_EQ(::write(m_writer, bytes.data(), bytes.size()), ssize_t(bytes.size()));
     }
-    // Ends socat by its process id, as unplugging the receiver would end the line.
+    // Ends socat (SIGTERM to its process id), as unplugging the receiver would end the line.
     void stop() {
-        if (m_socat.state() == QProcess::NotRunning)
-            return;
-        ::kill(static_cast<pid_t>(m_socat.processId()), SIGTERM);
+        m_socat.terminate();
         m_socat.waitForFinished(5000);
     }
 
 private:
     QTemporaryDir m_dir;
     QProcess m_socat;
-    std::string m_in;
-    std::string m_out;
+    std::string m_out = m_dir.filePath("out").toStdString();
     int m_writer = -1;
 };
 

@@ -1,17 +1,21 @@
-// Every test program starts here: fixed locale and time zone, so results never depend on the
-// machine that runs them, and no scratch folder outlives its test.
+// Every test program: a fixed locale and time zone, and no scratch folder outlives its test;
+// for the Qt layers (ZAV_QT_MAIN), an application object first, offscreen unless told otherwise.
 #include "ScratchDir.h"
 
-#include <gtest/gtest.h>
-
 #include <clocale>
-#include <cstdlib>
 #include <ctime>
+#ifdef ZAV_QT_MAIN
+#include <QApplication>
+#endif
 
 int main(int argc, char** argv) {
     setenv("TZ", "UTC", 1);
     tzset();
-    std::setlocale(LC_ALL, "C");
+#ifdef ZAV_QT_MAIN
+    setenv("QT_QPA_PLATFORM", "offscreen", 0);
+    QApplication app(argc, argv);
+#endif
+    std::setlocale(LC_ALL, "C"); // Qt takes the environment's locale; the tests do not
     ::testing::InitGoogleTest(&argc, argv);
     ::testing::UnitTest::GetInstance()->listeners().Append(new zav::test::ScratchDirCleanup);
     return RUN_ALL_TESTS();

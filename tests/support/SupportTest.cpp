@@ -1,0 +1,166 @@
+// The pure support models: the Like matcher, the update check and the Help and About menus.
+#include "platform/Version.h"
+#include "support/AboutModel.h"
+#include "support/HelpMenu.h"
+#include "support/LikePattern.h"
+#include "support/UpdateModel.h"
+#include "testsupport/FakeDialogs.h"
+#include "testsupport/FakePorts.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+#include <regex>
+#include <tuple>
+
+using namespace zav;
+using namespace zav::test;
+
+TEST(Like, AgreesWithARegularExpressionOnRandomPatterns) {
+    std::mt19937 rng(7);
+    const char* pieces[] = {"a", "b", "1", "7", "9", ".", "*", "?", "#", "[ab]", "[!1]", "[0-5]"};
+    const char* asRegex[] = {
+        "a",        "b",     "1",    "7",    "9",    "\\.", "[\\s\\S]*",
+        "[\\s\\S]", "[0-9]", "[ab]", "[^1]", "[0-5]"}; // the same pieces: an independent matcher
+    const char letters[] = "ab17.x9";
+    for (int round = 0; round < 4000; ++round) {
+        std::string pattern, re, text;
+        for (int i = static_cast<int>(rng() % 6); i > 0; --i) {
+            const auto piece = rng() % std::size(pieces);
+            pattern += pieces[piece], re += asRegex[piece];
+        }
+        for (int i = static_cast<int>(rng() % 8); i > 0; --i)
+            text += letters[rng() % (sizeof letters - 1)];
+        ASSERT_EQ(Like(text, pattern), std::regex_match(text, std::regex(re)))
+            << "text " << text << " pattern " << pattern;
+    }
+    // A star inside a list is only itself; an open bracket matches nothing.
+    const std::tuple<const char*, const char*, bool> cases[] = {{"2.1.39", "*#.*#.*#", true},
+                                                                {"2.1.37b", "*#.*#.*#", false},
+                                                                {"*", "[*]", true},
+                                                                {"x", "[*]", false},
+                                                                {"[a", "[a", false},
+                                                                {"", "***", true},
+                                                                {"a", "", false}};
+    for (const auto& [text, pattern, match] : cases)
+        EXPECT_EQ(Like(text, pattern), match) << text << " " << pattern;
+}
+
+namespace {
+
+struct UpdateRig {
+    FakeHttp http;
+    FakeXml xml;
+    FakeUpdater updater;
+    FakeShell shell;
+    FakeDialogs dialogs;
+    // The model opened on a site answering `reply` with this url and version.
+    UpdateModel load(const std::string& url, const std::string& version,
+                     HttpResponse reply = {200, "<update/>"}) {
+        http.reply = reply;
+        xml.elements = {{"url", url}, {"version", version}};
+        UpdateModel m("http://site.example/", "/opt/zav", {http, xml, updater, shell, dialogs});
+        m.open();
+        return m;
+    }
+};
+
+} // namespace
+
+TEST(UpdateModel, OnlyAThreePartVersionFromTheProgramsOwnFolderIsBelievedAndOnlyANewerOneOffered) {
+    const std::string home = "http://www.zav-noise.org/zav/",
+                      bad = "Update site not responding properly.";
+    // A newer revision only: every part counts.
+    const std::string newer = std::to_string(kVersionMajor) + "." + std::to_string(kVersionMinor) +
+                              "." + std::to_string(kVersionRevision + 1);
+    const std::string current = "Version " + VersionText() + " is current",
+                      offered = "New version available: " + newer;
+    const std::tuple<std::string, std::string, std::string> cases[] = {
+        {home, "0.0.1", current},
+        {home, VersionText(), current},
+        {home, newer, offered},
+        {"https://mirror.example/downloads/zav/", newer, offered},
+        {home, "2.2", bad},
+        {home, "", bad},
+        {"http://www.example.com/other/", newer, bad},
+        {"ftp://www.zav-noise.org/zav/", newer, bad},
+        {"http://www.zav-noise.org/zav", newer, bad},
+        {"http://www.zav-noise.org/ZAV/", newer, bad}};
+    for (const auto& [url, version, message] : cases) {
+        UpdateRig rig;
+        const UpdateModel m = rig.load(url, version);
+        EXPECT_EQ(m.Message, message) << url << " " << version;
+        EXPECT_EQ(m.supportVisible, message == offered);
+        EXPECT_EQ(m.outcome == UpdateModel::Outcome::SiteFailed, message == bad);
+        EXPECT_EQ(rig.http.requests.at(0).url, "http://site.example/Update.xml");
+    }
+}
+
+TEST(UpdateModel, UpdaterButtonOnlyWithAnInstalledUpdaterAndItsLaunchAlwaysCloses) {
+    UpdateRig none; // "0.0.0" is no updater, whatever the site says
+    none.updater.version = "0.0.0";
+    EXPECT_FALSE(none.load("", "", {404, ""}).updaterEnabled);
+    for (const int result : {2, 32}) {
+        UpdateRig rig;
+        UpdateModel m = rig.load("", "");
+        rig.shell.results = {result};
+        m.runUpdater();
+        EXPECT_EQ(rig.shell.opened, std::vector<std::string>{"/opt/zav/ZAV.kwupdate"});
+        EXPECT_TRUE(m.CloseRequested);
+        EXPECT_EQ(rig.dialogs.texts().at(0),
+                  result == 2 ? "Problem accessing kwUpdate. (Error 2)"
+                              : "ZAV could not find a file association for .kwupdate on your "
+                                "system.\n\nOpen it by hand: /opt/zav/ZAV.kwupdate");
+        EXPECT_EQ(rig.dialogs.messages[0].title, "kwUpdate unavailable");
+    }
+}
+
+// When nothing can open a document (31, 32) the message says where to open it by hand; other
+// failures (below 31) give their number.
+TEST(HelpAndAbout, DocumentsAndPagesOpenWhereTheyShould) {
+    FakeShell shell;
+    FakeDialogs dialogs;
+    FakeSystemInfo info;
+    HelpMenu help(shell, dialogs);
+    shell.results = {31, 7, 2, 32, 33, 32, 3}; // above 32: opened
+    help.openHelp("/usr/share/zav/");
+    help.openHelp("docs");
+    help.openHomePage("https://site.example/");
+    help.openFaq("https://site.example/");
+    help.openSupportPage("https://site.example/");
+    AboutModel("/", {shell, dialogs, info}).showLicence();
+    AboutModel("/opt/zav/", {shell, dialogs, info}).showLicence(); // one separator
+    EXPECT_EQ(shell.opened, (std::vector<std::string>{
+                                "/usr/share/zav/ZAV.pdf", "docs/ZAV.pdf", "https://site.example/",
+                                "https://site.example/faq.htm", "https://site.example/support.htm",
+                                "/licence.txt", "/opt/zav/licence.txt"}));
+    const std::string browser = " on your system. You should check that your browser is correctly "
+                                "installed and associated with this type of file.\n\nOpen it by "
+                                "hand: ";
+    EXPECT_EQ(
+        dialogs.texts(),
+        (std::vector<std::string>{
+            "ZAV could not find a file association for ZAV.pdf on your system.\n\nOpen it "
+            "by hand: /usr/share/zav/ZAV.pdf",
+            "Problem accessing documentation. (Error 7)",
+            "Problem running your web browser. You should check that your browser is "
+            "correctly installed. (Error 2)",
+            "ZAV could not find a file association for https://site.example/faq.htm" + browser +
+                "https://site.example/faq.htm",
+            "ZAV could not find a file association for licence.txt" + browser + "/licence.txt",
+            "Problem accessing licence file. (Error 3)"}));
+    EXPECT_EQ(dialogs.messages[0].title, "Acrobat unavailable");
+    EXPECT_EQ(dialogs.messages[3].title, "Browser Unavailable");
+
+    // System information: only a tool that exists is started.
+    dialogs.messages.clear();
+    AboutModel about("/opt/zav", {shell, dialogs, info});
+    about.startSystemInfo(); // none named
+    info.path = "/no/such/tool";
+    about.startSystemInfo();
+    info.path = "/bin/sh";
+    about.startSystemInfo();
+    EXPECT_EQ(dialogs.texts(),
+              std::vector<std::string>(2, "System Information Is Unavailable At This Time"));
+    EXPECT_EQ(shell.ran, std::vector<std::string>{info.path + "|"});
+}
