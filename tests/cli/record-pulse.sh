@@ -9,7 +9,7 @@ start_pulse
 "$zavcli" record --list-devices | grep -q . || fail "no input listed"
 
 sox -n -r 44100 -c 1 -b 16 played.wav synth 30 sine 1000 vol 0.3
-paplay -d zavsink played.wav & started $!
+paplay -d zavsink played.wav & player=$!; started $player
 pulse_wait_playing || fail "paplay did not start"
 
 # Milliseconds: 1000 ms at 44100 Hz keeps 44100 samples; in samples mode, interval 64 keeps
@@ -26,7 +26,9 @@ refusals 2 "" "$zavcli" "record; record x.wav --interval soon; record x.tmp"
 check_exit 1 "No Such Input" "$zavcli" record x.wav --device "No Such Input"
 [ ! -e x.wav ] && [ ! -e x.tmp ] || fail "files left by a failed recording"
 
-# The sound system goes away two seconds into a twenty-second recording.
+# The sound system goes away two seconds into a twenty-second recording; the player is stopped
+# first, as paplay itself now and then crashes when its server goes.
+stop_peer $player
 start=$(date +%s)
 (sleep 2 && pactl exit) &
 check_exit 1 'Error: recording wave file: ' "$zavcli" record gone.wav --profile "$data/record-1000ms.zav" --interval 20000

@@ -86,8 +86,10 @@ std::optional<std::vector<std::string>> InputsRecordedNow() {
         state() != PA_CONTEXT_READY)
         return std::nullopt;
 
+    // A server that goes away between the two steps gives no operation: that is no answer.
+    auto keep = [&q](pa_operation* op) { op ? pa_operation_unref(op) : void(q.failed = true); };
     q.pending = 2;
-    pa_operation_unref(pa_context_get_source_output_info_list(
+    keep(pa_context_get_source_output_info_list(
         q.context,
         [](pa_context*, const pa_source_output_info* info, int eol, void* data) {
             auto& q = *static_cast<PulseQuery*>(data);
@@ -98,7 +100,7 @@ std::optional<std::vector<std::string>> InputsRecordedNow() {
                 q.sources.push_back(info->source);
         },
         &q));
-    pa_operation_unref(pa_context_get_source_info_list(
+    keep(pa_context_get_source_info_list(
         q.context,
         [](pa_context*, const pa_source_info* info, int eol, void* data) {
             auto& q = *static_cast<PulseQuery*>(data);
