@@ -304,8 +304,12 @@ void MonitorWindow::refresh() {
 
 void MonitorWindow::redrawChart() {
     m_chart->removeAllSeries();
-    for (QAbstractAxis* axis : m_chart->axes())
+    // The chart gives a removed axis back to us: without the delete, every redraw of a run
+    // that lasts days would leak two.
+    for (QAbstractAxis* axis : m_chart->axes()) {
         m_chart->removeAxis(axis);
+        delete axis;
+    }
     auto* time = new QDateTimeAxis;
     time->setTitleText("Local time");
     auto* value = new QValueAxis;
