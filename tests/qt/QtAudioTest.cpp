@@ -50,7 +50,8 @@ std::string fileBytes(const std::string& path) {
 // 16-bit samples from `from` bytes on (the machine is little-endian, as the files are).
 std::vector<std::int16_t> samplesOf(const std::string& bytes, std::size_t from = 0) {
     std::vector<std::int16_t> s((bytes.size() - std::min(from, bytes.size())) / 2);
-    std::memcpy(s.data(), bytes.data() + std::min(from, bytes.size()), 2 * s.size());
+    if (!s.empty()) // an empty vector's data() may be null, which memcpy must not get
+        std::memcpy(s.data(), bytes.data() + std::min(from, bytes.size()), 2 * s.size());
     return s;
 }
 
