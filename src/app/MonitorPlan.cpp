@@ -126,6 +126,15 @@ std::vector<std::string> ReadMonitorSection(const IniFile& profile, std::time_t 
     auto bad = [&](const char* key, const std::string& value) {
         problems.push_back("monitor " + std::string(key) + " \"" + value + "\" is not valid");
     };
+    auto wholeUpTo = [&](const char* key, long long limit, int& field) {
+        if (auto v = profile.Value("monitor", key)) {
+            long long n = 0;
+            if (wholeNumber(*v, n) && n <= limit)
+                field = static_cast<int>(n);
+            else
+                bad(key, *v);
+        }
+    };
     if (auto v = profile.Value("monitor", "Frequencies")) {
         if (auto list = ParseFrequencyList(*v))
             plan.frequenciesMHz = *list;
@@ -138,13 +147,7 @@ std::vector<std::string> ReadMonitorSection(const IniFile& profile, std::time_t 
         else
             bad("Every", *v);
     }
-    if (auto v = profile.Value("monitor", "Count")) {
-        long long n = 0;
-        if (wholeNumber(*v, n) && n <= 10'000'000)
-            plan.count = static_cast<int>(n);
-        else
-            bad("Count", *v);
-    }
+    wholeUpTo("Count", 10'000'000, plan.count);
     if (auto v = profile.Value("monitor", "Until")) {
         if (auto t = ParseUntil(*v, now))
             plan.until = t;
@@ -153,20 +156,8 @@ std::vector<std::string> ReadMonitorSection(const IniFile& profile, std::time_t 
     }
     if (auto v = profile.Value("monitor", "Mode"); v && !v->empty())
         plan.mode = *v;
-    if (auto v = profile.Value("monitor", "Settle")) {
-        long long ms = 0;
-        if (wholeNumber(*v, ms) && ms <= 60'000)
-            plan.settleMs = static_cast<int>(ms);
-        else
-            bad("Settle", *v);
-    }
-    if (auto v = profile.Value("monitor", "Rig")) {
-        long long model = 0;
-        if (wholeNumber(*v, model) && model <= 1'000'000)
-            plan.rigModel = static_cast<int>(model);
-        else
-            bad("Rig", *v);
-    }
+    wholeUpTo("Settle", 60'000, plan.settleMs);
+    wholeUpTo("Rig", 1'000'000, plan.rigModel);
     if (auto v = profile.Value("monitor", "RigPort"))
         plan.rigPort = *v;
     return problems;
