@@ -1,46 +1,192 @@
-#include "MainWindowDesk.h"
+// The real main window over the real model with the outside world faked, the windows it opens
+// (their size, access keys and names), the monitor window and the file chooser.
+#include "qt/widgets/MainWindow.h"
+#include "app/MainModel.h"
+#include "platform/MemorySettingsStore.h"
+#include "qt/widgets/MonitorWindow.h"
+#include "qt/widgets/QtDialogs.h"
 #include "qt/widgets/ResultTable.h"
+#include "qt/widgets/SetupPanel.h"
+#include "qt/widgets/WorkingDialog.h"
+#include "testsupport/FakeDialogs.h"
+#include "testsupport/FakePorts.h"
+#include "testsupport/ScratchDir.h"
 
+#include <QAccessible>
 #include <QAction>
+#include <QApplication>
+#include <QChart>
+#include <QChartView>
+#include <QDir>
+#include <QFileDialog>
+#include <QGroupBox>
 #include <QLabel>
+#include <QLineEdit>
+#include <QLineSeries>
+#include <QMenu>
+#include <QMenuBar>
 #include <QPushButton>
+#include <QRegularExpression>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QThread>
+#include <QTimer>
 
 #include <gtest/gtest.h>
 
-#include <fstream>
+#include <map>
 
 using namespace zav;
-using zav::test::Desk;
-using zav::test::kExamples;
+using namespace zav::test;
 namespace fs = std::filesystem;
 
-TEST(MainWindow, LeavingABoxOrAShortcutValidatesFirstAndARefusalKeepsTheFocus) {
-    Desk d;
-    d.typeAndLeave(SetupField::Bandwidth, "0");
-    ASSERT_EQ(d.dialogs.messages.size(), 1u);
-    EXPECT_TRUE(d.field(SetupField::Bandwidth)->hasFocus());
-    d.typeAndLeave(SetupField::Bandwidth, "2700.6");
-    EXPECT_EQ(d.field(SetupField::Bandwidth)->text(), "2701");
-    EXPECT_EQ(d.model->setup.Bandwidth, "2701");
+namespace {
 
+const std::string kExamples = std::string(ZAV_SOURCE_DIR) + "/examples/";
+
+struct Desk {
+    fs::path dir = ScratchDir();
+    FakeDialogs dialogs;
+    MemorySettingsStore settings;
+    NoDevices devices;
+    FakeShell shell;
+    FakeHttp http;
+    FakeXml xml;
+    FakeSystemInfo systemInfo;
+    FakeUpdater updater;
+    DesktopPorts desktop{http, xml, shell, systemInfo, updater, devices, devices, devices};
+    std::unique_ptr<MainModel> model;
+    std::unique_ptr<MainWindow> window;
+
+    Desk() {
+        // A copy: closing the window saves the profile it has open.
+        fs::copy_file(kExamples + "example.zav", dir / "example.zav");
+        StartupState startup;
+        startup.currentDir = dir.string() + "/";
+        startup.profilePath = (dir / "example.zav").string();
+        startup.profileName = "example";
+        startup.tsvFileName = (dir / "log.tab").string();
+        MainEnvironment env;
+        env.tempDir = startup.currentDir, env.processId = "1A2B", env.osVersion = "6.1";
+        model = std::make_unique<MainModel>(
+            startup,
+            MainPorts{dialogs, settings, devices, devices, devices, devices, devices, shell}, env);
+        model->open();
+        model->state.InputDevice = kFileInputName; // recordings come from dialogs.files
+        model->options.Verbose = false;
+        window = std::make_unique<MainWindow>(*model, dialogs, settings, desktop, nullptr);
+        window->show();
+        QApplication::setActiveWindow(window.get());
+        QTest::qWait(20);
+    }
+    QLineEdit* field(SetupField f) {
+        return static_cast<QLineEdit*>(window->setupPanel()->fieldWidget(f));
+    }
+    // Types into a box and leaves it with Tab (or presses a shortcut), as the operator would.
+    void type(SetupField f, const QString& text, Qt::Key then = Qt::Key_Tab) {
+        field(f)->setFocus();
+        field(f)->selectAll();
+        QTest::keyClicks(field(f), text);
+        QTest::keyClick(field(f), then, then == Qt::Key_Tab ? Qt::NoModifier : Qt::ControlModifier);
+        QTest::qWait(20);
+    }
+    void runSteps(const std::vector<const char*>& waves) {
+        for (const char* wave : waves)
+            dialogs.files.push_back(kExamples + wave);
+        for (int step = 1; step <= int(waves.size()); ++step)
+            QTest::mouseClick(window->stepButton(step), Qt::LeftButton);
+    }
+};
+
+// Runs `open`, which shows a window (a modal one blocks in it), and hands the window that
+// appeared to `act`, which closes it. A modal window is closed only from its own event loop:
+// closed while it is still being shown, it would leave that loop waiting for ever.
+bool answerNextWindow(const std::function<void()>& open, std::function<void(QWidget*)> act) {
+    const QWidgetList before = QApplication::topLevelWidgets();
+    bool done = false;
+    auto look = [&] {
+        for (QWidget* w : QApplication::topLevelWidgets())
+            if (!done && w->isVisible() && !before.contains(w) && !qobject_cast<QMenu*>(w))
+                done = true, act(w);
+    };
+    const int outerLoops = QThread::currentThread()->loopLevel();
+    QTimer poll;
+    QObject::connect(&poll, &QTimer::timeout, [&] {
+        if (QThread::currentThread()->loopLevel() > outerLoops)
+            look();
+    });
+    poll.start(20);
+    open();
+    QTest::qWait(30);
+    look();
+    return done;
+}
+
+// The captions among `captions` that share an access key (the letter after a single "&").
+std::string clashes(const QStringList& captions) {
+    static const QRegularExpression single("(?<!&)&([^&])");
+    std::map<QChar, QStringList> keys;
+    for (const QString& caption : captions)
+        if (const auto m = single.match(caption); m.hasMatch())
+            keys[m.captured(1).at(0).toLower()] << caption;
+    std::string out;
+    for (const auto& [key, same] : keys)
+        if (same.size() > 1)
+            out += same.join(" / ").toStdString() + "; ";
+    return out;
+}
+
+// Laptop screens: 1366x768 at 100 % and 1920x1080 at 150 % leave about 1280x650 logical
+// pixels once the title bar and a panel are off.
+constexpr int kBudgetWidth = 1280, kBudgetHeight = 650, kMainWindowMinHeight = 620;
+
+// What is wrong with one window, as text: too large a minimum size, two captions (buttons,
+// group boxes, labels of boxes, menu titles) sharing an access key, a control without a name.
+std::string faults(QWidget* window, int heightBudget = kBudgetHeight) {
+    QStringList captions;
+    std::string out;
+    for (QWidget* w : window->findChildren<QWidget*>()) {
+        if (!w->isVisibleTo(window) || w->window() != window)
+            continue;
+        if (auto* button = qobject_cast<QAbstractButton*>(w))
+            captions << button->text();
+        else if (auto* box = qobject_cast<QGroupBox*>(w))
+            captions << box->title();
+        else if (auto* label = qobject_cast<QLabel*>(w); label && label->buddy())
+            captions << label->text();
+        QAccessibleInterface* a = QAccessible::queryAccessibleInterface(w);
+        if ((w->focusPolicy() & Qt::TabFocus) && !w->focusProxy() &&
+            (!a || a->text(QAccessible::Name).trimmed().isEmpty()))
+            out += w->objectName().toStdString() + " unnamed; ";
+    }
+    if (auto* main = qobject_cast<QMainWindow*>(window))
+        for (QAction* menu : main->menuBar()->actions())
+            captions << menu->text();
+    const QSize minimum = window->minimumSizeHint().expandedTo(window->minimumSize());
+    if (minimum.width() > kBudgetWidth || minimum.height() > heightBudget)
+        out += "minimum size " + std::to_string(minimum.height());
+    out = clashes(captions) + out;
+    return out.empty() ? out : window->windowTitle().toStdString() + ": " + out;
+}
+
+} // namespace
+
+TEST(MainWindow, LeavingABoxOrAShortcutValidatesFirstAndTabFollowsTheSetUp) {
+    Desk d;
+    d.type(SetupField::Bandwidth, "0");
+    EXPECT_EQ(d.dialogs.messages.size(), 1u);
+    EXPECT_TRUE(d.field(SetupField::Bandwidth)->hasFocus());
+    d.type(SetupField::Bandwidth, "2700.6");
+    EXPECT_EQ(d.field(SetupField::Bandwidth)->text().toStdString() + d.model->setup.Bandwidth,
+              "27012701");
     // A shortcut typed in a box with a refused value does not run its command.
-    QLineEdit* bandwidth = d.field(SetupField::Bandwidth);
-    bandwidth->setFocus();
-    bandwidth->selectAll();
-    QTest::keyClicks(bandwidth, "0");
-    const std::string saved = (d.dir / "site.zav").string();
-    d.dialogs.files.push_back(saved);
-    QTest::keyClick(bandwidth, Qt::Key_S, Qt::ControlModifier);
-    EXPECT_EQ(d.dialogs.messages.size(), 2u);
-    EXPECT_TRUE(d.dialogs.fileRequests.empty());
-    QTest::qWait(10);
-    EXPECT_TRUE(bandwidth->hasFocus());
-    bandwidth->selectAll();
-    QTest::keyClicks(bandwidth, "2400");
-    QTest::keyClick(bandwidth, Qt::Key_S, Qt::ControlModifier);
-    EXPECT_TRUE(fs::exists(saved));
+    d.dialogs.files.push_back((d.dir / "site.zav").string());
+    d.type(SetupField::Bandwidth, "0", Qt::Key_S);
+    EXPECT_EQ(d.dialogs.messages.size() + d.dialogs.fileRequests.size(), 2u);
+    EXPECT_TRUE(d.field(SetupField::Bandwidth)->hasFocus());
+    d.type(SetupField::Bandwidth, "2400", Qt::Key_S);
+    EXPECT_TRUE(fs::exists(d.dir / "site.zav"));
     EXPECT_EQ(d.model->setup.Bandwidth, "2400");
-    // Tab walks the set-up in the order of entry.
     QWidget* w = d.window->setupPanel()->fieldWidget(SetupField::Tester);
     for (int i = 1; i < kSetupFieldCount; ++i) {
         do
@@ -52,22 +198,16 @@ TEST(MainWindow, LeavingABoxOrAShortcutValidatesFirstAndARefusalKeepsTheFocus) {
 
 TEST(MainWindow, ThreeStepsFillTheGridsEnableTheOutputsAndSayWhatEachDid) {
     Desk d;
-    d.model->options.Verbose = false;
-    d.model->chooseRecording = nullptr; // the operator picks each file
-    d.dialogs.files = {kExamples + "soundcard.wav", kExamples + "receiver.wav",
-                       kExamples + "external.wav"};
     EXPECT_FALSE(d.window->stepButton(2)->isEnabled());
-    QTest::mouseClick(d.window->stepButton(1), Qt::LeftButton);
+    d.runSteps({"soundcard.wav"});
     EXPECT_TRUE(d.window->stepButton(2)->hasFocus());
-    QTest::mouseClick(d.window->stepButton(2), Qt::LeftButton);
-    QTest::mouseClick(d.window->stepButton(3), Qt::LeftButton);
-    ASSERT_EQ(d.dialogs.fileRequests.size(), 3u);
-
-    ResultTable* meas = d.window->measurementsGrid();
-    ResultTable* calc = d.window->resultsGrid();
-    for (int row = 1; row <= 6; ++row)
-        EXPECT_EQ(d.cell(meas, row, 3).toStdString(), d.model->steps.gridMeas.Text(row, 3));
-    EXPECT_EQ(d.cell(calc, 2, 1).toStdString(), d.model->steps.gridCalc.Text(9));
+    d.runSteps({"soundcard.wav", "receiver.wav", "external.wav"});
+    ResultTable *meas = d.window->measurementsGrid(), *calc = d.window->resultsGrid();
+    const auto& grid = d.model->steps.gridCalc;
+    for (int row = 0; row < 6; ++row)
+        EXPECT_EQ(meas->item(row, 2)->text().toStdString(),
+                  d.model->steps.gridMeas.Text(row + 1, 3));
+    EXPECT_EQ(calc->item(1, 0)->text().toStdString(), grid.Text(9));
     EXPECT_TRUE(d.window->recordTsvButton()->hasFocus());
     EXPECT_EQ(d.window->statusMessage().toStdString(), d.model->steps.verdict);
 
@@ -81,17 +221,13 @@ TEST(MainWindow, ThreeStepsFillTheGridsEnableTheOutputsAndSayWhatEachDid) {
     calc->setFocus();
     calc->setRangeSelected(QTableWidgetSelectionRange(1, 1, 2, 2), true);
     QTest::keyClick(calc, Qt::Key_C, Qt::ControlModifier);
-    const auto& grid = d.model->steps.gridCalc;
     EXPECT_EQ(d.devices.clipboard, "Detector\tFS (dBuV/m)\tNormalised FS (dBuV/m)\r\nRMS\t" +
                                        grid.Text(2, 2) + "\t" + grid.Text(2, 3) + "\r\nQP\t" +
                                        grid.Text(3, 2) + "\t" + grid.Text(3, 3) + "\r\n");
-}
 
-TEST(MainWindow, ALoudSoundCardIsOrangeAndSaidInWords) {
-    Desk d;
-    d.recordings.push_back(kExamples + "external.wav"); // far too loud for a sound card
-    QTest::mouseClick(d.window->stepButton(1), Qt::LeftButton);
-    const QTableWidgetItem* rms = d.window->measurementsGrid()->item(1, 0);
+    // A sound card far too loud: its reading is orange and said in words.
+    d.runSteps({"external.wav"});
+    const QTableWidgetItem* rms = meas->item(1, 0);
     EXPECT_EQ(rms->foreground().color(), QColor(255, 128, 0));
     EXPECT_FALSE(rms->toolTip().isEmpty());
     EXPECT_EQ(d.window->statusMessage(), rms->toolTip());
@@ -101,29 +237,141 @@ TEST(MainWindow, OptionsProfilesAndClosingGoThroughTheModel) {
     Desk d;
     d.window->action("&Measurement interval as samples")->trigger();
     EXPECT_EQ(d.field(SetupField::Interval)->text(), "8");
-
     const std::string saved = (d.dir / "site.zav").string();
     d.dialogs.files.push_back(saved);
     d.window->action("Save &profile")->trigger();
     EXPECT_TRUE(d.window->windowTitle().startsWith("ZAV - site - V"));
-    d.typeAndLeave(SetupField::Tester, "Changed");
+    d.type(SetupField::Tester, "Changed");
     d.dialogs.files.push_back((d.dir / "example.zav").string());
     d.window->action("&Open profile")->trigger();
     EXPECT_EQ(d.field(SetupField::Tester)->text(), "Demo");
     EXPECT_EQ(d.model->state.recent.Caption[1], saved); // saved before it was left
 
     // Closing saves the profile and the place, and removes the recordings.
-    d.recordings.push_back(kExamples + "soundcard.wav");
-    QTest::mouseClick(d.window->stepButton(1), Qt::LeftButton);
+    d.runSteps({"soundcard.wav"});
     const std::string recording = d.model->steps.TempWave + ".wav";
     ASSERT_TRUE(fs::exists(recording));
-    d.typeAndLeave(SetupField::Tester, "Closing time");
+    d.type(SetupField::Tester, "Closing time");
     d.window->resize(731, 577);
     d.window->action("E&xit")->trigger();
     EXPECT_FALSE(fs::exists(recording));
-    std::ifstream profile(d.dir / "example.zav");
-    const std::string text((std::istreambuf_iterator<char>(profile)), {});
-    EXPECT_NE(text.find("Tester=Closing time\r\n"), std::string::npos);
+    EXPECT_NE(ReadFile(d.dir / "example.zav").find("Tester=Closing time\r\n"), std::string::npos);
     MainWindow again(*d.model, d.dialogs, d.settings, d.desktop, nullptr);
     EXPECT_EQ(again.size(), QSize(731, 577));
+}
+
+// Steps 1 and 2 once, then two cycles on one frequency, in the run's own thread.
+TEST(MonitorWindow, ARunInItsOwnThreadFillsStatePlotAndTableWhileTheStepsWait) {
+    Desk d;
+    d.model->state.transfer.URL.clear(); // nothing posted from a test
+    for (const char* wave : {"soundcard.wav", "receiver.wav", "external.wav", "external.wav"})
+        d.dialogs.files.push_back(kExamples + wave);
+    for (QAction* a : d.window->findChildren<QAction*>()) // the menu ties the steps to the run
+        if (a->text() == "&Monitor...")
+            a->trigger();
+    auto* window = static_cast<MonitorWindow*>(
+        d.window->findChild<QWidget*>(MonitorWindow::kObjectName, Qt::FindDirectChildrenOnly));
+    ASSERT_TRUE(window);
+    window->show();
+    for (auto [box, text] : {std::pair{window->frequencies(), "7.1"},
+                             {window->every(), "1s"},
+                             {window->cycles(), "2"}})
+        box->setText(text);
+    window->start();
+    EXPECT_FALSE(d.window->stepButton(1)->isEnabled() || window->frequencies()->isEnabled());
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !window->viewModel().running; }, 30000));
+    EXPECT_TRUE(d.window->stepButton(1)->isEnabled());
+    EXPECT_EQ(window->viewModel().stateText, "Finished, cycle 2");
+    int prompts = 0; // the three prompts, asked from the run's thread and answered here
+    for (const auto& m : d.dialogs.messages)
+        prompts += m.buttons == MessageButtons::OkCancel;
+    EXPECT_EQ(prompts, 3);
+    ASSERT_EQ(window->table()->rowCount(), 1);
+    EXPECT_EQ(window->table()->item(0, 0)->text() + " " + window->table()->item(0, 2)->text(),
+              "7.100 MHz 2");
+    const auto series = window->chartView()->chart()->series(); // readings and 5 P.372 curves
+    ASSERT_EQ(series.size(), 1 + 5);
+    EXPECT_EQ(static_cast<QLineSeries*>(series[0])->count(), 2);
+    const std::string log = ReadFile(d.dir / "log.tab");
+    EXPECT_EQ(std::count(log.begin(), log.end(), '\n'), 1 + 2);
+
+    window->every()->setText("soon"); // a plan it cannot run is said, and nothing starts
+    window->start();
+    EXPECT_FALSE(window->viewModel().running);
+    EXPECT_NE(d.dialogs.messages.back().text.find("Every:"), std::string::npos);
+}
+
+// Every window reached from the main window fits a laptop's screen, has no two items on one
+// access key and names every control; the suite runs this again under QT_SCALE_FACTOR=1.5.
+TEST(WindowLayout, EveryWindowFitsHasUniqueAccessKeysAndNamedControls) {
+    Desk d;
+    d.runSteps({"soundcard.wav", "receiver.wav", "external.wav"});
+    ASSERT_TRUE(d.window->action("Transfer results")->isEnabled());
+    EXPECT_EQ(faults(d.window.get(), kMainWindowMinHeight), "");
+    for (QMenu* menu : d.window->findChildren<QMenu*>()) {
+        QStringList captions;
+        for (QAction* a : menu->actions())
+            if (a->isVisible() && !a->isSeparator())
+                captions << a->text();
+        EXPECT_EQ(clashes(captions), "") << menu->title().toStdString();
+    }
+
+    d.model->state.InputDevice = "no such input";
+    for (const char* command :
+         {"Transfer results", "CalibrateRx", "GPS setup...", "Check for updates", "About ZAV",
+          "Plot wave", "Input level...", "getPositionButton"}) {
+        std::string found = "no window";
+        auto* action = d.window->action(command);
+        EXPECT_TRUE(answerNextWindow(
+            [&] {
+                action ? action->trigger() : d.window->findChild<QPushButton*>(command)->click();
+            },
+            [&](QWidget* w) { found = faults(w), w->close(); }));
+        EXPECT_EQ(found, "") << command;
+    }
+    WorkingDialog working(d.window.get());
+    working.show();
+    EXPECT_EQ(faults(&working), "");
+}
+
+TEST(QtDialogs, FilterListsBecomeQtFilters) {
+    for (const auto& [list, filter] : std::vector<std::pair<std::string, std::string>>{
+             {"ZAV files (*.zav)|*.zav", "ZAV files (*.zav)"},
+             {"All Files (*.*)|*.*|Text (*.txt;*.tab)|*.txt;*.tab", "All Files (*.*);;Text "
+                                                                    "(*.txt *.tab)"},
+             {"Gnuplot|*.plt", "Gnuplot (*.plt)"},
+             {"", ""}})
+        EXPECT_EQ(QtFilterFromList(list).toStdString(), filter);
+}
+
+// The real chooser, answered by typing a bare name: the type's suffix is added, and the next
+// chooser for that kind of file opens where this one ended.
+TEST(QtDialogs, SaveChooserAddsTheSuffixAndRemembersTheFolderPerKind) {
+    QTemporaryDir start, elsewhere;
+    QtDialogs dialogs;
+    // Saves as `typed`, or cancels and gives the folder the chooser opened in.
+    auto save = [&dialogs](const FileDialogRequest& request, const QString& typed) {
+        std::optional<std::string> chosen;
+        QString shown;
+        answerNextWindow([&] { chosen = dialogs.SaveFileName(request); },
+                         [&](QWidget* w) {
+                             auto* chooser = static_cast<QFileDialog*>(w);
+                             shown = chooser->directory().absolutePath();
+                             // selectFile() leaves the name box alone once it has the focus.
+                             chooser->findChild<QLineEdit*>("fileNameEdit")->setText(typed);
+                             typed.isEmpty() ? chooser->reject()
+                                             : static_cast<QDialog*>(chooser)->accept();
+                         });
+        return chosen.value_or(shown.toStdString());
+    };
+    FileDialogRequest text;
+    text.initialDir = start.path().toStdString();
+    text.filter = "All Files (*.*)|*.*|Text files (*.txt;*.tab)|*.txt;*.tab";
+    text.filterIndex = 2;
+    EXPECT_EQ(save(text, elsewhere.filePath("report")),
+              elsewhere.filePath("report.txt").toStdString());
+    EXPECT_EQ(save(text, ""), QDir(elsewhere.path()).absolutePath().toStdString());
+    FileDialogRequest wave = text; // another kind still opens where it is told
+    wave.filter = "All Files (*.*)|*.*|Wave files (*.wav)|*.wav";
+    EXPECT_EQ(save(wave, ""), QDir(start.path()).absolutePath().toStdString());
 }
