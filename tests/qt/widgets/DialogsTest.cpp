@@ -1,6 +1,5 @@
 // The smaller windows over their real models: what they show, and what typing, clicking and
 // the mouse hand back. The models' own tests check the calculations.
-#include "config/GpsSettings.h"
 #include "gps/GpsSetupModel.h"
 #include "measure/CalRxModel.h"
 #include "measure/MeasurementSteps.h"
@@ -11,34 +10,16 @@
 #include "qt/widgets/PlotWindow.h"
 #include "qt/widgets/WorkingDialog.h"
 #include "qt/widgets/ZoomableChartView.h"
-#include "report/WavePlot.h"
 #include "testsupport/FakeDialogs.h"
 #include "testsupport/FakePorts.h"
 #include "testsupport/ScratchDir.h"
 #include "testsupport/TestWave.h"
 
-#include <QApplication>
-#include <QChart>
-#include <QComboBox>
-#include <QImage>
-#include <QLabel>
-#include <QLineEdit>
-#include <QLineSeries>
-#include <QMouseEvent>
-#include <QProgressBar>
-#include <QPushButton>
-#include <QRadioButton>
-#include <QScatterSeries>
-#include <QTabWidget>
-#include <QTest>
-#include <QValueAxis>
-#include <QWheelEvent>
+#include <QtCharts>
+#include <QtTest>
+#include <QtWidgets>
 
 #include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
-#include <tuple>
 
 using namespace zav;
 using namespace zav::test;
@@ -66,6 +47,7 @@ struct CalDesk {
     CalRxModel model;
     CalRxDialog dialog{model};
     QLineEdit* level = child<QLineEdit>(dialog, "CalLevel");
+    QPushButton* apply = child<QPushButton>(dialog, "Apply");
 
     explicit CalDesk(double yfact = 10.0)
         : model(setup, yfact, dialogs, [this] { ++recalculations; }) {
@@ -77,7 +59,6 @@ struct CalDesk {
         auto* b = child<QRadioButton>(dialog, option);
         QTest::mouseClick(b, Qt::LeftButton, {}, QPoint(6, b->height() / 2));
     }
-    bool applyEnabled() { return child<QPushButton>(dialog, "Apply")->isEnabled(); }
 };
 
 } // namespace
@@ -85,47 +66,39 @@ struct CalDesk {
 TEST(CalRxDialog, FiguresFollowTheLevelAndSourceAndApplyWritesTheNoiseFigure) {
     CalDesk d;
     EXPECT_EQ(text(d.dialog, "lblYFactor"), "10.00");
-    EXPECT_FALSE(d.applyEnabled());
+    EXPECT_FALSE(d.apply->isEnabled());
     d.pick("OptionEnr");
     EXPECT_TRUE(d.level->hasFocus()); // picking a source leaves the focus in the level
-    QTest::keyClicks(d.level, "1");
-    EXPECT_EQ(text(d.dialog, "lblReceiverNF"), "-8.54"); // 1 - 9.54
-    QTest::keyClicks(d.level, "5");
-    EXPECT_EQ(text(d.dialog, "lblSystemNF") + text(d.dialog, "lblNoiseFloor"), "5.46-134.20");
+    QTest::keyClicks(d.level, "15");
+    EXPECT_EQ(text(d.dialog, "lblSystemNF") + text(d.dialog, "lblReceiverNF"), "5.465.46");
     d.pick("OptionCarrier"); // the same 15 as dBm of carrier in 2700 Hz
     EXPECT_EQ(text(d.dialog, "lblSystemNF"), "145.12");
     d.pick("OptionEnr");
-    QTest::mouseClick(child<QPushButton>(d.dialog, "Apply"), Qt::LeftButton);
+    QTest::mouseClick(d.apply, Qt::LeftButton);
     EXPECT_EQ(d.setup.RxNF + " " + std::to_string(d.recalculations), "5.46 1");
     EXPECT_EQ(d.dialog.result(), QDialog::Accepted);
 
-    // The model's refusals disable Apply and say why, until a sensible level lifts them.
-    CalDesk cold;
-    cold.pick("OptionEnr");
-    QTest::keyClicks(cold.level, "-4000");
-    EXPECT_FALSE(cold.applyEnabled());
-    EXPECT_EQ(text(cold.dialog, "statusText"), "Result not physical, check attenuator and loss.");
-    cold.level->selectAll();
-    QTest::keyClicks(cold.level, "15");
-    EXPECT_TRUE(cold.applyEnabled());
-    EXPECT_EQ(text(cold.dialog, "statusText"), "");
-    CalDesk flat(1.0);
-    EXPECT_EQ(text(flat.dialog, "statusText"), "Source too weak: no rise over the receiver noise.");
-
-    // Leaving a bad level keeps the focus there; Cancel changes nothing.
+    // Leaving a bad level keeps the focus there; the model's refusals disable Apply and say
+    // why; Cancel changes nothing.
     CalDesk bad;
+    bad.pick("OptionEnr");
     QTest::keyClicks(bad.level, "abc");
     QTest::keyClick(bad.level, Qt::Key_Tab);
     QTest::qWait(20);
     EXPECT_EQ(bad.dialogs.messages.size(), 1u);
     EXPECT_TRUE(bad.level->hasFocus());
+    bad.level->selectAll();
+    QTest::keyClicks(bad.level, "-4000");
+    EXPECT_FALSE(bad.apply->isEnabled());
+    EXPECT_EQ(text(bad.dialog, "statusText"), "Result not physical, check attenuator and loss.");
     QTest::mouseClick(child<QPushButton>(bad.dialog, "Cancel"), Qt::LeftButton);
-    EXPECT_EQ(bad.dialog.result(), QDialog::Rejected);
     EXPECT_EQ(bad.setup.RxNF + std::to_string(bad.recalculations), "9.990");
+    CalDesk flat(1.0);
+    EXPECT_EQ(text(flat.dialog, "statusText"), "Source too weak: no rise over the receiver noise.");
 }
 
-// The panel beside the real calculation, given mean squares for a chosen Fa: with a noiseless
-// receiver Y is Text / T0, so Fa = 10·log10(Y).
+// Beside the real calculation, given mean squares for a chosen Fa: with a noiseless receiver
+// Y is Text / T0, so Fa = 10·log10(Y).
 TEST(P372Panel, ShowsTheObservationAgainstTheCurvesAndEmptiesWithTheResults) {
     SetupRecord setup;
     setup.Frequency = "3.600", setup.Bandwidth = "2700", setup.RxNF = "0.00";
@@ -136,51 +109,37 @@ TEST(P372Panel, ShowsTheObservationAgainstTheCurvesAndEmptiesWithTheResults) {
     NoDevices devices;
     MeasurementSteps steps{setup, options, commands, {dialogs, devices, devices}};
     P372Panel panel;
-    QScatterSeries* point = nullptr;
+    std::map<QString, QXYSeries*> series;
     for (QAbstractSeries* s : panel.chart()->series())
-        point = point ? point : qobject_cast<QScatterSeries*>(s);
-    auto pen = [&panel](const char* curve) {
-        for (QAbstractSeries* s : panel.chart()->series())
-            if (auto* line = qobject_cast<QLineSeries*>(s); line && line->name() == curve)
-                return line->pen().widthF();
-        return 0.0;
-    };
-    auto shown = [&panel] {
+        if (auto* xy = qobject_cast<QXYSeries*>(s))
+            series[s->name()] = xy;
+    QXYSeries* point = series.at("This site");
+    auto shown = [&] {
         std::string all;
         for (const char* name : {"lblFa", "lblFam", "lblDelta", "lblPlacement", "lblGalactic"})
             all += text(panel, name) + "|";
-        return all;
+        return all + std::to_string(point->count());
     };
-    panel.refresh(steps, setup);
-    ASSERT_NE(point, nullptr);
-    EXPECT_EQ(shown() + std::to_string(point->count()), "|||||0");
     // Residential at 3.6 MHz has its median at 57.09 dB; this site is 8 dB quieter.
     steps.S1.Ms = 1e-8, steps.S2.Ms = 2e-8, steps.S3.Ms = 1e-8 + 1e-8 * std::pow(10.0, 4.909);
     steps.S3.Rms = std::sqrt(steps.S3.Ms);
     steps.recalculate();
     panel.refresh(steps, setup);
-    EXPECT_EQ(shown() + text(panel, "lblNote"),
-              "49.1|57.1|-8.0|below the lower decile (51.8 to 67.7 dB)|39.2|");
-    ASSERT_EQ(point->count(), 1);
+    EXPECT_EQ(shown(), "49.1|57.1|-8.0|below the lower decile (51.8 to 67.7 dB)|39.2|1");
     EXPECT_NEAR(point->at(0).x() * 100 + point->at(0).y(), 360 + 49.09, 1e-9);
-    EXPECT_GT(pen("Residential"), pen("Business"));
+    EXPECT_GT(series["Residential"]->pen().widthF(), series["Business"]->pen().widthF());
     steps.resetFromStep3(); // a reset empties the panel as it empties the results grid
     panel.refresh(steps, setup);
-    EXPECT_EQ(shown() + std::to_string(point->count()), "|||||0");
-    EXPECT_EQ(pen("Residential"), pen("Business"));
+    EXPECT_EQ(shown(), "|||||0");
+    EXPECT_EQ(series["Residential"]->pen().widthF(), series["Business"]->pen().widthF());
 }
 
 TEST(GpsSetupDialog, ShowsTheSettingsWithTheDevicesFoundAndOkStoresWhatWasTypedOrPicked) {
     GpsSettings settings;
     settings.Port = 3, settings.Parity = "E", settings.Speed = 300; // shown, not replaced
     FakeDialogs dialogs;
-    const auto stored = [&s = settings] {
-        return std::make_tuple(s.Port, s.Speed, s.Parity, s.Dbits, s.Sbits, s.Acc, s.Device);
-    };
-    const auto untouched = stored();
     for (const bool ok : {false, true}) {
-        GpsSetupModel model(settings, dialogs,
-                            {{"/dev/ttyUSB0", ""}, {"/dev/ttyACM0", "u-blox GNSS receiver"}});
+        GpsSetupModel model(settings, dialogs, {{"/dev/ttyACM0", "u-blox GNSS receiver"}});
         GpsSetupDialog dialog(model);
         dialog.show();
         QApplication::setActiveWindow(&dialog);
@@ -188,14 +147,10 @@ TEST(GpsSetupDialog, ShowsTheSettingsWithTheDevicesFoundAndOkStoresWhatWasTypedO
         auto* speed = child<QComboBox>(dialog, "speed");
         auto* acc = child<QLineEdit>(dialog, "acc");
         EXPECT_EQ(port->currentText() + speed->currentText() +
-                      child<QComboBox>(dialog, "parity")->currentText() + " " + acc->text(),
-                  "3300E 10");
-        ASSERT_EQ(port->count(), 101);
-        EXPECT_EQ(port->itemText(1) + port->itemText(100),
-                  QString::fromUtf8("/dev/ttyACM0 \u2014 u-blox GNSS receiver99"));
-        port->setFocus();
-        port->lineEdit()->selectAll();
-        QTest::keyClicks(port->lineEdit(), "/tmp/gps-out");
+                      child<QComboBox>(dialog, "parity")->currentText() + acc->text() +
+                      port->itemText(0),
+                  QString::fromUtf8("3300E10/dev/ttyACM0 \u2014 u-blox GNSS receiver"));
+        port->lineEdit()->setText("/tmp/gps-out");
         speed->setFocus(); // picked as the keyboard does: typing the entry's start
         QTest::qWait(QApplication::keyboardInputInterval() + 50);
         QTest::keyClicks(speed, "115200");
@@ -209,38 +164,23 @@ TEST(GpsSetupDialog, ShowsTheSettingsWithTheDevicesFoundAndOkStoresWhatWasTypedO
             QTest::mouseClick(child<QPushButton>(dialog, "OKButton"), Qt::LeftButton);
         else
             QTest::keyClick(&dialog, Qt::Key_Escape);
-        EXPECT_EQ(dialog.result(), ok ? QDialog::Accepted : QDialog::Rejected);
-        EXPECT_TRUE(ok || stored() == untouched);
+        EXPECT_EQ(settings.Device + std::to_string(settings.Speed) + std::to_string(settings.Acc),
+                  ok ? "/tmp/gps-out11520013" : "30010");
     }
-    EXPECT_EQ(stored(),
-              std::make_tuple(3, 115200, std::string("E"), 8, 1, 13, std::string("/tmp/gps-out")));
     EXPECT_TRUE(dialogs.messages.empty());
 }
 
-TEST(WorkingDialog, ShowsProgressAndLevelModallyInTheLocalesNumbersAndCancelEndsTheRecording) {
-    WorkingDialog comma(nullptr, ',');
-    comma.Begin(92610);
-    EXPECT_EQ(QApplication::activeModalWidget(), &comma);
-    EXPECT_EQ(comma.levelLabel()->text(), "-inf dBFS");
-    comma.Update(46305, -12.34);
-    EXPECT_EQ(comma.progressBar()->value(), comma.progressBar()->maximum() / 2);
-    EXPECT_EQ(comma.countLabel()->text() + " " + comma.levelLabel()->text(),
-              "46305 of 92610 samples -12,3 dBFS");
-    EXPECT_EQ(comma.levelMeter()->value(), -12);
-    comma.Update(92610, -80);
-    EXPECT_EQ(comma.levelMeter()->value(), comma.levelMeter()->minimum()); // below the floor
-    comma.End();
-    EXPECT_FALSE(comma.isVisible());
-
+TEST(WorkingDialog, ShowsProgressModallyInTheLocalesNumbersAndCancelEndsTheRecording) {
     // A device that hands over a block whenever the event loop has run, as the real one does;
     // the operator clicks Cancel at the third.
     struct SlowCapture : AudioCapture {
-        WorkingDialog dialog;
+        WorkingDialog dialog{nullptr, ','};
         int blocks = 0;
         CaptureOutcome Capture(const CaptureRequest& request, CaptureSink& sink) override {
             std::vector<std::int16_t> block(1000, 100);
             for (std::int64_t done = 0; done < request.samples; done += 1000) {
                 QApplication::processEvents();
+                EXPECT_EQ(QApplication::activeModalWidget(), &dialog);
                 if (++blocks == 3)
                     QTest::mouseClick(dialog.cancelButton(), Qt::LeftButton);
                 if (!sink.Continue() || !sink.Samples(block.data(), block.size()))
@@ -261,7 +201,10 @@ TEST(WorkingDialog, ShowsProgressAndLevelModallyInTheLocalesNumbersAndCancelEnds
     EXPECT_EQ(capture.dialog.countLabel()->text(), "2000 of 16800 samples");
     // The next recording starts afresh; Esc (as the window's close button) cancels too, but
     // the window stays until the recording has stopped.
-    capture.dialog.Begin(10);
+    capture.dialog.Begin(92610);
+    capture.dialog.Update(46305, -12.34);
+    EXPECT_EQ(capture.dialog.progressBar()->value(), capture.dialog.progressBar()->maximum() / 2);
+    EXPECT_EQ(capture.dialog.levelLabel()->text(), "-12,3 dBFS");
     EXPECT_FALSE(capture.dialog.CancelRequested());
     QTest::keyClick(&capture.dialog, Qt::Key_Escape);
     EXPECT_TRUE(capture.dialog.CancelRequested() && capture.dialog.isVisible());
@@ -269,9 +212,9 @@ TEST(WorkingDialog, ShowsProgressAndLevelModallyInTheLocalesNumbersAndCancelEnds
 }
 
 // 256 k samples of a 1 kHz tone at 44.1 kHz with one full-scale spike, loaded as the Utility
-// menu loads the last recording: the series follow the view, whose decimation is the
-// report's test.
-TEST(PlotWindow, SeriesFollowTheZoomTheMouseZoomsAndPansAndImagesSave) {
+// menu loads the last recording: the series follow the view (the decimation is the report's
+// test).
+TEST(PlotWindow, SeriesFollowTheZoomTheWheelZoomsAndImagesSave) {
     TempDir dir;
     auto samples = Sine(8000, 1000, 44100, 262144);
     samples[150001] = 32767;
@@ -283,63 +226,40 @@ TEST(PlotWindow, SeriesFollowTheZoomTheMouseZoomsAndPansAndImagesSave) {
     window.resize(1000, 650);
     window.show();
     ASSERT_TRUE(QTest::qWaitForWindowExposed(&window));
-    QApplication::processEvents();
     ZoomableChartView* view = window.waveView();
     auto* x = qobject_cast<QValueAxis*>(view->chart()->axes(Qt::Horizontal).first());
     EXPECT_DOUBLE_EQ(x->max(), 262144 / 44100.0);
     // Two points at most per pixel column of the plot, and the spike among them.
     const auto columns = static_cast<qsizetype>(std::ceil(view->chart()->plotArea().width()));
     const QList<QPointF> points = window.waveSeries()->points();
-    EXPECT_GT(columns, 500);
-    EXPECT_TRUE(points.size() <= 2 * columns && points.size() >= columns) << points.size();
-    const auto top = std::max_element(points.begin(), points.end(),
-                                      [](QPointF a, QPointF b) { return a.y() < b.y(); });
-    EXPECT_EQ(*top, QPointF(150001 / 44100.0, 32767 / 32768.0));
+    EXPECT_TRUE(points.size() <= 2 * columns && points.size() >= columns && columns > 500);
+    EXPECT_TRUE(points.contains(QPointF(150001 / 44100.0, 32767 / 32768.0)));
     // Zoomed in to 50 samples the series holds exactly those (and one either side).
     x->setRange(1000 / 44100.0, 1049 / 44100.0);
     const QList<QPointF> close = window.waveSeries()->points();
     ASSERT_TRUE(close.size() >= 50 && close.size() <= 54) << close.size();
     for (const QPointF& p : close)
         ASSERT_EQ(p.y(), samples[std::lround(p.x() * 44100)] / 32768.0) << p.x();
+    // The wheel zooms about the pointer, Home shows everything again.
     view->home();
-    EXPECT_EQ(window.waveSeries()->points().size(), points.size());
-
-    // The wheel zooms about the pointer, a right-drag to the left moves later samples into
-    // view, Home shows everything again.
-    const double fullSpan = x->max() - x->min();
     const QPointF centre = view->chart()->plotArea().center();
     QWheelEvent wheel(centre, view->mapToGlobal(centre), QPoint(), QPoint(0, 240), Qt::NoButton,
                       Qt::NoModifier, Qt::NoScrollPhase, false);
     QApplication::sendEvent(view->viewport(), &wheel);
-    EXPECT_NEAR(x->max() - x->min(), fullSpan * 0.64, 1e-9);
-    const double zoomedMin = x->min();
-    EXPECT_GT(zoomedMin, 0.0);
-    for (const auto& [type, at, button] :
-         {std::tuple{QEvent::MouseButtonPress, centre, Qt::RightButton},
-          {QEvent::MouseMove, centre - QPointF(100, 0), Qt::NoButton},
-          {QEvent::MouseButtonRelease, centre - QPointF(100, 0), Qt::RightButton}}) {
-        QMouseEvent e(type, at, view->mapToGlobal(at), button,
-                      type == QEvent::MouseButtonRelease ? Qt::NoButton : Qt::RightButton,
-                      Qt::NoModifier);
-        QApplication::sendEvent(view->viewport(), &e);
-    }
-    EXPECT_GT(x->min(), zoomedMin);
-    EXPECT_NEAR(x->max() - x->min(), fullSpan * 0.64, 1e-9);
+    EXPECT_NEAR(x->max() - x->min(), 262144 / 44100.0 * 0.64, 1e-9);
+    EXPECT_GT(x->min(), 0.0);
     QTest::keyClick(view, Qt::Key_Home);
-    EXPECT_NEAR(x->max() - x->min(), fullSpan, 1e-12);
+    EXPECT_EQ(window.waveSeries()->points(), points);
 
     // PNG without an ending, SVG of the spectrum tab, a cancel, and an unwritable place said.
     dialogs.files = {(dir.path / "wave").string(), (dir.path / "spectrum.SVG").string(),
                      std::nullopt, (dir.path / "none" / "x.png").string()};
-    window.saveImage();
+    for (int tab : {0, 1, 1, 1})
+        window.tabs()->setCurrentIndex(tab), window.saveImage();
     EXPECT_EQ(dialogs.fileRequests.at(0).fileName, "2024");
     const QImage png(QString::fromStdString((dir.path / "wave.png").string()));
     EXPECT_EQ(png.size(), view->size() * window.devicePixelRatio());
-    window.tabs()->setCurrentIndex(1);
-    window.saveImage();
     EXPECT_NE(ReadFile(dir.path / "spectrum.SVG").find("Magnitude (dBFS)"), std::string::npos);
-    window.saveImage();
-    window.saveImage();
     ASSERT_EQ(dialogs.messages.size(), 1u);
     EXPECT_EQ(dialogs.messages[0].text.rfind("Error: saving image: ", 0), 0u);
 }

@@ -1,0 +1,297 @@
+// The dialogs that meet the outside world, each against a real peer: the position dialog on a
+// socat pseudo-terminal pair (the test writes NMEA into one end as a receiver would), the busy
+// window over a local HTTP server, the input meter on a private PulseAudio server; and the
+// transfer and update dialogs over their models. The models' tests check what they compute.
+#include "../PulseServer.h"
+#include "../TestHttpServer.h"
+#include "report/ReportFixture.h"
+
+#include "app/GetPosition.h"
+#include "config/GpsSettings.h"
+#include "gps/GetPositionModel.h"
+#include "gps/NmeaTestSupport.h"
+#include "platform/Beeper.h"
+#include "qt/services/AudioDevices.h"
+#include "qt/services/QtAudioCapture.h"
+#include "qt/services/QtHttpClient.h"
+#include "qt/services/QtSerialPort.h"
+#include "qt/widgets/BusyIndicator.h"
+#include "qt/widgets/GetPositionDialog.h"
+#include "qt/widgets/InputLevelDialog.h"
+#include "qt/widgets/TransferDialog.h"
+#include "qt/widgets/UpdateDialog.h"
+#include "report/TransferModel.h"
+#include "support/UpdateModel.h"
+#include "testsupport/FakeDialogs.h"
+#include "testsupport/FakePorts.h"
+#include "testsupport/PtyPair.h"
+#include "testsupport/QtWait.h"
+#include "testsupport/TestWave.h"
+
+#include <QtTest>
+#include <QtWidgets>
+
+#include <gtest/gtest.h>
+
+using namespace zav;
+using namespace zav::test;
+
+namespace {
+
+template <typename T = QPushButton> T* child(const QWidget& parent, const char* name) {
+    T* found = parent.findChild<T*>(QString::fromLatin1(name));
+    EXPECT_NE(found, nullptr) << name;
+    return found;
+}
+QString text(const QWidget& dialog, const char* name) {
+    if (auto* box = dialog.findChild<QLineEdit*>(QString::fromLatin1(name)))
+        return box->text();
+    return child<QLabel>(dialog, name)->text();
+}
+// Waits until `dialog` shows `name` as `expected`.
+bool shows(const QWidget& dialog, const char* name, const QString& expected) {
+    return QTest::qWaitFor([&] { return text(dialog, name) == expected; }, 5000);
+}
+
+// A fix as "ddmm.mmmm,H,dddmm.mmmm,H" with the given HDOP, quality 1.
+std::string fix(const std::string& position, const std::string& hdop) {
+    return Sentence("GPGGA,095257.809," + position + ",1,08," + hdop + ",4.0,M,42.2,M,,") + "\r\n";
+}
+
+struct CountingBeeper : Beeper {
+    int beeps = 0;
+    void Beep(int, int) override { ++beeps; }
+};
+
+class GetPositionDialogTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        if (!pty.ready())
+            GTEST_SKIP() << "socat could not make a pseudo-terminal pair";
+        settings.Device = pty.out(); // Acc 10 m
+    }
+    bool released() { // nothing holds the pseudo-terminal any more
+        QtSerialPort probe;
+        probe.SetDevice(pty.out());
+        return probe.SetPortOpen(true) == 0;
+    }
+    PtyPair pty;
+    GpsSettings settings;
+    CountingBeeper beeper;
+};
+
+} // namespace
+
+TEST_F(GetPositionDialogTest, ShowsWhatArrivesInItsControlsAndReleasesThePortOnEveryExit) {
+    QtSerialPort port;
+    GetPositionDialog dialog(settings, port, beeper, true);
+    dialog.show();
+    EXPECT_TRUE(port.PortOpen());
+    dialog.findChild<QTimer*>("clockTimer")->stop(); // held still: what shows is what arrived
+    const QColor normal = dialog.palette().color(QPalette::Text);
+    auto* hdop = child<QLineEdit>(dialog, "HDOP");
+    // Split mid-sentence, as a port delivers it. S 33° 51.1234' is -33.852057.
+    const std::string first = fix("3351.1234,S,15112.5000,E", "3.0");
+    pty.write(first.substr(0, 20));
+    pty.write(first.substr(20));
+    ASSERT_TRUE(shows(dialog, "ct", "1"));
+    QString shown = text(dialog, "record") + "\r\n";
+    for (const char* name : {"HDOP", "fixText", "latl", "lon", "acc"})
+        shown += text(dialog, name) + " ";
+    EXPECT_EQ(shown.toStdString(), first + "3.0 Fix obtained -33.852057 151.208333 12.00 ");
+    EXPECT_EQ(hdop->palette().color(QPalette::Text), QColor(255, 128, 0));
+    pty.write(fix("3351.1240,S,15112.5060,E", "2.5"));
+    ASSERT_TRUE(shows(dialog, "ct", "2"));
+    EXPECT_EQ(hdop->palette().color(QPalette::Text), normal);
+    EXPECT_EQ(text(dialog, "lat").toStdString(), dialog.model().lat);
+    QTest::keyClick(&dialog, Qt::Key_Escape);
+    EXPECT_EQ(dialog.result(), QDialog::Rejected);
+    EXPECT_FALSE(port.PortOpen());
+    EXPECT_TRUE(released());
+
+    // The line going away mid-capture shows by itself; the window's close is Cancel.
+    QtSerialPort lost;
+    GetPositionDialog gone(settings, lost, beeper, false);
+    gone.show();
+    pty.write(fix("3908.8199,N,00023.0832,W", "2.1"));
+    ASSERT_TRUE(shows(gone, "ct", "1"));
+    pty.stop();
+    EXPECT_TRUE(shows(gone, "record", "Error: Operation valid only when the port is open"));
+    EXPECT_FALSE(lost.PortOpen());
+    gone.close();
+    EXPECT_EQ(gone.model().result(), GetPositionModel::Result::Cancel);
+}
+
+// From the main window's button: the old position goes first, the dialog closes by itself with
+// a beep once accurate enough, or Cancel leaves the position empty; the focus goes on to the
+// furthest step available.
+TEST_F(GetPositionDialogTest, TheButtonCapturesModallyOrCancelsAndMovesTheFocusOn) {
+    for (const bool cancel : {false, true}) {
+        SetupRecord setup;
+        setup.lat = "1.000000";
+        CommandStates commands;
+        commands.Step2 = true, commands.Step3 = !cancel;
+        QTimer guard; // a dialog that never closes fails the test instead of hanging it
+        QObject::connect(&guard, &QTimer::timeout, [] {
+            ADD_FAILURE() << "the capture dialog did not close";
+            static_cast<QDialog*>(QApplication::activeModalWidget())->reject();
+        });
+        guard.start(15000);
+        bool seenOpen = false;
+        QTimer::singleShot(0, [&] {
+            QWidget* open = nullptr;
+            ASSERT_TRUE(QTest::qWaitFor(
+                [&] { return (open = QApplication::activeModalWidget()) != nullptr; }));
+            seenOpen = setup.lat.empty();
+            pty.write(fix("4807.0380,N,01131.0000,E", "1.0"));
+            EXPECT_TRUE(shows(*open, "ct", "1"));
+            if (cancel)
+                QTest::mouseClick(child(*open, "CancelButton"), Qt::LeftButton);
+            else
+                pty.write(fix("4807.0400,N,01131.0060,E", "1.0"));
+        });
+        const FocusTarget focus = capturePosition(setup, commands, [&](SetupRecord& s) {
+            GetPositionDialog::Capture(s, settings, beeper, true, '.');
+        });
+        ASSERT_TRUE(seenOpen) << cancel;
+        EXPECT_TRUE(released());
+        // Two fixes at HDOP 1.0: 4.00 m is within 10 m, so the timer pressed OK.
+        EXPECT_EQ(setup.lat + " " + setup.lon, cancel ? " " : "48.117317 011.516717");
+        EXPECT_EQ(focus, cancel ? FocusTarget::Step2 : FocusTarget::Step3);
+    }
+    EXPECT_EQ(beeper.beeps, 1);
+    SetupRecord setup;
+    EXPECT_EQ(capturePosition(setup, CommandStates{}, {}), FocusTarget::Step1);
+}
+
+TEST(NetworkDialogs, TransferAndUpdateCarryTypingAndClicksToTheirModels) {
+    ReportFixture fixture;
+    TransferSettings settings;
+    settings.username = "alice", settings.URL = "collect.example.org/p";
+    settings.AtfEmail = "obs@example.org";
+    TransferHistory history;
+    FakeHttp http;
+    FakeXml xml;
+    FakeMailer mailer;
+    FakeClipboard clipboard;
+    FakeDialogs dialogs;
+    http.reply = {200, "<r/>"};
+    xml.elements = {{"cc", "0"}, {"receipt", "R-9"}};
+    TransferModel model{
+        fixture.source(), settings, history, {http, xml, mailer, clipboard, dialogs}};
+    TransferDialog dialog(model);
+    dialog.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&dialog));
+    auto* url = child<QLineEdit>(dialog, "URL");
+    auto* ok = child(dialog, "OKButton");
+    auto* message = child<QPlainTextEdit>(dialog, "Message");
+    EXPECT_EQ(url->text(), "collect.example.org/p");
+    // Emptying the address and leaving the box hides OK; the e-mail option shows it again.
+    url->setFocus();
+    url->selectAll();
+    QTest::keyClick(url, Qt::Key_Delete);
+    child<QLineEdit>(dialog, "Email")->setFocus();
+    QApplication::processEvents();
+    EXPECT_FALSE(ok->isVisible());
+    child<QRadioButton>(dialog, "sendByEmail")->click();
+    EXPECT_TRUE(ok->isVisible());
+    child<QRadioButton>(dialog, "sendOnline")->click();
+    url->setFocus();
+    QTest::keyClicks(url, "server.example/p"); // a click straight from the box finds it there
+    // A second click while the server is awaited (a double-click) finds OK disabled.
+    http.whileWaiting = [ok] { QTest::mouseClick(ok, Qt::LeftButton); };
+    QTest::mouseClick(ok, Qt::LeftButton);
+    ASSERT_EQ(http.requests.size(), 1u);
+    EXPECT_EQ(http.requests[0].url, "http://server.example/p");
+    EXPECT_EQ(message->toPlainText() + " " + ok->text(), "Receipt: R-9 Done");
+    EXPECT_TRUE(ok->hasFocus() && !child(dialog, "CancelButton")->isVisible());
+    QTest::mouseDClick(message->viewport(), Qt::LeftButton);
+    EXPECT_EQ(clipboard.texts, std::vector<std::string>{"Receipt: R-9"});
+    QTest::keyClicks(child<QLineEdit>(dialog, "username"), "2");
+    dialog.reject(); // the fields are written back however it closes
+    EXPECT_EQ(settings.URL + " " + settings.username, "server.example/p alice2");
+
+    FakeUpdater updater;
+    FakeShell shell;
+    http.reply = {200, "<u/>"};
+    xml.elements = {{"url", "http://www.zav-noise.org/zav/"}, {"version", "99.0.0"}};
+    updater.version = "1.0.0";
+    UpdateModel update("http://site.example/", "/opt/zav", {http, xml, updater, shell, dialogs});
+    UpdateDialog updateDialog(update);
+    updateDialog.show();
+    EXPECT_EQ(text(updateDialog, "Message").toStdString(), update.Message);
+    EXPECT_TRUE(child(updateDialog, "updaterButton")->isEnabled());
+    QTest::mouseClick(child(updateDialog, "supportButton"), Qt::LeftButton);
+    EXPECT_EQ(shell.opened, std::vector<std::string>{"http://site.example/support.htm#download"});
+    EXPECT_FALSE(updateDialog.isVisible());
+}
+
+TEST(BusyIndicator, ModalWindowWhileWaitingWhoseCancelEndsTheRequest) {
+    TestHttpServer server;
+    server.neverAnswer();
+    QWidget window;
+    window.show();
+    QtHttpClient http(std::chrono::seconds(60));
+    ShowBusyWhileWaiting(http, &window, "Waiting for the server");
+    QString shown;
+    QTimer::singleShot(700, [&] {
+        auto* busy = window.findChild<QProgressDialog*>();
+        ASSERT_NE(busy, nullptr);
+        if (busy->isVisible() && QApplication::activeModalWidget() == busy)
+            shown = busy->labelText();
+        QTest::mouseClick(busy->findChild<QPushButton*>(), Qt::LeftButton);
+    });
+    EXPECT_EQ(http.Get(server.url("/Update.xml")).status, 0);
+    EXPECT_EQ(shown, "Waiting for the server");
+    QApplication::processEvents();
+    EXPECT_EQ(window.findChild<QProgressDialog*>(), nullptr);
+}
+
+// Reads the remapped source "zavmic" while the server plays a sine into its null sink.
+TEST(InputLevelDialog, ShowsTheLiveLevelOfAPulseAudioSourceAndAdvisesOnTheGain) {
+    PulseServer server;
+    ASSERT_TRUE(server.ok()) << server.why();
+    ASSERT_TRUE(WaitFor([] { return FindAudioInput("zavmic").has_value(); }));
+    QtAudioCapture capture;
+    // Runs the meter until `done` holds (or 15 s pass), then closes it.
+    auto meterUntil = [](InputLevelDialog& dialog, const std::function<bool()>& done) {
+        bool met = false;
+        QElapsedTimer clock;
+        clock.start();
+        QTimer poll;
+        QObject::connect(&poll, &QTimer::timeout, [&] {
+            if ((met = done()) || clock.elapsed() > 15000)
+                dialog.reject();
+        });
+        poll.start(50);
+        dialog.exec();
+        return met;
+    };
+    auto db = [](const QLabel* label) { return label->text().section(' ', 1, 1).toDouble(); };
+    for (const auto& [amplitude, advice] :
+         {std::pair{0.25, "Level good for measuring"},
+          {0.7, "Little headroom: turn the receiver's audio gain down a little"},
+          {1.0, "Clipping: turn the receiver's audio gain or the recording level down"}}) {
+        ASSERT_TRUE(server.Play(Sine(amplitude * 32767, 1000, 44100, 44100 * 30)));
+        InputLevelDialog dialog(capture, "zavmic");
+        const double rms = 20 * std::log10(amplitude / std::sqrt(2.0)); // -15.1 dBFS at 0.25
+        EXPECT_TRUE(meterUntil(dialog,
+                               [&] {
+                                   return dialog.readings() > 5 &&
+                                          std::abs(db(dialog.rmsLabel()) - rms) < 0.6 &&
+                                          dialog.adviceLabel()->text() == advice;
+                               }))
+            << dialog.rmsLabel()->text().toStdString()
+            << dialog.adviceLabel()->text().toStdString();
+        // The peak, and from it up to the steps' clipping limit, 0.7·√2 of full scale.
+        EXPECT_NEAR(db(dialog.peakLabel()), 20 * std::log10(amplitude), 0.6);
+        const double headroom = 20 * std::log10(0.7 * std::sqrt(2.0) / amplitude);
+        EXPECT_TRUE(amplitude == 1 || std::abs(db(dialog.headroomLabel()) - headroom) < 0.6);
+        EXPECT_NEAR(dialog.meter()->value(), rms, 1.0);
+    }
+    server.StopPlaying();
+    InputLevelDialog missing(capture, "no such input"); // said in the window, no hang
+    EXPECT_TRUE(meterUntil(missing, [&] {
+        return missing.adviceLabel()->text().startsWith("The input cannot be read: ");
+    }));
+}
