@@ -1,7 +1,6 @@
-// The dialogs that meet the outside world, each against a real peer: the position dialog on a
-// socat pseudo-terminal pair (the test writes NMEA into one end as a receiver would), the busy
-// window over a local HTTP server, the input meter on a private PulseAudio server; and the
-// transfer and update dialogs over their models. The models' tests check what they compute.
+// The dialogs that meet the outside world: the position dialog on a socat pseudo-terminal pair
+// (the test writes NMEA into one end as a receiver would), the busy window over a local HTTP
+// server, the input meter on a private PulseAudio server, and the transfer dialog.
 #include "../PulseServer.h"
 #include "../TestHttpServer.h"
 #include "report/ReportFixture.h"
@@ -19,9 +18,7 @@
 #include "qt/widgets/GetPositionDialog.h"
 #include "qt/widgets/InputLevelDialog.h"
 #include "qt/widgets/TransferDialog.h"
-#include "qt/widgets/UpdateDialog.h"
 #include "report/TransferModel.h"
-#include "support/UpdateModel.h"
 #include "testsupport/FakeDialogs.h"
 #include "testsupport/FakePorts.h"
 #include "testsupport/PtyPair.h"
@@ -48,7 +45,6 @@ QString text(const QWidget& dialog, const char* name) {
         return box->text();
     return child<QLabel>(dialog, name)->text();
 }
-// Waits until `dialog` shows `name` as `expected`.
 bool shows(const QWidget& dialog, const char* name, const QString& expected) {
     return QTest::qWaitFor([&] { return text(dialog, name) == expected; }, 5000);
 }
@@ -122,53 +118,44 @@ TEST_F(GetPositionDialogTest, ShowsWhatArrivesInItsControlsAndReleasesThePortOnE
     EXPECT_EQ(gone.model().result(), GetPositionModel::Result::Cancel);
 }
 
-// From the main window's button: the old position goes first, the dialog closes by itself with
-// a beep once accurate enough, or Cancel leaves the position empty; the focus goes on to the
-// furthest step available.
-TEST_F(GetPositionDialogTest, TheButtonCapturesModallyOrCancelsAndMovesTheFocusOn) {
-    for (const bool cancel : {false, true}) {
-        SetupRecord setup;
-        setup.lat = "1.000000";
-        CommandStates commands;
-        commands.Step2 = true, commands.Step3 = !cancel;
-        QTimer guard; // a dialog that never closes fails the test instead of hanging it
-        QObject::connect(&guard, &QTimer::timeout, [] {
-            ADD_FAILURE() << "the capture dialog did not close";
-            static_cast<QDialog*>(QApplication::activeModalWidget())->reject();
-        });
-        guard.start(15000);
-        bool seenOpen = false;
-        QTimer::singleShot(0, [&] {
-            QWidget* open = nullptr;
-            ASSERT_TRUE(QTest::qWaitFor(
-                [&] { return (open = QApplication::activeModalWidget()) != nullptr; }));
-            seenOpen = setup.lat.empty();
-            pty.write(fix("4807.0380,N,01131.0000,E", "1.0"));
-            EXPECT_TRUE(shows(*open, "ct", "1"));
-            if (cancel)
-                QTest::mouseClick(child(*open, "CancelButton"), Qt::LeftButton);
-            else
-                pty.write(fix("4807.0400,N,01131.0060,E", "1.0"));
-        });
-        const FocusTarget focus = capturePosition(setup, commands, [&](SetupRecord& s) {
-            GetPositionDialog::Capture(s, settings, beeper, true, '.');
-        });
-        ASSERT_TRUE(seenOpen) << cancel;
-        EXPECT_TRUE(released());
-        // Two fixes at HDOP 1.0: 4.00 m is within 10 m, so the timer pressed OK.
-        EXPECT_EQ(setup.lat + " " + setup.lon, cancel ? " " : "48.117317 011.516717");
-        EXPECT_EQ(focus, cancel ? FocusTarget::Step2 : FocusTarget::Step3);
-    }
-    EXPECT_EQ(beeper.beeps, 1);
+// From the main window's button: the old position goes first, and the dialog closes by itself
+// with a beep once accurate enough; the focus goes on to the furthest step available.
+TEST_F(GetPositionDialogTest, TheButtonCapturesModallyAndMovesTheFocusOn) {
     SetupRecord setup;
-    EXPECT_EQ(capturePosition(setup, CommandStates{}, {}), FocusTarget::Step1);
+    setup.lat = "1.000000";
+    CommandStates commands;
+    commands.Step2 = commands.Step3 = true;
+    QTimer guard; // a dialog that never closes fails the test instead of hanging it
+    QObject::connect(&guard, &QTimer::timeout, [] {
+        ADD_FAILURE() << "the capture dialog did not close";
+        static_cast<QDialog*>(QApplication::activeModalWidget())->reject();
+    });
+    guard.start(15000);
+    bool seenOpen = false;
+    QTimer::singleShot(0, [&] {
+        seenOpen = QTest::qWaitFor([] { return QApplication::activeModalWidget() != nullptr; });
+        seenOpen = seenOpen && setup.lat.empty();
+        pty.write(fix("4807.0380,N,01131.0000,E", "1.0") + fix("4807.0400,N,01131.0060,E", "1.0"));
+    });
+    EXPECT_EQ(capturePosition(setup, commands,
+                              [&](SetupRecord& s) {
+                                  GetPositionDialog::Capture(s, settings, beeper, true, '.');
+                              }),
+              FocusTarget::Step3);
+    ASSERT_TRUE(seenOpen);
+    EXPECT_TRUE(released());
+    // Two fixes at HDOP 1.0: 4.00 m is within 10 m, so the timer pressed OK.
+    EXPECT_EQ(setup.lat + " " + setup.lon + " " + std::to_string(beeper.beeps),
+              "48.117317 011.516717 1");
+    commands.Step3 = false;
+    EXPECT_EQ(FirstEnabledStep(commands), FocusTarget::Step2);
+    EXPECT_EQ(FirstEnabledStep(CommandStates{}), FocusTarget::Step1);
 }
 
-TEST(NetworkDialogs, TransferAndUpdateCarryTypingAndClicksToTheirModels) {
+TEST(TransferDialog, CarriesTypingAndClicksToItsModel) {
     ReportFixture fixture;
     TransferSettings settings;
-    settings.username = "alice", settings.URL = "collect.example.org/p";
-    settings.AtfEmail = "obs@example.org";
+    settings.username = "alice", settings.URL = "collect.example.org/p", settings.AtfEmail = "o@e";
     TransferHistory history;
     FakeHttp http;
     FakeXml xml;
@@ -210,20 +197,6 @@ TEST(NetworkDialogs, TransferAndUpdateCarryTypingAndClicksToTheirModels) {
     QTest::keyClicks(child<QLineEdit>(dialog, "username"), "2");
     dialog.reject(); // the fields are written back however it closes
     EXPECT_EQ(settings.URL + " " + settings.username, "server.example/p alice2");
-
-    FakeUpdater updater;
-    FakeShell shell;
-    http.reply = {200, "<u/>"};
-    xml.elements = {{"url", "http://www.zav-noise.org/zav/"}, {"version", "99.0.0"}};
-    updater.version = "1.0.0";
-    UpdateModel update("http://site.example/", "/opt/zav", {http, xml, updater, shell, dialogs});
-    UpdateDialog updateDialog(update);
-    updateDialog.show();
-    EXPECT_EQ(text(updateDialog, "Message").toStdString(), update.Message);
-    EXPECT_TRUE(child(updateDialog, "updaterButton")->isEnabled());
-    QTest::mouseClick(child(updateDialog, "supportButton"), Qt::LeftButton);
-    EXPECT_EQ(shell.opened, std::vector<std::string>{"http://site.example/support.htm#download"});
-    EXPECT_FALSE(updateDialog.isVisible());
 }
 
 TEST(BusyIndicator, ModalWindowWhileWaitingWhoseCancelEndsTheRequest) {
@@ -275,14 +248,11 @@ TEST(InputLevelDialog, ShowsTheLiveLevelOfAPulseAudioSourceAndAdvisesOnTheGain) 
         ASSERT_TRUE(server.Play(Sine(amplitude * 32767, 1000, 44100, 44100 * 30)));
         InputLevelDialog dialog(capture, "zavmic");
         const double rms = 20 * std::log10(amplitude / std::sqrt(2.0)); // -15.1 dBFS at 0.25
-        EXPECT_TRUE(meterUntil(dialog,
-                               [&] {
-                                   return dialog.readings() > 5 &&
-                                          std::abs(db(dialog.rmsLabel()) - rms) < 0.6 &&
-                                          dialog.adviceLabel()->text() == advice;
-                               }))
-            << dialog.rmsLabel()->text().toStdString()
-            << dialog.adviceLabel()->text().toStdString();
+        const auto steady = [&] {
+            return dialog.readings() > 5 && std::abs(db(dialog.rmsLabel()) - rms) < 0.6 &&
+                   dialog.adviceLabel()->text() == advice;
+        };
+        EXPECT_TRUE(meterUntil(dialog, steady)) << dialog.adviceLabel()->text().toStdString();
         // The peak, and from it up to the steps' clipping limit, 0.7·√2 of full scale.
         EXPECT_NEAR(db(dialog.peakLabel()), 20 * std::log10(amplitude), 0.6);
         const double headroom = 20 * std::log10(0.7 * std::sqrt(2.0) / amplitude);
