@@ -94,8 +94,8 @@ std::string clashes(const QStringList& captions) {
 // pixels once the title bar and a panel are off.
 constexpr int kBudgetWidth = 1280, kBudgetHeight = 650, kMainWindowMinHeight = 620;
 
-// What is wrong with one window, as text: too large a minimum size, two captions (buttons,
-// group boxes, labels of boxes, menu titles) sharing an access key, a control without a name.
+// What is wrong with one window: too large a minimum size, two captions (buttons, group boxes,
+// labels of boxes, menu titles) on one access key, a control without a name.
 std::string faults(QWidget* window, int heightBudget = kBudgetHeight) {
     QStringList captions;
     std::string out;
@@ -163,8 +163,7 @@ TEST(MainWindow, LeavingABoxOrAShortcutValidatesFirstAndTabFollowsTheSetUp) {
     EXPECT_EQ(d.dialogs.messages.size() + d.dialogs.fileRequests.size(), 2u);
     EXPECT_TRUE(d.field(SetupField::Bandwidth)->hasFocus());
     d.type(SetupField::Bandwidth, "2400", Qt::Key_S);
-    EXPECT_TRUE(fs::exists(d.dir / "site.zav"));
-    EXPECT_EQ(d.model->setup.Bandwidth, "2400");
+    EXPECT_TRUE(fs::exists(d.dir / "site.zav") && d.model->setup.Bandwidth == "2400");
     QWidget* w = d.window->setupPanel()->fieldWidget(SetupField::Tester);
     for (int i = 1; i < kSetupFieldCount; ++i) {
         do
@@ -211,13 +210,12 @@ TEST(MainWindow, ThreeStepsFillTheGridsEnableTheOutputsAndSayWhatEachDid) {
 
 TEST(MainWindow, ProfilesAndClosingGoThroughTheModel) {
     Desk d;
-    const std::string saved = (d.dir / "site.zav").string();
-    d.dialogs.files.push_back(saved);
+    d.dialogs.files.push_back((d.dir / "site.zav").string());
     d.window->action("Save &profile")->trigger();
     EXPECT_TRUE(d.window->windowTitle().startsWith("ZAV - site - V"));
     d.dialogs.files.push_back((d.dir / "example.zav").string());
     d.window->action("&Open profile")->trigger();
-    EXPECT_EQ(d.model->state.recent.Caption[1], saved);
+    EXPECT_EQ(d.model->state.recent.Caption[1], (d.dir / "site.zav").string());
 
     // Closing saves the profile and the place, and removes the recordings.
     d.runSteps({"soundcard.wav"});
