@@ -16,11 +16,13 @@
 #include <fstream>
 #include <iterator>
 #include <random>
+#include <tuple>
 
 using zav::CellColour;
 using zav::GetPositionModel;
 using zav::GpsSettings;
 using zav::test::Sentence;
+using Result = GetPositionModel::Result;
 
 namespace {
 
@@ -30,7 +32,6 @@ struct FakeSerialPort : zav::SerialPort {
     std::string settings, device;
     bool open = false;
     ReceiveHandler receive;
-
     int SetSettings(const std::string& s) override { return settings = s, 0; }
     int SetCommPort(int n) override { return commPort = n, 0; }
     int SetDevice(const std::string& d) override { return device = d, 0; }
@@ -43,9 +44,7 @@ struct FakeSerialPort : zav::SerialPort {
 
 struct FakeBeeper : zav::Beeper {
     std::vector<std::pair<int, int>> beeps;
-    void Beep(int frequencyHz, int durationMs) override {
-        beeps.emplace_back(frequencyHz, durationMs);
-    }
+    void Beep(int hz, int ms) override { beeps.emplace_back(hz, ms); }
 };
 
 // A GGA fix at signed decimal degrees, written as a receiver writes it.
@@ -61,6 +60,10 @@ std::string gga(double latDeg, double lonDeg, double hdop, int quality = 1) {
 }
 
 struct Dialog {
+    GpsSettings settings;
+    FakeSerialPort port;
+    FakeBeeper beeper;
+    std::unique_ptr<GetPositionModel> model;
     explicit Dialog(std::int16_t acc = 10, bool beepOption = true, char separator = '.') {
         settings.Acc = acc;
         model = std::make_unique<GetPositionModel>(settings, port, beeper, beepOption, separator);
@@ -68,81 +71,69 @@ struct Dialog {
     }
     // Sends through the port as the serial control would.
     void receive(const std::string& chunk) { port.receive(chunk); }
-
-    GpsSettings settings;
-    FakeSerialPort port;
-    FakeBeeper beeper;
-    std::unique_ptr<GetPositionModel> model;
+    void ticks(int n) {
+        while (n-- > 0)
+            model->onClockTick();
+    }
 };
 
 } // namespace
 
 TEST(GetPosition, APortThatCannotBeOpenedOrStaysSilentSaysWhy) {
+    using P = std::pair<int, std::string>;
     for (const auto& [error, said] :
-         {std::pair{zav::kSerialPortInUse, "Error: Port In Use"},
-          {zav::kSerialPermissionDenied,
-           "Error: Permission denied on /dev/ttyACM0: add your user to the dialout group (sudo "
-           "usermod -aG dialout $USER), then log out and in again"}}) {
+         {P{zav::kSerialPortInUse, "Error: Port In Use"},
+          P{zav::kSerialPermissionDenied, "Error: Permission denied on /dev/ttyACM0: add your user "
+                                          "to the dialout group (sudo usermod -aG dialout $USER), "
+                                          "then log out and in again"}}) {
         FakeSerialPort refusing;
         refusing.openError = error;
         FakeBeeper beeper;
         GpsSettings settings;
-        settings.Device = "/dev/ttyACM0";
-        settings.Speed = 115200;
+        settings.Device = "/dev/ttyACM0", settings.Speed = 115200;
         GetPositionModel denied(settings, refusing, beeper, true);
         denied.open();
-        EXPECT_EQ(refusing.settings + " " + refusing.device, "115200,N,8,1 /dev/ttyACM0");
-        EXPECT_EQ(denied.record, said);
+        EXPECT_EQ(refusing.settings + " " + refusing.device + " " + denied.record,
+                  "115200,N,8,1 /dev/ttyACM0 " + said);
     }
-
     // Open but silent for five seconds: said once, and the dialog stays.
     Dialog d;
-    const auto seconds = [&d](int n) {
-        while (n-- > 0)
-            d.model->onClockTick();
-    };
-    seconds(4);
+    d.ticks(4);
     d.receive("$GP"); // anything at all is data
-    seconds(5);
+    d.ticks(5);
     EXPECT_EQ(d.model->ErrorsShown(), 0u);
-    seconds(10);
+    d.ticks(10);
     EXPECT_EQ(d.model->record, "Error: No data from port 1 for 5 s: check that the receiver is "
                                "on, on this port, at 4800 baud");
-    EXPECT_EQ(d.model->ErrorsShown(), 1u);
-    EXPECT_EQ(d.model->result(), GetPositionModel::Result::Open);
+    EXPECT_TRUE(d.model->ErrorsShown() == 1 && d.model->result() == Result::Open);
 }
 
 TEST(GetPosition, HdopColoursAndAcceptance) {
     // Acc 10: red above 3.333, normal up to 2.5; Acc 0: red above 5, normal up to 2, and only
     // HDOP 0 is accepted. The shown, rounded HDOP decides acceptance: 3.34 shows as 3.3.
-    const struct {
-        std::int16_t acc;
-        const char* hdop;
-        CellColour colour;
-        bool averaged;
-    } cases[] = {
-        {10, "3.0", CellColour::Orange, true},    {10, "2.5", CellColour::WindowText, true},
-        {10, "3.4", CellColour::Red, false},      {10, "3.34", CellColour::Red, true},
-        {0, "5.1", CellColour::Red, false},       {0, "5.0", CellColour::Orange, false},
-        {0, "2.1", CellColour::Orange, false},    {0, "2.0", CellColour::WindowText, false},
-        {0, "0.0", CellColour::WindowText, true}, {30, "10.0", CellColour::Orange, true}};
-    for (const auto& c : cases) {
-        Dialog d(c.acc);
-        d.receive(
-            Sentence(std::string("GPGGA,1,4807.038,N,01131.000,E,1,08,") + c.hdop + ",,,,,,") +
-            "\r\n");
-        EXPECT_EQ(d.model->HDOPColour, c.colour) << c.acc << " " << c.hdop;
-        EXPECT_EQ(d.model->fixCount + std::to_string(d.model->Count), c.averaged ? "11" : "0")
-            << c.acc << " " << c.hdop;
+    using C = std::tuple<std::int16_t, const char*, CellColour, bool>;
+    const CellColour red = CellColour::Red, orange = CellColour::Orange,
+                     normal = CellColour::WindowText;
+    for (const auto& [acc, hdop, colour, averaged] :
+         {C{10, "3.0", orange, true}, C{10, "2.5", normal, true}, C{10, "3.4", red, false},
+          C{10, "3.34", red, true}, C{0, "5.1", red, false}, C{0, "5.0", orange, false},
+          C{0, "2.1", orange, false}, C{0, "2.0", normal, false}, C{0, "0.0", normal, true},
+          C{30, "10.0", orange, true}}) {
+        Dialog d(acc);
+        d.receive(Sentence(std::string("GPGGA,1,4807.038,N,01131.000,E,1,08,") + hdop + ",,,,,,") +
+                  "\r\n");
+        EXPECT_EQ(d.model->HDOPColour, colour) << acc << " " << hdop;
+        EXPECT_EQ(d.model->fixCount + std::to_string(d.model->Count), averaged ? "11" : "0")
+            << acc << " " << hdop;
     }
     Dialog off(0);
     off.receive(gga(1, 1, 0.0) + gga(1, 1, 0.0));
-    off.model->onClockTick();
-    EXPECT_EQ(off.model->result(), GetPositionModel::Result::Open); // never closes by itself
+    off.ticks(1);
+    EXPECT_EQ(off.model->result(), Result::Open); // never closes by itself
 }
 
-TEST(GetPosition, InvalidFixClearsHdopAndStopsAveraging) {
-    Dialog d;
+TEST(GetPosition, InvalidFixesAndErrorsStopNothingButThemselves) {
+    Dialog d(30);
     d.receive(gga(10, 10, 1.0, 0));
     // The quality comes first, then the HDOP again.
     EXPECT_EQ(d.model->fixText + d.model->HDOP + std::to_string(d.model->Count), "Fix lost1.00");
@@ -153,9 +144,18 @@ TEST(GetPosition, InvalidFixClearsHdopAndStopsAveraging) {
     // RMC and GLL are shown but never parsed: neither their status nor their position counts.
     d.receive(Sentence("GPGLL,1000.000,N,01000.000,E,225444,A") + "\r\n");
     d.receive(Sentence("GPRMC,1,V,1000.000,N,01000.000,E,,,,") + "\r\n");
-    EXPECT_EQ(d.model->Count, 1);
-    EXPECT_TRUE(d.model->FixValid);
+    EXPECT_TRUE(d.model->Count == 1 && d.model->FixValid);
     EXPECT_EQ(d.model->record.substr(0, 6), "$GPRMC");
+
+    d.receive(Sentence("GPGGA,1,4807.038,N,01131.000,E,1,08,1.0") + "\r\n");
+    EXPECT_EQ(d.model->record, "Error: Subscript out of range");
+    EXPECT_EQ(d.model->Count, 2); // the position came before the missing fields
+    // A failing sentence costs only itself: the fix after it in the same read still counts.
+    d.model->handleInput(Sentence("GPGGA,1") + "\r\n" + gga(48, 11, 1.0));
+    EXPECT_EQ(d.model->ErrorsShown() * 10 + d.model->Count, 23u);
+    d.model->Count = 32767; // the 16-bit limit
+    d.receive(gga(48, 11, 1.0));
+    EXPECT_EQ(d.model->record + " " + std::to_string(d.model->Count), "Error: Overflow 32767");
 }
 
 TEST(GetPosition, AveragesAgainstIndependentSums) {
@@ -165,8 +165,7 @@ TEST(GetPosition, AveragesAgainstIndependentSums) {
         Dialog d(30); // MaxHdop 10: all accepted; closes only when asked
         const double lat0 = latD(rng), lon0 = lonD(rng);
         double sumLat = 0, sumLon = 0, sumH2 = 0;
-        const int n = 12;
-        for (int i = 0; i < n; ++i) {
+        for (int i = 0; i < 12; ++i) {
             // Positions on the 1e-4 minute grid the sentence carries, so nothing is lost.
             const double la = std::round((lat0 + spread(rng)) * 600000) / 600000;
             const double lo = std::round((lon0 + spread(rng)) * 600000) / 600000;
@@ -174,10 +173,10 @@ TEST(GetPosition, AveragesAgainstIndependentSums) {
             d.receive(gga(la, lo, h));
             sumLat += la, sumLon += lo, sumH2 += h * h;
         }
-        ASSERT_EQ(d.model->Count, n);
-        EXPECT_NEAR(std::stod(d.model->lat), sumLat / n, 5.1e-7);
-        EXPECT_NEAR(std::stod(d.model->lon), sumLon / n, 5.1e-7);
-        EXPECT_NEAR(std::stod(d.model->acc), 4 * std::sqrt(sumH2 / n), 0.0051);
+        ASSERT_EQ(d.model->Count, 12);
+        EXPECT_NEAR(std::stod(d.model->lat), sumLat / 12, 5.1e-7);
+        EXPECT_NEAR(std::stod(d.model->lon), sumLon / 12, 5.1e-7);
+        EXPECT_NEAR(std::stod(d.model->acc), 4 * std::sqrt(sumH2 / 12), 0.0051);
         EXPECT_EQ(d.model->lon.find('.'), d.model->lon[0] == '-' ? 4u : 3u); // "000.000000"
     }
     Dialog south;
@@ -186,43 +185,36 @@ TEST(GetPosition, AveragesAgainstIndependentSums) {
 }
 
 TEST(GetPosition, TimerEndsTheCaptureOverTwoFixesWithinTheAccuracy) {
-    Dialog d, quiet(10, false), open;
+    Dialog d, quiet(10, false), open, comma(10, false, ',');
     d.receive(gga(48.1, 11.5, 1.0));
-    d.model->onClockTick();
-    EXPECT_EQ(d.model->result(), GetPositionModel::Result::Open); // one fix is not enough
+    d.ticks(1);
+    EXPECT_EQ(d.model->result(), Result::Open); // one fix is not enough
     d.receive(gga(48.2, 11.6, 1.0));
-    d.model->onClockTick();
-    EXPECT_EQ(d.model->result(), GetPositionModel::Result::Ok);
-    EXPECT_FALSE(d.port.open);
+    d.ticks(1);
+    EXPECT_TRUE(d.model->result() == Result::Ok && !d.port.open);
     EXPECT_EQ(d.beeper.beeps, (decltype(d.beeper.beeps){{2000, 100}}));
     zav::SetupRecord setup;
     d.model->ApplyTo(setup);
     EXPECT_EQ(setup.lat + " " + setup.lon, "48.150000 011.550000");
     // The Beep option off: acc 8.00 is still within 10, silently. Acc 12.00 stays open.
-    for (int i = 0; i < 2; ++i) {
-        quiet.receive(gga(1, 1, 2.0));
-        open.receive(gga(1, 1, 3.0));
-    }
-    quiet.model->onClockTick();
-    open.model->onClockTick();
-    EXPECT_TRUE(quiet.model->result() == GetPositionModel::Result::Ok &&
-                quiet.beeper.beeps.empty());
-    EXPECT_EQ(open.model->result(), GetPositionModel::Result::Open);
-
+    quiet.receive(gga(1, 1, 2.0) + gga(1, 1, 2.0));
+    open.receive(gga(1, 1, 3.0) + gga(1, 1, 3.0));
+    quiet.ticks(1);
+    open.ticks(1);
+    EXPECT_TRUE(quiet.model->result() == Result::Ok && quiet.beeper.beeps.empty());
+    EXPECT_EQ(open.model->result(), Result::Open);
     // A comma locale shows the dialog's numbers with "," but reads the receiver's with ".".
-    Dialog comma(10, false, ',');
     comma.receive(gga(48.1, 11.5, 1.0) + gga(48.2, 11.6, 1.0));
-    EXPECT_EQ(comma.model->ErrorsShown(), 0u) << comma.model->record;
-    EXPECT_EQ(comma.model->HDOP + " " + comma.model->acc + " " + comma.model->lat + " " +
-                  comma.model->lon,
-              "1,0 4,00 48,150000 011,550000");
+    const GetPositionModel& m = *comma.model;
+    EXPECT_EQ(m.HDOP + " " + m.acc + " " + m.lat + " " + m.lon + m.record.substr(0, 6),
+              "1,0 4,00 48,150000 011,550000$GPGGA");
 }
 
 TEST(GetPosition, RealCapturesGiveTheSameFixesHoweverTheyAreSplit) {
     ZAV_NEED_SHARED_DATA();
     const auto outcome = [](const GetPositionModel& m) {
-        return m.fixCount + "|" + m.lat + "|" + m.lon + "|" + m.acc + "|" + m.HDOP + "|" + m.fixText +
-               "|" + m.record + "|" + std::to_string(m.ErrorsShown());
+        return m.fixCount + "|" + m.lat + "|" + m.lon + "|" + m.acc + "|" + m.HDOP + "|" +
+               m.fixText + "|" + m.record + "|" + std::to_string(m.ErrorsShown());
     };
     for (const char* name : {"gp-320fw-2019-04-07-coldboot.nmea", "haicom-305N.nmea"}) {
         std::ifstream in(std::string(ZAV_SHARED_DATA_DIR) + "/nmea/" + name, std::ios::binary);
@@ -243,28 +235,13 @@ TEST(GetPosition, RealCapturesGiveTheSameFixesHoweverTheyAreSplit) {
 }
 
 TEST(NmeaLineAssembler, LinesWhateverTheReadsAndBoundedWithoutLineEnds) {
+    using Lines = std::vector<std::string>;
     zav::NmeaLineAssembler lines;
+    const std::size_t max = zav::NmeaLineAssembler::kMaxLineBytes;
     EXPECT_TRUE(lines.Add("$GP").empty());
-    EXPECT_EQ(lines.Add("A\r\n\r\nB\nC\r"), (std::vector<std::string>{"$GPA", "", "B"}));
-    EXPECT_EQ(lines.Add("\n"), (std::vector<std::string>{"C"}));
+    EXPECT_EQ(lines.Add("A\r\n\r\nB\nC\r"), (Lines{"$GPA", "", "B"}));
+    EXPECT_EQ(lines.Add("\n"), (Lines{"C"}));
     lines.Add(std::string(50000, 'x'));
-    EXPECT_EQ(lines.Pending().size(), zav::NmeaLineAssembler::kMaxLineBytes);
-    const std::vector<std::string> cut = lines.Add("yy\r\n$GPB\r\n");
-    ASSERT_EQ(cut.size(), 2u);
-    EXPECT_EQ(cut[0], std::string(zav::NmeaLineAssembler::kMaxLineBytes, 'x'));
-    EXPECT_EQ(cut[1], "$GPB");
-}
-
-TEST(GetPosition, ErrorsShowInRecordAndTheCaptureGoesOn) {
-    Dialog d(30);
-    d.receive(Sentence("GPGGA,1,4807.038,N,01131.000,E,1,08,1.0") + "\r\n");
-    EXPECT_EQ(d.model->record, "Error: Subscript out of range");
-    EXPECT_EQ(d.model->Count, 1); // the position came before the missing fields
-    // A failing sentence costs only itself: the fix after it in the same read still counts.
-    d.model->handleInput(Sentence("GPGGA,1") + "\r\n" + gga(48, 11, 1.0));
-    EXPECT_EQ(d.model->ErrorsShown() * 10 + d.model->Count, 22u);
-    // The count cannot pass the 16-bit limit.
-    d.model->Count = 32767;
-    d.receive(gga(48, 11, 1.0));
-    EXPECT_EQ(d.model->record + " " + std::to_string(d.model->Count), "Error: Overflow 32767");
+    EXPECT_EQ(lines.Pending().size(), max);
+    EXPECT_EQ(lines.Add("yy\r\n$GPB\r\n"), (Lines{std::string(max, 'x'), "$GPB"}));
 }

@@ -10,13 +10,11 @@
 
 #include <gtest/gtest.h>
 
-#include <cctype>
 #include <fstream>
 #include <random>
 #include <sstream>
+#include <tuple>
 
-using zav::NmeaInterpreter;
-using zav::RuntimeError;
 using zav::test::Sentence;
 
 namespace {
@@ -24,7 +22,7 @@ namespace {
 const std::string kGga = "$GPGGA,123519,4807.038,N,01131.000,E,1,08,0.9,545.4,M,46.9,M,,*47";
 
 // An interpreter whose events are kept as text lines.
-class Interpreter : public NmeaInterpreter {
+class Interpreter : public zav::NmeaInterpreter {
 public:
     Interpreter() : NmeaInterpreter(m_text) {}
     // The events raised since the last call.
@@ -33,20 +31,29 @@ public:
         m_out.str("");
         return s;
     }
-    // The number of the error thrown out of parseSentence, 0 for none.
-    int error(const std::string& sentence) {
+    // The number of the error thrown out of parseSentence; else 0 parsed, -1 refused.
+    int outcome(const std::string& sentence) {
         try {
-            parseSentence(sentence);
-        } catch (const RuntimeError& e) {
+            return parseSentence(sentence) ? 0 : -1;
+        } catch (const zav::RuntimeError& e) {
             return e.Number();
         }
-        return 0;
     }
 
 private:
     std::ostringstream m_out;
     zav::NmeaEventText m_text{m_out};
 };
+
+// The lines of `events` that start with `prefix`, their values joined by blanks.
+std::string valuesOf(const std::string& events, const std::string& prefix) {
+    std::istringstream in(events);
+    std::string out;
+    for (std::string line; std::getline(in, line);)
+        if (line.rfind(prefix, 0) == 0)
+            out += (out.empty() ? "" : " ") + line.substr(line.find('\t') + 1);
+    return out;
+}
 
 } // namespace
 
@@ -56,28 +63,25 @@ TEST(NmeaInterpreter, ChecksumRules) {
     EXPECT_EQ(nmea.Words().size(), 15u);
     EXPECT_EQ(nmea.Latitude(), "N 48\u00B0 07.038'");
     nmea.events();
-    // A wrong digit, a missing or one-digit checksum: all refused.
+    // A wrong digit, a missing or one-digit checksum: all refused; "$" is left out of the sum.
     const std::string body = kGga.substr(0, kGga.size() - 2);
     for (const std::string& bad : {body + "48", kGga.substr(0, kGga.size() - 3), body + "4",
                                    std::string(), std::string("$")})
         EXPECT_FALSE(nmea.parseSentence(bad)) << bad;
     EXPECT_EQ(nmea.events(), "");
-    // "$" anywhere is left out of the sum.
-    std::string withDollar = kGga;
-    EXPECT_TRUE(nmea.parseSentence(withDollar.insert(10, "$")));
+    EXPECT_TRUE(nmea.parseSentence(std::string(kGga).insert(10, "$")));
 
-    // Judged on its own: with a "*", the XOR of the body in capital hex; without one, every
-    // character is summed, the last two included, and compared with those two.
+    // With a "*", the XOR of the body in capital hex; without one, every character is summed,
+    // the last two included, and compared with those two.
     int accepted = 0, withLetter = 0;
     for (int second = 10; second < 60; ++second) {
         const std::string fields =
             "GPGLL,4916.45,N,12311.12,W,2254" + std::to_string(second) + ",A";
         const std::string sum = Sentence(fields).substr(fields.size() + 2);
-        if (sum.find_first_of("ABCDEF") != std::string::npos) {
-            EXPECT_TRUE(nmea.parseSentence("$" + fields + "*" + sum)) << fields;
-            EXPECT_FALSE(nmea.parseSentence("$" + fields + "*" + zav::LowerAscii(sum))) << fields;
-            ++withLetter;
-        }
+        const bool letter = sum.find_first_of("ABCDEF") != std::string::npos;
+        withLetter += letter;
+        EXPECT_TRUE(!letter || (nmea.parseSentence("$" + fields + "*" + sum) &&
+                                !nmea.parseSentence("$" + fields + "*" + zav::LowerAscii(sum))));
         for (int code = 0; code < 256; ++code) {
             char hex[3];
             std::snprintf(hex, sizeof hex, "%02X", code);
@@ -86,42 +90,40 @@ TEST(NmeaInterpreter, ChecksumRules) {
             nmea.events();
             ASSERT_EQ(nmea.parseSentence(s), matches) << s;
             accepted += matches;
-            if (matches) {
-                EXPECT_NE(nmea.events().find("FixObtained\n"), std::string::npos) << s;
-            }
+            EXPECT_EQ(nmea.events().find("FixObtained\n") != std::string::npos, matches) << s;
         }
     }
-    EXPECT_GE(withLetter, 5);
-    EXPECT_GT(accepted, 0);
+    EXPECT_TRUE(withLetter >= 5 && accepted > 0);
 }
 
 TEST(NmeaInterpreter, ErrorsLeaveParseSentenceAfterTheEventsBeforeThem) {
     Interpreter nmea;
-    // Fourteen fields: the station ID (field 14) is past the end.
-    EXPECT_EQ(nmea.error(Sentence("GPGGA,123519,4807.038,N,01131.000,E,1,08,0.9,545.4,M,46.9,M,3")),
-              9);
-    EXPECT_EQ(nmea.events().substr(0, 30), "PositionFixReceived\tValid SPS\n");
-    // A present field that is not a number.
-    EXPECT_EQ(nmea.error(Sentence("GPGGA,123519,4807.038,N,01131.000,E,1,08,O.9,,,,,,")), 13);
-    EXPECT_EQ(nmea.events(), "PositionFixReceived\tValid SPS\nTimeChanged\t12:35:19 GMT\n");
-    // 16-bit counts: overflow is an error, halves round to even.
-    EXPECT_EQ(nmea.error(Sentence("GPGGA,1,2,N,3,E,1,70000,1,,,,,,")), 6);
-    nmea.events();
-    EXPECT_EQ(nmea.error(Sentence("GPGGA,,,,,,,2.5,,,,,,3.5,")), 0);
-    EXPECT_EQ(nmea.events(), "SatellitesUsedReceived\t2\nDGPSageReceived\t4\n");
-    // Too short to reach the fix quality: nothing at all.
-    EXPECT_EQ(nmea.error(Sentence("GPGGA,123519,4807.038,N")), 9);
-    EXPECT_EQ(nmea.events(), "");
-    // A GSA with two channels: those are raised, the third fails.
-    EXPECT_EQ(nmea.error(Sentence("GPGSA,A,3,04,05")), 9);
-    EXPECT_EQ(nmea.events(), "AutoManModeReceived\tAuto 2D/3D\nMode3DReceived\t3D\n"
-                             "Ch1SatReceived\t4\nCh2SatReceived\t5\n");
-    // GSV: a strict satellite field; a message number whose satellites overflow 16 bits.
-    EXPECT_EQ(nmea.error(Sentence("GPGSV,1,1,01,x7,10,100,40")), 13);
-    EXPECT_EQ(nmea.error(Sentence("GPGSV,1,9000,01")), 6);
-    EXPECT_EQ(nmea.error(Sentence("GPGSV,1")), 9);
-    EXPECT_EQ(nmea.TotalMessages(), 1);
-    EXPECT_EQ(nmea.MessageNumber(), 9000);
+    using C = std::tuple<const char*, int, const char*>;
+    // The station ID past the end; a field that is not a number; 16-bit counts: overflow is an
+    // error, halves round to even; too short to reach the fix quality: nothing at all; a GSA
+    // with two channels; GSV: a strict satellite field, a message number whose satellites
+    // overflow 16 bits, and no more than the counts.
+    for (const auto& [body, error, events] :
+         {C{"GPGGA,123519,4807.038,N,01131.000,E,1,08,0.9,545.4,M,46.9,M,3", 9,
+            "PositionFixReceived\tValid SPS\nTimeChanged\t12:35:19 GMT\nHDOPReceived\t0.9\n"
+            "PositionReceived\tN 48\u00B0 07.038'\tE 011\u00B0 31.000'\nSatellitesUsedReceived\t8\n"
+            "AltitudeReceived\t545.4\nAltitudeUnitsReceived\tM\nGeoidSeparationReceived\t46.9\n"
+            "GeoidSeparationUnitsReceived\tM\nDGPSageReceived\t3\n"},
+          C{"GPGGA,123519,4807.038,N,01131.000,E,1,08,O.9,,,,,,", 13,
+            "PositionFixReceived\tValid SPS\nTimeChanged\t12:35:19 GMT\n"},
+          C{"GPGGA,1,2,N,3,E,1,70000,1,,,,,,", 6, nullptr},
+          C{"GPGGA,,,,,,,2.5,,,,,,3.5,", 0, "SatellitesUsedReceived\t2\nDGPSageReceived\t4\n"},
+          C{"GPGGA,123519,4807.038,N", 9, ""},
+          C{"GPGSA,A,3,04,05", 9,
+            "AutoManModeReceived\tAuto 2D/3D\nMode3DReceived\t3D\nCh1SatReceived\t4\n"
+            "Ch2SatReceived\t5\n"},
+          C{"GPGSV,1,1,01,x7,10,100,40", 13, nullptr}, C{"GPGSV,1,9000,01", 6, nullptr},
+          C{"GPGSV,1", 9, nullptr}}) {
+        EXPECT_EQ(nmea.outcome(Sentence(body)), error) << body;
+        const std::string raised = nmea.events();
+        EXPECT_EQ(raised, events ? events : raised) << body;
+    }
+    EXPECT_EQ(nmea.TotalMessages() * 10000 + nmea.MessageNumber(), 19000);
 }
 
 TEST(NmeaInterpreter, HostileInputOnlyEverEndsInItsOwnErrors) {
@@ -139,49 +141,27 @@ TEST(NmeaInterpreter, HostileInputOnlyEverEndsInItsOwnErrors) {
     int parsed = 0, errors = 0;
     for (int i = 0; i < 10000; ++i) {
         std::string body = seeds[rng() % seeds.size()];
-        switch (rng() % 4) {
-        case 0:
+        const unsigned how = rng() % 4;
+        if (how == 0)
             body.resize(rng() % (body.size() + 1));
-            break;
-        case 1:
+        else if (how == 1)
             body += "," + seeds[rng() % seeds.size()];
-            break;
-        default:
+        else
             for (int k = rng() % 4; k >= 0; --k)
                 body[rng() % body.size()] = static_cast<char>(rng() % 256);
-        }
-        try {
-            parsed += nmea.parseSentence(Sentence(body)) ? 1 : 0;
-        } catch (const RuntimeError&) {
-            ++errors;
-        }
+        const int outcome = nmea.outcome(Sentence(body)); // any other exception fails
+        parsed += outcome == 0, errors += outcome > 0;
         nmea.events();
     }
-    EXPECT_GT(parsed, 500);
-    EXPECT_GT(errors, 50);
+    EXPECT_TRUE(parsed > 500 && errors > 50) << parsed << " " << errors;
 }
-
-namespace {
-
-// The lines of `events` that start with `prefix`, their values joined by blanks.
-std::string valuesOf(const std::string& events, const std::string& prefix) {
-    std::istringstream in(events);
-    std::string out;
-    for (std::string line; std::getline(in, line);)
-        if (line.rfind(prefix, 0) == 0)
-            out += (out.empty() ? "" : " ") + line.substr(line.find('\t') + 1);
-    return out;
-}
-
-} // namespace
 
 TEST(NmeaInterpreter, EverySatelliteSystemAndOneEpochOfSeveral) {
     Interpreter nmea;
     const std::string fix = "GGA,123519,4807.038,N,01131.000,E,1,08,0.9,545.4,M,46.9,M,,";
     for (const char* talker : {"GP", "GN", "GL", "GA", "GB", "BD", "GQ", "QZ"}) {
         EXPECT_TRUE(nmea.parseSentence(Sentence(talker + fix))) << talker;
-        EXPECT_EQ(nmea.Talker(), talker);
-        EXPECT_EQ(valuesOf(nmea.events(), "HDOP"), "0.9");
+        EXPECT_EQ(nmea.Talker() + valuesOf(nmea.events(), "HDOP"), talker + std::string("0.9"));
     }
     for (const char* other : {"XX", "GPX", "gp"})
         EXPECT_FALSE(nmea.parseSentence(Sentence(other + fix))) << other;
@@ -190,7 +170,8 @@ TEST(NmeaInterpreter, EverySatelliteSystemAndOneEpochOfSeveral) {
     // One epoch: GPS in two messages, then BeiDou, whose number 1 is another satellite than
     // GPS 1. In view is the sum; the satellites are numbered on across the systems.
     Interpreter sky;
-    sky.parseSentence(Sentence("GPGSV,2,1,05,01,10,100,40,02,20,200,41,03,30,300,42,04,40,40,43,0"));
+    sky.parseSentence(
+        Sentence("GPGSV,2,1,05,01,10,100,40,02,20,200,41,03,30,300,42,04,40,40,43,0"));
     sky.parseSentence(Sentence("GPGSV,2,2,05,05,50,50,44,0"));
     sky.parseSentence(Sentence("BDGSV,1,1,03,01,11,110,30,07,21,210,31,13,31,310,32,0"));
     EXPECT_EQ(sky.CurrentSatellite().talker, "BD");
@@ -202,21 +183,20 @@ TEST(NmeaInterpreter, EverySatelliteSystemAndOneEpochOfSeveral) {
     // GPS reporting again begins the next epoch.
     sky.parseSentence(Sentence("GPGSV,1,1,02,01,10,100,40,02,20,200,41"));
     events = sky.events();
-    EXPECT_EQ(valuesOf(events, "SatellitesInView"), "2");
-    EXPECT_EQ(valuesOf(events, "SatelliteReceived"), "1\t1\t100\t10\t40 2\t2\t200\t20\t41");
+    EXPECT_EQ(valuesOf(events, "SatellitesInView") + " " + valuesOf(events, "SatelliteReceived"),
+              "2 1\t1\t100\t10\t40 2\t2\t200\t20\t41");
     EXPECT_EQ(sky.SatellitesInView(), 2);
 
-    // The GSA of one epoch, one per system, fill the channels on from the first one's.
-    nmea.parseSentence(Sentence("GNGSA,A,3,01,02,,04,,,,,,,,,1.5,0.9,1.2,1"));
-    EXPECT_EQ(valuesOf(nmea.events(), "Ch"), "1 2 0 4 0 0 0 0 0 0 0 0");
-    nmea.parseSentence(Sentence("GNGSA,A,3,01,07,,,,,,,,,,,1.5,0.9,1.2,4"));
-    EXPECT_EQ(valuesOf(nmea.events(), "Ch"), "1 2 0 4 1 7 0 0 0 0 0 0");
-    nmea.parseSentence(Sentence("GNGSA,A,3,65,66,67,68,69,70,71,72,,,,,1.5,0.9,1.2,2"));
-    EXPECT_EQ(valuesOf(nmea.events(), "Ch"), "1 2 0 4 1 7 65 66 67 68 69 70");
-    // The same system again, or a GSA after another sentence, is the next epoch.
-    nmea.parseSentence(Sentence("GNGSA,A,3,03,,,,,,,,,,,,1.5,0.9,1.2,2"));
-    EXPECT_EQ(valuesOf(nmea.events(), "Ch"), "3 0 0 0 0 0 0 0 0 0 0 0");
-    nmea.parseSentence(Sentence("GP" + fix));
-    nmea.parseSentence(Sentence("GPGSA,A,3,,09,,,,,,,,,,,1.5,0.9,1.2"));
-    EXPECT_EQ(valuesOf(nmea.events(), "Ch"), "0 9 0 0 0 0 0 0 0 0 0 0");
+    // The GSA of one epoch, one per system, fill the channels on from the first one's; the
+    // same system again, or a GSA after another sentence, is the next epoch.
+    using P = std::pair<std::string, const char*>;
+    for (const auto& [body, channels] :
+         {P{"GNGSA,A,3,01,02,,04,,,,,,,,,1.5,0.9,1.2,1", "1 2 0 4 0 0 0 0 0 0 0 0"},
+          P{"GNGSA,A,3,01,07,,,,,,,,,,,1.5,0.9,1.2,4", "1 2 0 4 1 7 0 0 0 0 0 0"},
+          P{"GNGSA,A,3,65,66,67,68,69,70,71,72,,,,,1.5,0.9,1.2,2", "1 2 0 4 1 7 65 66 67 68 69 70"},
+          P{"GNGSA,A,3,03,,,,,,,,,,,,1.5,0.9,1.2,2", "3 0 0 0 0 0 0 0 0 0 0 0"}, P{"GP" + fix, ""},
+          P{"GPGSA,A,3,,09,,,,,,,,,,,1.5,0.9,1.2", "0 9 0 0 0 0 0 0 0 0 0 0"}}) {
+        nmea.parseSentence(Sentence(body));
+        EXPECT_EQ(valuesOf(nmea.events(), "Ch"), channels) << body;
+    }
 }
