@@ -68,9 +68,8 @@ TEST(Spectrum, SinesPeakAtTheirFrequencyAndLevelAndNoiseFollowsItsPower) {
         mean += std::pow(10.0, w.levelDbfs[k] / 10) / double(w.levelDbfs.size() - 2);
     EXPECT_NEAR(10 * std::log10(mean), 10 * std::log10(6 * std::pow(1000 / 32768.0, 2) / 1024),
                 0.2);
-}
-
-TEST(Spectrum, ShortSilentAndBadInput) {
+    // Short, silent, full scale on DC (0 dBFS in bin 0: no mirror image to share with), and
+    // too short or bad input.
     const Spectrum quiet = AverageSpectrum(std::vector<std::int16_t>(5000, 0), 8000);
     EXPECT_EQ(quiet.blocks, 1u);
     EXPECT_TRUE(std::all_of(quiet.levelDbfs.begin(), quiet.levelDbfs.end(),
@@ -79,7 +78,6 @@ TEST(Spectrum, ShortSilentAndBadInput) {
     const Spectrum small = AverageSpectrum(shortSine, 8000);
     EXPECT_EQ(std::make_tuple(small.blockSize, small.blocks, small.frequencyHz[peakBin(small)]),
               std::make_tuple(std::size_t{64}, std::size_t{2}, 2000.0));
-    // Full scale on DC reads 0 dBFS in bin 0 (no mirror image to share with).
     EXPECT_NEAR(AverageSpectrum(std::vector<std::int16_t>(4096, -32768), 8000).levelDbfs[0], 0.0,
                 1e-9);
     EXPECT_TRUE(AverageSpectrum(std::vector<std::int16_t>(15, 1), 8000).levelDbfs.empty() &&
