@@ -1,12 +1,12 @@
 #include "gps/GetPositionModel.h"
+#include "gps/GpsSetupModel.h"
 
 #include "NmeaTestSupport.h"
 #include "config/SetupRecord.h"
-#include "gps/RuntimeError.h"
-#include "gps/SerialErrorMessage.h"
 #include "platform/Beeper.h"
 #include "platform/SerialPort.h"
 
+#include "testsupport/FakeDialogs.h"
 #include "testsupport/SharedData.h"
 
 #include <gtest/gtest.h>
@@ -21,6 +21,7 @@
 using zav::CellColour;
 using zav::GetPositionModel;
 using zav::GpsSettings;
+using zav::GpsSetupModel;
 using zav::test::Sentence;
 using Result = GetPositionModel::Result;
 
@@ -244,4 +245,61 @@ TEST(NmeaLineAssembler, LinesWhateverTheReadsAndBoundedWithoutLineEnds) {
     lines.Add(std::string(50000, 'x'));
     EXPECT_EQ(lines.Pending().size(), max);
     EXPECT_EQ(lines.Add("yy\r\n$GPB\r\n"), (Lines{std::string(max, 'x'), "$GPB"}));
+}
+
+TEST(GpsSetup, OkConvertsOrReportsWhatDoesNotFit) {
+    GpsSettings settings;
+    zav::test::FakeDialogs dialogs;
+    GpsSetupModel setup(settings, dialogs, {}, ',');
+    setup.open();
+    setup.port = "7", setup.parity = "O", setup.Device = "/dev/ttyUSB1";
+    setup.speed = "5000000"; // past any serial line
+    setup.dataBits = "eight";
+    setup.stopBits = "1.5"; // a 16-bit count: rounds half to even
+    setup.acc = "40000";
+    using C = std::tuple<std::string*, const char*, const char*>; // field, said, then typed
+    for (const auto& [field, said, fix] :
+         {C{&setup.speed, "Error: Overflow (Speed \"5000000\")", "9600"},
+          C{&setup.dataBits, "Error: Type mismatch (Dbits \"eight\")", "7"},
+          C{&setup.acc, "Error: Overflow (Acc \"40000\")", "2,5"}}) {
+        setup.okPressed();
+        EXPECT_EQ(dialogs.texts().back(), said);
+        EXPECT_TRUE(setup.Visible() && settings.Port == 1) << "nothing stored";
+        *field = fix;
+    }
+    setup.okPressed();
+    EXPECT_FALSE(setup.Visible());
+    EXPECT_EQ(dialogs.messages.size(), 3u);
+    // Not validated first, Acc rounds half to even as well.
+    EXPECT_EQ(std::vector<int>(
+                  {settings.Port, settings.Speed, settings.Dbits, settings.Sbits, settings.Acc}),
+              std::vector<int>({7, 9600, 7, 2, 2}));
+    EXPECT_EQ(settings.Parity + settings.Device, "O/dev/ttyUSB1");
+}
+
+TEST(GpsSetup, AccuracyIsTidiedAndThePortPicksADeviceOrANumber) {
+    GpsSettings settings;
+    zav::test::FakeDialogs dialogs;
+    GpsSetupModel setup(settings, dialogs, {{"/dev/ttyACM0", "u-blox"}, {"/dev/ttyUSB0", ""}}, ',');
+    setup.open();
+    const std::string ublox = "/dev/ttyACM0 \xE2\x80\x94 u-blox";
+    EXPECT_EQ(setup.portList.front(), ublox);
+    using P = std::pair<const char*, const char*>;
+    for (const auto& [typed, shown] : {P{"-3", "0"}, P{"12,5", "13"}, P{"2,4", "2"}}) {
+        setup.acc = typed;
+        setup.accuracyLeft();
+        EXPECT_EQ(setup.acc, shown) << typed;
+    }
+    // picked or typed, then Device|port
+    for (const auto& [text, chosen] :
+         {P{ublox.c_str(), "/dev/ttyACM0|1"}, P{"/dev/ttyUSB0", "/dev/ttyUSB0|1"}, P{"5", "|5"},
+          P{"/dev/rfcomm0", "/dev/rfcomm0|5"}}) {
+        setup.portChanged(text);
+        EXPECT_EQ(setup.Device + "|" + setup.port, chosen) << text;
+        EXPECT_EQ(setup.PortShown(), text);
+    }
+    setup.cancelPressed(); // nothing of it is kept
+    EXPECT_FALSE(setup.Visible() || setup.Stored());
+    EXPECT_EQ(settings.Device + std::to_string(settings.Port) + std::to_string(settings.Acc),
+              "110");
 }

@@ -20,30 +20,26 @@ struct FakeShell : Shell {
 } // namespace
 
 TEST(UtilityMenu, DplotNamesTheDocumentFromVersionTwoOneTwoEight) {
-    const std::string named =
-        "[Enable(0)][DocRestore()][SetFilename(\"/home/op/20240501120000.grf\")][Enable(1)]";
-    const std::pair<const char*, bool> versions[] = {{"2.1.2.8", true},  {"2.1.3", true},
-                                                     {"10.0", true},     {"2.1.2.7", false},
-                                                     {"1.9.9.9", false}, {"", false}};
-    for (const auto& [version, withName] : versions)
+    using P = std::pair<const char*, bool>;
+    for (const auto& [version, withName] : {P{"2.1.2.8", true}, P{"2.1.3", true}, P{"10.0", true},
+                                            P{"2.1.2.7", false}, P{"1.9.9.9", false}, P{"", false}})
         EXPECT_EQ(DplotCommand(version, "/home/op/", "20240501120000"),
-                  withName ? named : "[Enable(0)][DocRestore()][Enable(1)]")
+                  std::string("[Enable(0)][DocRestore()]") +
+                      (withName ? "[SetFilename(\"/home/op/20240501120000.grf\")]" : "") +
+                      "[Enable(1)]")
             << version;
 }
 
 TEST(UtilityMenu, SoundControlsTryTheNextProgramUntilOneStarts) {
     const auto launchers = SoundPanelLaunchers(SoundPanel::Devices);
-    FakeShell none;
-    none.failures = 1000;
+    FakeShell none, second, tabs;
+    none.failures = 1000, second.failures = 1;
     SoundControls(none).openSoundDevices();
     EXPECT_EQ(none.runs.size(), launchers.size()); // each tried once, then silence
-    FakeShell second;
-    second.failures = 1;
     SoundControls(second).openSoundDevices();
     ASSERT_EQ(second.runs.size(), std::min<std::size_t>(2, launchers.size()));
     EXPECT_EQ(second.runs.back().rfind(launchers[second.runs.size() - 1].program, 0), 0u);
 #if !defined(_WIN32) && !defined(__APPLE__)
-    FakeShell tabs;
     SoundControls controls(tabs);
     controls.openPlaybackMixer();
     controls.openRecordingMixer();
