@@ -70,8 +70,8 @@ struct Dialog {
         model = std::make_unique<GetPositionModel>(settings, port, beeper, beepOption, separator);
         model->open();
     }
-    // Sends through the port as the serial control would.
-    void receive(const std::string& chunk) { port.receive(chunk); }
+    void receive(const std::string& chunk) { port.receive(chunk); } // as the serial control
+    void send(const std::string& body) { receive(Sentence(body) + "\r\n"); }
     void ticks(int n) {
         while (n-- > 0)
             model->onClockTick();
@@ -97,11 +97,9 @@ TEST(GetPosition, APortThatCannotBeOpenedOrStaysSilentSaysWhy) {
         EXPECT_EQ(refusing.settings + " " + refusing.device + " " + denied.record,
                   "115200,N,8,1 /dev/ttyACM0 " + said);
     }
-    // Open but silent for five seconds: said once, and the dialog stays.
+    // Silent for five seconds: said once, and the dialog stays.
     Dialog d;
-    d.ticks(4);
-    d.receive("$GP"); // anything at all is data
-    d.ticks(5);
+    d.ticks(4), d.receive("$GP"), d.ticks(5); // anything at all is data
     EXPECT_EQ(d.model->ErrorsShown(), 0u);
     d.ticks(10);
     EXPECT_EQ(d.model->record, "Error: No data from port 1 for 5 s: check that the receiver is "
@@ -121,34 +119,31 @@ TEST(GetPosition, HdopColoursAndAcceptance) {
           C{0, "2.1", orange, false}, C{0, "2.0", normal, false}, C{0, "0.0", normal, true},
           C{30, "10.0", orange, true}}) {
         Dialog d(acc);
-        d.receive(Sentence(std::string("GPGGA,1,4807.038,N,01131.000,E,1,08,") + hdop + ",,,,,,") +
-                  "\r\n");
+        d.send(std::string("GPGGA,1,4807.038,N,01131.000,E,1,08,") + hdop + ",,,,,,");
         EXPECT_EQ(d.model->HDOPColour, colour) << acc << " " << hdop;
         EXPECT_EQ(d.model->fixCount + std::to_string(d.model->Count), averaged ? "11" : "0")
             << acc << " " << hdop;
     }
     Dialog off(0);
-    off.receive(gga(1, 1, 0.0) + gga(1, 1, 0.0));
-    off.ticks(1);
+    off.receive(gga(1, 1, 0.0) + gga(1, 1, 0.0)), off.ticks(1);
     EXPECT_EQ(off.model->result(), Result::Open); // never closes by itself
 }
 
 TEST(GetPosition, InvalidFixesAndErrorsStopNothingButThemselves) {
     Dialog d(30);
     d.receive(gga(10, 10, 1.0, 0));
-    // The quality comes first, then the HDOP again.
     EXPECT_EQ(d.model->fixText + d.model->HDOP + std::to_string(d.model->Count), "Fix lost1.00");
-    d.receive(Sentence("GPGGA,1,,,,,0,,,,,,,,") + "\r\n");
+    d.send("GPGGA,1,,,,,0,,,,,,,,");
     EXPECT_EQ(d.model->HDOP, "");
     d.receive(gga(10, 10, 1.0, 2));
     EXPECT_EQ(d.model->fixText + std::to_string(d.model->Count), "Fix obtained1");
     // RMC and GLL are shown but never parsed: neither their status nor their position counts.
-    d.receive(Sentence("GPGLL,1000.000,N,01000.000,E,225444,A") + "\r\n");
-    d.receive(Sentence("GPRMC,1,V,1000.000,N,01000.000,E,,,,") + "\r\n");
+    d.send("GPGLL,1000.000,N,01000.000,E,225444,A");
+    d.send("GPRMC,1,V,1000.000,N,01000.000,E,,,,");
     EXPECT_TRUE(d.model->Count == 1 && d.model->FixValid);
     EXPECT_EQ(d.model->record.substr(0, 6), "$GPRMC");
 
-    d.receive(Sentence("GPGGA,1,4807.038,N,01131.000,E,1,08,1.0") + "\r\n");
+    d.send("GPGGA,1,4807.038,N,01131.000,E,1,08,1.0");
     EXPECT_EQ(d.model->record, "Error: Subscript out of range");
     EXPECT_EQ(d.model->Count, 2); // the position came before the missing fields
     // A failing sentence costs only itself: the fix after it in the same read still counts.
@@ -167,7 +162,7 @@ TEST(GetPosition, AveragesAgainstIndependentSums) {
         const double lat0 = latD(rng), lon0 = lonD(rng);
         double sumLat = 0, sumLon = 0, sumH2 = 0;
         for (int i = 0; i < 12; ++i) {
-            // Positions on the 1e-4 minute grid the sentence carries, so nothing is lost.
+            // on the 1e-4 minute grid the sentence carries
             const double la = std::round((lat0 + spread(rng)) * 600000) / 600000;
             const double lo = std::round((lon0 + spread(rng)) * 600000) / 600000;
             const double h = (5 + rng() % 36) / 10.0;
@@ -181,27 +176,23 @@ TEST(GetPosition, AveragesAgainstIndependentSums) {
         EXPECT_EQ(d.model->lon.find('.'), d.model->lon[0] == '-' ? 4u : 3u); // "000.000000"
     }
     Dialog south;
-    south.receive(Sentence("GPGGA,1,3351.1234,S,00023.0832,W,1,08,1.0,,,,,,") + "\r\n");
+    south.send("GPGGA,1,3351.1234,S,00023.0832,W,1,08,1.0,,,,,,");
     EXPECT_EQ(south.model->currentLat + " " + south.model->currentLon, "-33.852057 -000.384720");
 }
 
 TEST(GetPosition, TimerEndsTheCaptureOverTwoFixesWithinTheAccuracy) {
     Dialog d, quiet(10, false), open, comma(10, false, ',');
-    d.receive(gga(48.1, 11.5, 1.0));
-    d.ticks(1);
+    d.receive(gga(48.1, 11.5, 1.0)), d.ticks(1);
     EXPECT_EQ(d.model->result(), Result::Open); // one fix is not enough
-    d.receive(gga(48.2, 11.6, 1.0));
-    d.ticks(1);
+    d.receive(gga(48.2, 11.6, 1.0)), d.ticks(1);
     EXPECT_TRUE(d.model->result() == Result::Ok && !d.port.open);
     EXPECT_EQ(d.beeper.beeps, (decltype(d.beeper.beeps){{2000, 100}}));
     zav::SetupRecord setup;
     d.model->ApplyTo(setup);
     EXPECT_EQ(setup.lat + " " + setup.lon, "48.150000 011.550000");
     // The Beep option off: acc 8.00 is still within 10, silently. Acc 12.00 stays open.
-    quiet.receive(gga(1, 1, 2.0) + gga(1, 1, 2.0));
-    open.receive(gga(1, 1, 3.0) + gga(1, 1, 3.0));
-    quiet.ticks(1);
-    open.ticks(1);
+    quiet.receive(gga(1, 1, 2.0) + gga(1, 1, 2.0)), quiet.ticks(1);
+    open.receive(gga(1, 1, 3.0) + gga(1, 1, 3.0)), open.ticks(1);
     EXPECT_TRUE(quiet.model->result() == Result::Ok && quiet.beeper.beeps.empty());
     EXPECT_EQ(open.model->result(), Result::Open);
     // A comma locale shows the dialog's numbers with "," but reads the receiver's with ".".
@@ -253,10 +244,8 @@ TEST(GpsSetup, OkConvertsOrReportsWhatDoesNotFit) {
     GpsSetupModel setup(settings, dialogs, {}, ',');
     setup.open();
     setup.port = "7", setup.parity = "O", setup.Device = "/dev/ttyUSB1";
-    setup.speed = "5000000"; // past any serial line
-    setup.dataBits = "eight";
-    setup.stopBits = "1.5"; // a 16-bit count: rounds half to even
-    setup.acc = "40000";
+    // Speed past any serial line; Sbits a 16-bit count that rounds half to even.
+    setup.speed = "5000000", setup.dataBits = "eight", setup.stopBits = "1.5", setup.acc = "40000";
     using C = std::tuple<std::string*, const char*, const char*>; // field, said, then typed
     for (const auto& [field, said, fix] :
          {C{&setup.speed, "Error: Overflow (Speed \"5000000\")", "9600"},
@@ -268,8 +257,7 @@ TEST(GpsSetup, OkConvertsOrReportsWhatDoesNotFit) {
         *field = fix;
     }
     setup.okPressed();
-    EXPECT_FALSE(setup.Visible());
-    EXPECT_EQ(dialogs.messages.size(), 3u);
+    EXPECT_TRUE(!setup.Visible() && dialogs.messages.size() == 3);
     // Not validated first, Acc rounds half to even as well.
     EXPECT_EQ(std::vector<int>(
                   {settings.Port, settings.Speed, settings.Dbits, settings.Sbits, settings.Acc}),
@@ -286,17 +274,16 @@ TEST(GpsSetup, AccuracyIsTidiedAndThePortPicksADeviceOrANumber) {
     EXPECT_EQ(setup.portList.front(), ublox);
     using P = std::pair<const char*, const char*>;
     for (const auto& [typed, shown] : {P{"-3", "0"}, P{"12,5", "13"}, P{"2,4", "2"}}) {
-        setup.acc = typed;
-        setup.accuracyLeft();
+        setup.acc = typed, setup.accuracyLeft();
         EXPECT_EQ(setup.acc, shown) << typed;
     }
-    // picked or typed, then Device|port
+    // picked or typed: Device|port
     for (const auto& [text, chosen] :
          {P{ublox.c_str(), "/dev/ttyACM0|1"}, P{"/dev/ttyUSB0", "/dev/ttyUSB0|1"}, P{"5", "|5"},
           P{"/dev/rfcomm0", "/dev/rfcomm0|5"}}) {
         setup.portChanged(text);
-        EXPECT_EQ(setup.Device + "|" + setup.port, chosen) << text;
-        EXPECT_EQ(setup.PortShown(), text);
+        EXPECT_EQ(setup.Device + "|" + setup.port + "|" + setup.PortShown(),
+                  chosen + std::string("|") + text);
     }
     setup.cancelPressed(); // nothing of it is kept
     EXPECT_FALSE(setup.Visible() || setup.Stored());

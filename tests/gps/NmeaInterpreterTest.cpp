@@ -21,15 +21,13 @@ namespace {
 
 const std::string kGga = "$GPGGA,123519,4807.038,N,01131.000,E,1,08,0.9,545.4,M,46.9,M,,*47";
 
-// An interpreter whose events are kept as text lines.
-class Interpreter : public zav::NmeaInterpreter {
-public:
+struct Interpreter : zav::NmeaInterpreter {
+    std::ostringstream m_out;
+    zav::NmeaEventText m_text{m_out};
     Interpreter() : NmeaInterpreter(m_text) {}
-    // The events raised since the last call.
-    std::string events() {
-        std::string s = m_out.str();
-        m_out.str("");
-        return s;
+    std::string events() { // those raised since the last call
+        const std::string s = m_out.str();
+        return m_out.str(""), s;
     }
     // The number of the error thrown out of parseSentence; else 0 parsed, -1 refused.
     int outcome(const std::string& sentence) {
@@ -39,10 +37,6 @@ public:
             return e.Number();
         }
     }
-
-private:
-    std::ostringstream m_out;
-    zav::NmeaEventText m_text{m_out};
 };
 
 // The lines of `events` that start with `prefix`, their values joined by blanks.
@@ -99,10 +93,8 @@ TEST(NmeaInterpreter, ChecksumRules) {
 TEST(NmeaInterpreter, ErrorsLeaveParseSentenceAfterTheEventsBeforeThem) {
     Interpreter nmea;
     using C = std::tuple<const char*, int, const char*>;
-    // The station ID past the end; a field that is not a number; 16-bit counts: overflow is an
-    // error, halves round to even; too short to reach the fix quality: nothing at all; a GSA
-    // with two channels; GSV: a strict satellite field, a message number whose satellites
-    // overflow 16 bits, and no more than the counts.
+    // The station ID past the end; not a number; 16-bit counts overflow, halves round to even;
+    // too short to reach the fix quality; a GSA with two channels; GSV: not a number, too many.
     for (const auto& [body, error, events] :
          {C{"GPGGA,123519,4807.038,N,01131.000,E,1,08,0.9,545.4,M,46.9,M,3", 9,
             "PositionFixReceived\tValid SPS\nTimeChanged\t12:35:19 GMT\nHDOPReceived\t0.9\n"
@@ -128,8 +120,7 @@ TEST(NmeaInterpreter, ErrorsLeaveParseSentenceAfterTheEventsBeforeThem) {
 
 TEST(NmeaInterpreter, HostileInputOnlyEverEndsInItsOwnErrors) {
     ZAV_NEED_SHARED_DATA();
-    // Real sentences cut, glued and sprinkled with bytes of every value, each given a good
-    // checksum so that the parsers, not the checksum, meet them.
+    // Real sentences cut, glued and sprinkled with any bytes, with checksums the parsers pass.
     std::vector<std::string> seeds;
     std::ifstream capture(std::string(ZAV_SHARED_DATA_DIR) + "/nmea/haicom-305N.nmea");
     for (std::string line; std::getline(capture, line) && seeds.size() < 200;)
@@ -167,8 +158,8 @@ TEST(NmeaInterpreter, EverySatelliteSystemAndOneEpochOfSeveral) {
         EXPECT_FALSE(nmea.parseSentence(Sentence(other + fix))) << other;
     nmea.events();
 
-    // One epoch: GPS in two messages, then BeiDou, whose number 1 is another satellite than
-    // GPS 1. In view is the sum; the satellites are numbered on across the systems.
+    // One epoch: GPS in two messages, then BeiDou (its 1 is not GPS 1): in view is the sum and
+    // the satellites are numbered on across the systems. GPS again begins the next epoch.
     Interpreter sky;
     sky.parseSentence(
         Sentence("GPGSV,2,1,05,01,10,100,40,02,20,200,41,03,30,300,42,04,40,40,43,0"));
@@ -180,7 +171,6 @@ TEST(NmeaInterpreter, EverySatelliteSystemAndOneEpochOfSeveral) {
     EXPECT_EQ(valuesOf(events, "SatelliteReceived"),
               "1\t1\t100\t10\t40 2\t2\t200\t20\t41 3\t3\t300\t30\t42 4\t4\t40\t40\t43 "
               "5\t5\t50\t50\t44 6\t1\t110\t11\t30 7\t7\t210\t21\t31 8\t13\t310\t31\t32");
-    // GPS reporting again begins the next epoch.
     sky.parseSentence(Sentence("GPGSV,1,1,02,01,10,100,40,02,20,200,41"));
     events = sky.events();
     EXPECT_EQ(valuesOf(events, "SatellitesInView") + " " + valuesOf(events, "SatelliteReceived"),
