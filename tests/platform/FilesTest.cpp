@@ -17,7 +17,7 @@
 #include <filesystem>
 #include <fstream>
 #include <optional>
-#include <sstream>
+#include <regex>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -55,11 +55,9 @@ struct WaitingShell : test::FakeShell {
 };
 
 std::string desktopValue(const fs::path& entry, const std::string& key) {
-    std::istringstream in(test::ReadFile(entry));
-    for (std::string line; std::getline(in, line);)
-        if (line.rfind(key + "=", 0) == 0)
-            return line.substr(key.size() + 1);
-    return "<missing>";
+    const std::string text = test::ReadFile(entry);
+    std::smatch m;
+    return std::regex_search(text, m, std::regex("(^|\n)" + key + "=([^\n]*)")) ? m[2].str() : "?";
 }
 
 // The program an Exec value starts, as a desktop takes it apart: string escapes first, then
@@ -85,13 +83,11 @@ std::string programOfExec(const std::string& exec, const fs::path& scratch) {
     return test::ReadFile(out);
 }
 
-// Sets (or with nullptr removes) an environment variable for one scope.
-struct ScopedEnv {
+struct ScopedEnv { // sets (or with nullptr removes) an environment variable for one scope
     std::string name;
     std::optional<std::string> old;
     ScopedEnv(const char* n, const char* value) : name(n) {
-        if (const char* v = std::getenv(n))
-            old = v;
+        old = std::getenv(n) ? std::optional<std::string>(std::getenv(n)) : std::nullopt;
         value ? setenv(n, value, 1) : unsetenv(n);
     }
     ~ScopedEnv() { old ? setenv(name.c_str(), old->c_str(), 1) : unsetenv(name.c_str()); }
@@ -108,8 +104,7 @@ TEST(AtomicFile, ReplacedWholeThroughLinksOrTheOldFileStays) {
     fs::permissions(file, fs::perms::owner_read | fs::perms::owner_write);
     fs::create_symlink(file, link);
     ASSERT_TRUE(WriteFileAtomically(link.string(), "old"));
-    EXPECT_TRUE(fs::is_symlink(link));
-    EXPECT_EQ(test::ReadFile(file), "old");
+    EXPECT_TRUE(fs::is_symlink(link) && test::ReadFile(file) == "old");
     EXPECT_EQ(mode(file), fs::perms::owner_read | fs::perms::owner_write);
     EXPECT_EQ(entries(dir.path), 2u); // no temporary left behind
 
@@ -144,8 +139,8 @@ TEST(FileAccess, ProcFilesAreCappedWhileReadAndCreatedFilesAreNeverLinksTargets)
     EXPECT_EQ(error, "it is larger than 10 bytes");
     ASSERT_TRUE(ReadRegularFile("/proc/self/status", 1 << 20, bytes, &error));
     EXPECT_NE(bytes.find("Pid:"), std::string::npos);
-    EXPECT_EQ(OpenRegularFile("/dev/zero", &error), nullptr);
-    EXPECT_EQ(error, "it is not a regular file");
+    EXPECT_TRUE(OpenRegularFile("/dev/zero", &error) == nullptr &&
+                error == "it is not a regular file");
     const fs::path victim = dir.path / "victim", planted = dir.path / "~0000ABCD.wav";
     std::ofstream(victim) << "precious";
     fs::create_symlink(victim, planted);
@@ -172,8 +167,7 @@ TEST(TempFolder, PrivateFolderNoOtherUserCanPlantAnythingIn) {
     const fs::path fresh = PrivateTempFolder("", shared.string());
     EXPECT_NE(fresh.string(), own.string() + "/");
     EXPECT_EQ(fresh.string().rfind((shared / "zav-").string(), 0), 0u) << fresh;
-    EXPECT_EQ(mode(fresh), fs::perms::owner_all);
-    EXPECT_TRUE(fs::is_empty(elsewhere));
+    EXPECT_TRUE(mode(fresh) == fs::perms::owner_all && fs::is_empty(elsewhere));
 
     // Leftovers of runs that are gone are removed; this run's, its parent's and others' stay.
     const pid_t gone = fork();
@@ -227,8 +221,7 @@ TEST(Associate, TheEntryStartsTheProgramWholeAndTheDesktopIsRefreshed) {
         ASSERT_TRUE(Associate("ZAV", ".zav", exe, data.string(), shell));
         EXPECT_EQ(programOfExec(desktopValue(entry, "Exec"), home.path), exe);
     }
-    const fs::path bin = home.path / "bin";
-    fs::create_directories(bin);
+    const fs::path bin = home.path;
     std::ofstream(bin / "zav.svg") << "<svg/>";
     ASSERT_TRUE(Associate("ZAV", ".zav", (bin / "zav").string(), data.string(), shell));
     EXPECT_EQ(desktopValue(entry, "Icon"), (bin / "zav.svg").string());
@@ -252,7 +245,7 @@ TEST(Associate, TheSharedMimeDatabaseAcceptsTheTypeAndBadInputRunsNothing) {
          {P{"zav", empty.path.string()}, P{"", empty.path.string()}, P{".zav", ""},
           P{".zav", (empty.path / "file").string()}})
         EXPECT_FALSE(Associate("ZAV", extension, "/usr/bin/zav", folder, fake)) << extension;
-    // A relative data folder is no place either: without a home folder there is none.
+    // A relative data folder is no place either, and without a home folder there is none.
     ScopedEnv relative("XDG_DATA_HOME", "relative/dir");
     ScopedEnv noHome("HOME", nullptr);
     EXPECT_FALSE(associateFileTypes("/usr/bin/zav", fake));
