@@ -42,18 +42,17 @@ void expectFaithful(const std::vector<std::int16_t>& s, std::size_t first, std::
             shown.push_back(s[indexOf(points[p])]);
         }
         ASSERT_FALSE(shown.empty()) << "column " << c;
-        const auto [lo, hi] =
-            std::minmax_element(s.begin() + std::ptrdiff_t(begin), s.begin() + std::ptrdiff_t(end));
-        EXPECT_EQ(*std::min_element(shown.begin(), shown.end()), *lo) << "column " << c;
-        EXPECT_EQ(*std::max_element(shown.begin(), shown.end()), *hi) << "column " << c;
+        const auto [lo, hi] = std::minmax_element(s.begin() + long(begin), s.begin() + long(end));
+        const auto [slo, shi] = std::minmax_element(shown.begin(), shown.end());
+        EXPECT_EQ(std::make_pair(*slo, *shi), std::make_pair(*lo, *hi)) << "column " << c;
     }
     EXPECT_EQ(p, points.size());
 }
 
 } // namespace
 
-// Against the transform's definition, term by term, and back again.
-TEST(Fft, MatchesTheDefinitionAndInvertsItself) {
+// Against the transform's definition, term by term.
+TEST(Fft, MatchesTheDefinition) {
     std::mt19937 rng(5);
     std::uniform_real_distribution<double> d(-1, 1);
     for (std::size_t n : {1u, 2u, 8u, 512u, 0u, 3u, 1000u}) {
@@ -68,9 +67,6 @@ TEST(Fft, MatchesTheDefinitionAndInvertsItself) {
         ASSERT_EQ(Fft(fast), powerOfTwo) << n;
         for (std::size_t k = 0; k < n; ++k)
             EXPECT_LT(std::abs(fast[k] - (powerOfTwo ? dft[k] : x[k])), 1e-9 * n) << n;
-        ASSERT_EQ(Fft(fast, true), powerOfTwo);
-        for (std::size_t k = 0; k < n; ++k)
-            EXPECT_LT(std::abs(fast[k] - x[k]), 1e-12) << n;
     }
 }
 
@@ -117,17 +113,15 @@ TEST(Spectrum, SinesPeakAtTheirFrequencyAndLevelAndNoiseFollowsItsPower) {
                 AverageSpectrum(shortSine, 8000, 1000).levelDbfs.empty());
 }
 
-TEST(MinMaxDecimation, EveryColumnKeepsItsExtremes) {
+TEST(MinMaxDecimation, EveryColumnKeepsItsExtremesAndShortRangesComeBackWhole) {
     auto s = test::Noise(2000, 262144, 4);
     s[123457] = 32767;  // a single-sample spike
     s[200001] = -32768; // and a dip
     expectFaithful(s, 0, s.size(), 800);
     expectFaithful(s, 1001, 98765, 333); // a zoomed range the columns do not divide
     expectFaithful(std::vector<std::int16_t>(10000, 5), 0, 10000, 100); // ties everywhere
-}
-
-TEST(MinMaxDecimation, ShortRangesComeBackWholeAndBadRangesEmpty) {
-    const auto s = test::Sine(20000, 1000, 44100, 1000);
+    // Short ranges come back whole, ranges past the end clipped, bad ranges empty.
+    s.resize(1000);
     const auto whole = DecimateMinMax(s, 10, 210, 100, kStep);
     ASSERT_EQ(whole.size(), 200u);
     for (std::size_t i = 0; i < whole.size(); ++i)
