@@ -57,11 +57,9 @@ TEST(PostVars, FieldOrderWithFreeTextEncodedCellsAsDisplayedAndThePositionLast) 
         "&Notes=first+line%0D%0Asecond%09line+%26+more";
     EXPECT_EQ(PostVars(f.source()), noPosition);
     // The position only when both halves are known, and never encoded.
+    f.observation.ObsLon = "-0.120000";
+    EXPECT_EQ(PostVars(f.source()), noPosition);
     f.observation.ObsLat = "51.500000";
-    EXPECT_EQ(PostVars(f.source()), noPosition);
-    std::swap(f.observation.ObsLat, f.observation.ObsLon);
-    EXPECT_EQ(PostVars(f.source()), noPosition);
-    f.observation.ObsLat = "51.500000", f.observation.ObsLon = "-0.120000";
     EXPECT_EQ(PostVars(f.source()), noPosition + "&Latitude=51.500000&Longitude=-0.120000");
     using P = std::pair<const char*, const char*>;
     for (const auto& [typed, address] :
@@ -79,8 +77,7 @@ TEST(TransferModel, TheEmailWayNeedsTheCollectingAddress) {
     rig.settings.AtfEmail.clear();
     TransferModel m = rig.open();
     EXPECT_TRUE(m.sendByEmail && !m.sendOnline && !m.okVisible);
-    m.AtfEmail = "x@y";
-    m.collectingAddressEdited();
+    m.AtfEmail = "x@y", m.collectingAddressEdited();
     EXPECT_TRUE(m.okVisible);
 }
 
@@ -89,8 +86,7 @@ TEST(TransferModel, PostsOrMailsAccountAndReportOnceOrSaysWhyItCouldNot) {
     TransferRig rig;
     rig.settings.username = "*alice";
     TransferModel posted = rig.open();
-    posted.okPressed();
-    posted.close();
+    posted.okPressed(), posted.close();
     ASSERT_EQ(rig.http.requests.size(), 1u);
     EXPECT_EQ(rig.http.requests[0].body,
               PostVars(rig.source) +
