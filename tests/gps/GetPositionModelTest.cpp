@@ -26,7 +26,6 @@ using Result = GetPositionModel::Result;
 
 namespace {
 
-// A serial port that records what it was asked and refuses to open with `openError`.
 struct FakeSerialPort : zav::SerialPort {
     int openError = 0, commPort = 0;
     std::string settings, device;
@@ -96,7 +95,6 @@ TEST(GetPosition, APortThatCannotBeOpenedOrStaysSilentSaysWhy) {
         EXPECT_EQ(refusing.settings + " " + refusing.device + " " + denied.record,
                   "115200,N,8,1 /dev/ttyACM0 " + said);
     }
-    // Silent for five seconds: said once, and the dialog stays.
     Dialog d;
     d.ticks(4), d.receive("$GP"), d.ticks(5); // anything at all is data
     EXPECT_EQ(d.model->ErrorsShown(), 0u);
@@ -107,8 +105,7 @@ TEST(GetPosition, APortThatCannotBeOpenedOrStaysSilentSaysWhy) {
 }
 
 TEST(GetPosition, HdopColoursAndAcceptance) {
-    // Acc 10: red above 3.333, normal up to 2.5; Acc 0: red above 5, normal up to 2, and only
-    // HDOP 0 is accepted. The shown, rounded HDOP decides acceptance: 3.34 shows as 3.3.
+    // Acc 10: red above 3.333, normal to 2.5; Acc 0: red above 5, normal to 2, only 0 taken.
     using C = std::tuple<std::int16_t, const char*, CellColour, bool>;
     const CellColour red = CellColour::Red, orange = CellColour::Orange,
                      normal = CellColour::WindowText;
@@ -271,7 +268,6 @@ TEST(GpsSetup, AccuracyIsTidiedAndThePortPicksADeviceOrANumber) {
     setup.acc = "-3", setup.accuracyLeft(); // rounding it: the dialog's test
     EXPECT_EQ(setup.acc, "0");
     using P = std::pair<const char*, const char*>;
-    // picked or typed: Device|port
     for (const auto& [text, chosen] :
          {P{ublox.c_str(), "/dev/ttyACM0|1"}, P{"/dev/ttyUSB0", "/dev/ttyUSB0|1"}, P{"5", "|5"},
           P{"/dev/rfcomm0", "/dev/rfcomm0|5"}}) {

@@ -29,7 +29,7 @@ struct Interpreter : zav::NmeaInterpreter {
         const std::string s = m_out.str();
         return m_out.str(""), s;
     }
-    // The number of the error thrown out of parseSentence; else 0 parsed, -1 refused.
+    // The number of the error thrown, else 0 parsed, -1 refused.
     int outcome(const std::string& sentence) {
         try {
             return parseSentence(sentence) ? 0 : -1;
@@ -39,7 +39,6 @@ struct Interpreter : zav::NmeaInterpreter {
     }
 };
 
-// The lines of `events` that start with `prefix`, their values joined by blanks.
 std::string valuesOf(const std::string& events, const std::string& prefix) {
     std::istringstream in(events);
     std::string out;
@@ -65,17 +64,15 @@ TEST(NmeaInterpreter, ChecksumRules) {
     EXPECT_EQ(nmea.events(), "");
     EXPECT_TRUE(nmea.parseSentence(std::string(kGga).insert(10, "$")));
 
-    // With a "*", the XOR of the body in capital hex; without one, every character is summed,
-    // the last two included, and compared with those two.
-    int accepted = 0, withLetter = 0;
+    // With a "*", capital hex; without, the last two are summed too and compared with.
+    const std::string lettered = Sentence("GPGLL,4916.45,S,12311.12,W,225444,A"); // "*2C"
+    EXPECT_TRUE(nmea.parseSentence(lettered) &&
+                !nmea.parseSentence(lettered.substr(0, lettered.size() - 2) +
+                                    zav::LowerAscii(lettered.substr(lettered.size() - 2))));
+    int accepted = 0;
     for (int second = 10; second < 60; ++second) {
         const std::string fields =
             "GPGLL,4916.45,N,12311.12,W,2254" + std::to_string(second) + ",A";
-        const std::string sum = Sentence(fields).substr(fields.size() + 2);
-        const bool letter = sum.find_first_of("ABCDEF") != std::string::npos;
-        withLetter += letter;
-        EXPECT_TRUE(!letter || (nmea.parseSentence("$" + fields + "*" + sum) &&
-                                !nmea.parseSentence("$" + fields + "*" + zav::LowerAscii(sum))));
         for (int code = 0; code < 256; ++code) {
             char hex[3];
             std::snprintf(hex, sizeof hex, "%02X", code);
@@ -87,14 +84,12 @@ TEST(NmeaInterpreter, ChecksumRules) {
             EXPECT_EQ(nmea.events().find("FixObtained\n") != std::string::npos, matches) << s;
         }
     }
-    EXPECT_TRUE(withLetter >= 5 && accepted > 0);
+    EXPECT_GT(accepted, 0);
 }
 
 TEST(NmeaInterpreter, ErrorsLeaveParseSentenceAfterTheEventsBeforeThem) {
     Interpreter nmea;
     using C = std::tuple<const char*, int, const char*>;
-    // The station ID past the end; not a number; 16-bit counts overflow, halves round to even;
-    // too short to reach the fix quality; a GSA with two channels; GSV: not a number, too many.
     for (const auto& [body, error, events] :
          {C{"GPGGA,123519,4807.038,N,01131.000,E,1,08,0.9,545.4,M,46.9,M,3", 9, nullptr},
           C{"GPGGA,123519,4807.038,N,01131.000,E,1,08,O.9,,,,,,", 13,
@@ -154,8 +149,7 @@ TEST(NmeaInterpreter, EverySatelliteSystemAndOneEpochOfSeveral) {
         EXPECT_FALSE(nmea.parseSentence(Sentence(other + fix))) << other;
     nmea.events();
 
-    // One epoch: GPS in two messages, then BeiDou (its 1 is not GPS 1): in view is the sum and
-    // the satellites are numbered on across the systems. GPS again begins the next epoch.
+    // One epoch: GPS in two messages, then BeiDou; GPS again begins the next.
     Interpreter sky;
     sky.parseSentence(
         Sentence("GPGSV,2,1,05,01,10,100,40,02,20,200,41,03,30,300,42,04,40,40,43,0"));
@@ -173,8 +167,7 @@ TEST(NmeaInterpreter, EverySatelliteSystemAndOneEpochOfSeveral) {
               "2 1\t1\t100\t10\t40 2\t2\t200\t20\t41");
     EXPECT_EQ(sky.SatellitesInView(), 2);
 
-    // The GSA of one epoch, one per system, fill the channels on from the first one's; the
-    // same system again, or a GSA after another sentence, is the next epoch.
+    // One GSA per system fills the channels on; the same system again begins the next epoch.
     using P = std::pair<std::string, const char*>;
     for (const auto& [body, channels] :
          {P{"GNGSA,A,3,01,02,,04,,,,,,,,,1.5,0.9,1.2,1", "1 2 0 4 0 0 0 0 0 0 0 0"},

@@ -52,8 +52,7 @@ std::string desktopValue(const fs::path& entry, const std::string& key) {
     return std::regex_search(text, m, std::regex("(^|\n)" + key + "=([^\n]*)")) ? m[2].str() : "?";
 }
 
-// The program an Exec value starts, as a desktop takes it apart: string escapes first, then
-// "%f" dropped and "%%" made "%", then the shell's own reading of the double quotes.
+// The program an Exec value starts: escapes, then "%f" and "%%", then the shell's quoting.
 std::string programOfExec(const std::string& exec, const fs::path& scratch) {
     std::string s;
     for (std::size_t i = 0; i < exec.size(); ++i) {
@@ -142,7 +141,6 @@ TEST(FileAccess, ProcFilesAreCappedWhileReadAndCreatedFilesAreNeverLinksTargets)
 
 TEST(TempFolder, PrivateFolderNoOtherUserCanPlantAnythingIn) {
     test::TempDir dir;
-    // The session's runtime folder when it is private, a folder of the user's own otherwise.
     const fs::path runtime = dir.path / "run", shared = dir.path / "tmp",
                    own = shared / ("zav-" + std::to_string(getuid())), elsewhere = dir.path / "e";
     for (const fs::path& d : {runtime, shared, elsewhere})
@@ -181,7 +179,6 @@ TEST(TempFolder, PrivateFolderNoOtherUserCanPlantAnythingIn) {
     for (const auto& [n, stays] : files)
         EXPECT_EQ(fs::exists(fresh / n), stays) << n;
 
-    // A run that is terminated removes its own recordings.
     const fs::path wav = dir.path / "~1.wav", tmp = dir.path / "~1.tmp";
     EXPECT_TRUE(diesBy(SIGTERM, [&] {
         RemoveOnTermination({wav.string(), tmp.string()});

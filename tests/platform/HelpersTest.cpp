@@ -29,8 +29,7 @@ TEST(Conversions, AntennaFactorFromTheTextbookFormula) {
 
 TEST(CompareVersions, NumericPartsAndTheSharedPosition) {
     using C = std::tuple<const char*, const char*, int, int>;
-    // After the first part the position moves just past the nearer dot, shared by both:
-    // "01.3" is then read from its dot on, as "" (0). Part by part it would be lower.
+    // After the first part the shared position moves past the nearer dot: "01.3" reads "" (0).
     for (const auto& [a, b, parts, result] :
          {C{"5.1", "6.0", 2, -1}, C{"10.0", "6.0", 2, 1}, C{"6.0", "6.0", 2, 0},
           C{"2.1.2.9", "2.1.2.8", 4, 1}, C{"2.1.2.9", "2.1.2.8", 3, 0}, C{"1.2.10", "1.2.9", 3, 1},
@@ -44,8 +43,7 @@ TEST(Paths, BaseNamesSeparatorsAndTheSuffixOfTheChosenFilter) {
                                      P{"/home/op/site a.zav", "site a"}, P{"D:field.zav", "field"}})
         EXPECT_EQ(ProfileBaseName(path), base);
 
-    // A typed name without a suffix gets the chosen type's, or the command's own for "*.*";
-    // an index out of range picks the first type.
+    // The chosen type's suffix, the command's own for "*.*", out of range the first type's.
     const char *text = "All Files (*.*)|*.*|Text files (*.txt;*.tab)|*.txt;*.tab",
                *plot = "All Files (*.*)|*.*|Plot files (*.plt)|*.plt",
                *zav = "ZAV files (*.zav)|*.zav|Other (*.ini)|*.ini", *all = "All Files (*.*)|*.*";
@@ -127,7 +125,6 @@ TEST(Number, AcceptsTheDecimalGrammarAndHexadecimal) {
           "1e400", "inf", "nan", "12abc", "- 5",  "1d3"}) {
         EXPECT_TRUE(!IsNumber(text) && Number(text) == 0.0) << text;
     }
-    // The caller's separator decides; with a comma the point is no separator at all.
     EXPECT_TRUE(IsNumber("1,5", ',') && !IsNumber("1.5", ','));
     EXPECT_DOUBLE_EQ(Number("1,5", ','), 1.5);
 }

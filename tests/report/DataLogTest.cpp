@@ -63,8 +63,7 @@ TEST(DataLog, AFailedAppendLeavesTheFileAsItWasSaysWhyAndLeavesTheCommandsEnable
     o.enableLog(); // the next calculation
     o.outputs.focus = FocusTarget::Unchanged;
     const std::string earlier = test::ReadFile(log);
-    // A missing folder, a folder, and a disk that fills up a few bytes into the row: the file
-    // stays as long as before, so the next row starts a line of its own.
+    // A missing folder, a folder, a disk full a few bytes into the row: the file stays whole.
     using P = std::pair<fs::path, std::string>;
     for (const auto& [path, reason] :
          {P{o.dir.path / "missing" / "log.tab", "No such file or directory"}, P{o.dir.path, ""},
@@ -81,7 +80,6 @@ TEST(DataLog, AFailedAppendLeavesTheFileAsItWasSaysWhyAndLeavesTheCommandsEnable
     o.outputs.TsvFileName = log.string();
     o.outputs.recordTsv();
     EXPECT_EQ(test::ReadFile(log), earlier + DataLogRow(o.f.source()));
-    // A saved report is whole or the old file stays.
     const fs::path report = o.dir.path / "report.txt";
     std::ofstream(report) << "old";
     o.dialogs.files = {report.string(), report.string()};
@@ -136,8 +134,7 @@ TEST(TextReport, MatchesTheExpectedFileAndFormatsPositionBandwidthAndInterval) {
 
 // The whole output, byte for byte, from a real log: tests/cli/outputs.sh.
 TEST(MonitorSummary, CountsMinMedianMaxPerFrequencyAndHourAndRefusesOtherFiles) {
-    // As the program writes it (header ending in a tab, CR LF), with a decimal comma mixed in,
-    // another day in the same hour, and rows without a reading or a time.
+    // A decimal comma, another day in the same hour, rows without a reading or a time.
     const std::string header = "Program\tObsTime\tFrequency\tFsRms\tRxRms\tNotes\t\r\n";
     std::string text = header;
     for (const char* row : {"20261124130500\t7.100\t3\t-100", "20261124131500\t7.100\t1\t-101",
@@ -162,7 +159,6 @@ TEST(MonitorSummary, CountsMinMedianMaxPerFrequencyAndHourAndRefusesOtherFiles) 
     ASSERT_TRUE(rx);
     EXPECT_DOUBLE_EQ(rx->frequencies[1].hours[1].median, -99);
 
-    // Not a data log, or no such column: refused, with the column named.
     EXPECT_FALSE(SummariseDataLog(header, "NoSuchKey", &error));
     EXPECT_NE(error.find("NoSuchKey"), std::string::npos);
     EXPECT_FALSE(SummariseDataLog("", "FsRms", &error));

@@ -25,8 +25,7 @@ std::size_t indexOf(const PlotPoint& p) {
     return static_cast<std::size_t>(std::lround(p.x / kStep));
 }
 
-// Brute force: each point is a real sample, time only goes forward, and the points inside
-// every column show that column's lowest and highest sample.
+// Each point a real sample, in time order, each column showing its lowest and highest.
 void expectFaithful(const std::vector<std::int16_t>& s, std::size_t first, std::size_t last,
                     std::size_t columns) {
     const auto points = DecimateMinMax(s, first, last, columns, kStep);
@@ -51,7 +50,6 @@ void expectFaithful(const std::vector<std::int16_t>& s, std::size_t first, std::
 
 } // namespace
 
-// Against the transform's definition, term by term.
 TEST(Fft, MatchesTheDefinition) {
     std::mt19937 rng(5);
     std::uniform_real_distribution<double> d(-1, 1);
@@ -71,8 +69,7 @@ TEST(Fft, MatchesTheDefinition) {
 }
 
 TEST(Spectrum, SinesPeakAtTheirFrequencyAndLevelAndNoiseFollowsItsPower) {
-    // 1 kHz at 8 kHz falls on bin 512 of 4096: -6.02 dBFS for half scale, 16-bit rounding
-    // elsewhere.
+    // 1 kHz at 8 kHz falls on bin 512 of 4096: -6.02 dBFS for half scale.
     const auto onBin = test::Sine(16384, 1000, 8000, 8000 * 4);
     const Spectrum s = AverageSpectrum(onBin, 8000);
     ASSERT_EQ(
@@ -89,8 +86,7 @@ TEST(Spectrum, SinesPeakAtTheirFrequencyAndLevelAndNoiseFollowsItsPower) {
         mean += std::pow(10.0, w.levelDbfs[k] / 10) / double(w.levelDbfs.size() - 2);
     EXPECT_NEAR(10 * std::log10(mean), 10 * std::log10(6 * std::pow(1000 / 32768.0, 2) / 1024),
                 0.2);
-    // Short, full scale on DC (0 dBFS in bin 0: no mirror image to share with), too short or
-    // bad input; silence reads the floor.
+    // Full scale on DC reads 0 dBFS in bin 0: no mirror image to share with.
     EXPECT_EQ(AverageSpectrum(std::vector<std::int16_t>(5000, 0), 8000).levelDbfs[9],
               kSpectrumFloorDbfs);
     const auto shortSine = test::Sine(32767, 2000, 8000, 100); // the largest power of two held
@@ -111,7 +107,6 @@ TEST(MinMaxDecimation, EveryColumnKeepsItsExtremesAndShortRangesComeBackWhole) {
     expectFaithful(s, 0, s.size(), 800);
     expectFaithful(s, 1001, 98765, 333); // a zoomed range the columns do not divide
     expectFaithful(std::vector<std::int16_t>(10000, 5), 0, 10000, 100); // ties everywhere
-    // Short ranges come back whole, ranges past the end clipped, bad ranges empty.
     s.resize(1000);
     const auto whole = DecimateMinMax(s, 10, 210, 100, kStep);
     ASSERT_EQ(whole.size(), 200u);

@@ -44,8 +44,7 @@ struct TransferRig {
 TEST(PostVars, FieldOrderWithFreeTextEncodedCellsAsDisplayedAndThePositionLast) {
     ReportFixture f;
     f.setup.Tester = "G4ABC/P", f.setup.Location = "Hill top = 3 & more";
-    // Written out by hand from the field list: free text and formatted numbers encoded
-    // (every character but letters and digits), grid cells and the time as they stand.
+    // By hand: free text and formatted numbers encoded, grid cells and the time as they stand.
     const std::string noPosition =
         "Program=ZAV&Version=" + VersionText() +
         "&ObsTime=20261121093015&Tester=G4ABC%2FP&Location=Hill+top+%3D+3+%26+more"
@@ -56,7 +55,6 @@ TEST(PostVars, FieldOrderWithFreeTextEncodedCellsAsDisplayedAndThePositionLast) 
         "&NormQp=-32.3&NormPk=-22.8&QpRms=1.50&PkRms=11.00"
         "&Notes=first+line%0D%0Asecond%09line+%26+more";
     EXPECT_EQ(PostVars(f.source()), noPosition);
-    // The position only when both halves are known, and never encoded.
     f.observation.ObsLon = "-0.120000";
     EXPECT_EQ(PostVars(f.source()), noPosition);
     f.observation.ObsLat = "51.500000";

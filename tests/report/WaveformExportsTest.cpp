@@ -85,8 +85,7 @@ TEST(WaveformExports, UnreadableRecordingsAndFailedCopiesSayWhyAndLeaveTheOldFil
     EXPECT_TRUE(e.dialogs.fileRequests.empty() && e.dialogs.messages.empty() &&
                 e.clipboard.texts.empty() && !shown);
 
-    // Saved as a copy; cancelled: nothing said; into a missing folder, or without a recording:
-    // said, and the chosen file stays as it was.
+    // Saved; cancelled; into a missing folder or without a recording: said, the file kept.
     const fs::path target = e.dir / "copy.wav", missing = e.dir / "no" / "such.plt";
     test::WriteWave(e.source.wavePath, test::Noise(3000, 5000, 3), 22050);
     std::ofstream(target) << "an older and much longer file than nothing at all";
