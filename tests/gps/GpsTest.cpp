@@ -104,7 +104,7 @@ struct Dialog {
     void receive(const std::string& chunk) { port.receive(chunk); } // as the serial control
     void send(const std::string& body) { receive(Sentence(body) + "\r\n"); }
     void ticks(int n) {
-        while (n-- > 0)
+        for (; n > 0; --n)
             model->onClockTick();
     }
 };
@@ -194,8 +194,7 @@ TEST(NmeaInterpreter, HostileInputOnlyEverEndsInItsOwnErrors) {
             for (int k = rng() % 4; k >= 0; --k)
                 body[rng() % body.size()] = static_cast<char>(rng() % 256);
         const int outcome = nmea.outcome(Sentence(body)); // any other exception fails
-        parsed += outcome == 0, errors += outcome > 0;
-        nmea.events();
+        parsed += outcome == 0, errors += outcome > 0, nmea.events();
     }
     EXPECT_TRUE(parsed > 500 && errors > 50) << parsed << " " << errors;
 }
@@ -209,7 +208,6 @@ TEST(NmeaInterpreter, EverySatelliteSystemAndOneEpochOfSeveral) {
     }
     for (const char* other : {"XX", "GPX", "gp"})
         EXPECT_FALSE(nmea.parseSentence(Sentence(other + fix))) << other;
-    nmea.events();
 
     // One epoch: GPS in two messages, then BeiDou; GPS again begins the next.
     Interpreter sky;

@@ -1,9 +1,7 @@
 #include "ReportFixture.h"
 
 #include "platform/Version.h"
-
-#include <fstream>
-#include <iterator>
+#include "testsupport/ScratchDir.h"
 
 namespace zav::test {
 
@@ -28,8 +26,7 @@ ReportSource ReportFixture::source() const {
 }
 
 std::string ExpectedFile(const std::string& name) {
-    std::ifstream in(std::string(ZAV_SOURCE_DIR) + "/tests/data/report/" + name, std::ios::binary);
-    std::string text((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    std::string text = ReadFile(std::string(ZAV_SOURCE_DIR) + "/tests/data/report/" + name);
     const std::string marker = "@VERSION@";
     for (auto at = text.find(marker); at != std::string::npos; at = text.find(marker))
         text.replace(at, marker.size(), VersionText());
