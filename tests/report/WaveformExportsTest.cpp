@@ -153,7 +153,8 @@ TEST(WaveformExports, PlayFailureSaysWhyThePlotGetsEverySampleAndAStepEnablesThe
     const auto samples = test::Sine(8000, 440, 11025, 11025);
     test::WriteWave(e.source.wavePath, samples, 11025);
     WavePlot shown;
-    e.model.showPlot = [&](WavePlot p) { shown = std::move(p); }, e.model.plotWave();
+    e.model.showPlot = [&](WavePlot p) { shown = std::move(p); };
+    e.model.plotWave();
     EXPECT_EQ(shown.title + std::to_string(shown.sampleRate),
               "ZAV: External Noise 2024050112000011025");
     EXPECT_EQ(shown.samples, samples);
