@@ -1,9 +1,7 @@
 #include "ReportFixture.h"
 
 #include "platform/Version.h"
-
-#include <fstream>
-#include <iterator>
+#include "testsupport/ScratchDir.h"
 
 namespace zav::test {
 
@@ -14,17 +12,12 @@ ReportFixture::ReportFixture() {
     setup.RxNF = "6.00", setup.Antenna = "Dipole", setup.AntGain = "-2.15";
     setup.Feedline = "RG58 20 m", setup.Loss = "1.5", setup.Attenuator = "20.0", setup.AGC = "20";
     setup.Interval = "500", setup.Notes = "first line\r\nsecond\tline & more";
-    observation.ObsTime = "20261121093015";
-    observation.durationSeconds = 0.5;
-    const char* calc[4][3] = {{"-120.05", "-1.1", "-34.9"},
-                              {"-119.00", "0.0", "-33.8"},
-                              {"-117.50", "1.5", "-32.3"},
-                              {"-108.00", "11.0", "-22.8"}};
-    for (int r = 0; r < 4; ++r)
-        for (int c = 0; c < 3; ++c)
-            gridCalc.SetText(r + 1, c + 1, calc[r][c]);
-    gridMeas.SetText(23, "1.50");
-    gridMeas.SetText(27, "11.00");
+    observation.ObsTime = "20261121093015", observation.durationSeconds = 0.5;
+    const char* calc[] = {"-120.05", "-1.1", "-34.9", "-119.00", "0.0",  "-33.8",
+                          "-117.50", "1.5",  "-32.3", "-108.00", "11.0", "-22.8"};
+    for (int i = 0; i < 12; ++i)
+        gridCalc.SetText(i / 3 + 1, i % 3 + 1, calc[i]);
+    gridMeas.SetText(23, "1.50"), gridMeas.SetText(27, "11.00");
     gridMeas.SetText(22, "9.99"); // receiver column: never copied
 }
 
@@ -33,8 +26,7 @@ ReportSource ReportFixture::source() const {
 }
 
 std::string ExpectedFile(const std::string& name) {
-    std::ifstream in(std::string(ZAV_SOURCE_DIR) + "/tests/data/report/" + name, std::ios::binary);
-    std::string text((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    std::string text = ReadFile(std::string(ZAV_SOURCE_DIR) + "/tests/data/report/" + name);
     const std::string marker = "@VERSION@";
     for (auto at = text.find(marker); at != std::string::npos; at = text.find(marker))
         text.replace(at, marker.size(), VersionText());

@@ -10,8 +10,7 @@ namespace zav::test {
 struct ReportFixture {
     SetupRecord setup;
     Observation observation;
-    ResultGrid gridMeas = ResultGrid::MakeMeasGrid();
-    ResultGrid gridCalc = ResultGrid::MakeCalcGrid();
+    ResultGrid gridMeas = ResultGrid::MakeMeasGrid(), gridCalc = ResultGrid::MakeCalcGrid();
     ReportFixture();
     ReportSource source() const;
 };
