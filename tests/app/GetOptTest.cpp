@@ -65,9 +65,8 @@ TEST(GetOpt, UnknownOptionAndMissingArgumentShowTheirMessagesUnlessSilenced) {
     // The position only advances past an unknown letter that ends its argument.
     const auto first = SplitCommandLine("-xd", 5), last = SplitCommandLine("-dx", 5);
     GetOpt a(d), b(d);
-    EXPECT_EQ(a.Next(first, "dhlt:"), "?");
-    EXPECT_EQ(std::make_pair(a.optind, a.optpos), std::make_pair(1, 2));
-    EXPECT_EQ(b.Next(last, "dhlt:"), "d");
-    EXPECT_EQ(b.Next(last, "dhlt:"), "?");
-    EXPECT_EQ(std::make_pair(b.optind, b.optpos), std::make_pair(2, 2));
+    std::string seen = a.Next(first, "dhlt:");
+    seen += b.Next(last, "dhlt:"), seen += b.Next(last, "dhlt:");
+    EXPECT_EQ(seen, "?d?");
+    EXPECT_EQ(std::vector({a.optind, a.optpos, b.optind, b.optpos}), std::vector({1, 2, 2, 2}));
 }

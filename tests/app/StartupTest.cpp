@@ -23,31 +23,26 @@ struct Launch {
 
 TEST(Startup, DefaultsLastProfileAndTheProfileArgument) {
     Launch r;
-    auto d = r.decide("");
-    EXPECT_TRUE(d.showWindow);
-    EXPECT_EQ(d.state.currentDir, kDir);
-    EXPECT_EQ(d.state.profilePath + "|" + d.state.profileName, kDir + "ZAV.zav|ZAV");
-    EXPECT_EQ(d.state.tsvFileName, "ZavData.tab");
-    EXPECT_EQ(d.state.debugFlag, 0);
-    EXPECT_EQ(r.decide("-l").state.profilePath, kDir + "ZAV.zav"); // nothing saved yet
-
-    r.settings.SaveSetting("default", "Profile", "/old/place/last.zav");
-    d = r.decide("-l");
-    EXPECT_EQ(d.state.profilePath + "|" + d.state.profileName, "/old/place/last.zav|last");
-    d = r.decide("-dl myprof"); // the file argument wins
-    EXPECT_EQ(d.state.debugFlag, 1);
-    EXPECT_EQ(d.state.profilePath + "|" + d.state.profileName, kDir + "myprof.zav|myprof");
-
-    EXPECT_EQ(r.decide("home.zav").state.profilePath, kDir + "home.zav");
-    EXPECT_EQ(r.decide("/data/field").state.profilePath, "/data/field.zav");
-    d = r.decide("-t \"my log.tab\" \"/my data/a b.zav\"");
-    EXPECT_EQ(d.state.tsvFileName, "my log.tab");
-    EXPECT_EQ(d.state.profilePath + "|" + d.state.profileName, "/my data/a b.zav|a b");
-    // Five arguments at most: the profile in sixth place is never seen.
-    d = r.decide("-d -d -d -d -d prof");
-    EXPECT_TRUE(d.showWindow);
-    EXPECT_EQ(d.state.profilePath, kDir + "ZAV.zav");
-    EXPECT_TRUE(r.dialogs.messages.empty());
+    EXPECT_EQ(r.decide("").state.currentDir, kDir);
+    const std::pair<const char*, std::string> lines[] = {
+        {"", kDir + "ZAV.zav|ZAV|0ZavData.tab"},
+        {"-l", kDir + "ZAV.zav|ZAV|0ZavData.tab"}, // nothing saved yet
+        {"-l", "/old/place/last.zav|last|0ZavData.tab"},
+        {"-dl myprof", kDir + "myprof.zav|myprof|1ZavData.tab"}, // the file argument wins
+        {"home.zav", kDir + "home.zav|home|0ZavData.tab"},
+        {"/data/field", "/data/field.zav|field|0ZavData.tab"},
+        {"-t \"my log.tab\" \"/my data/a b.zav\"", "/my data/a b.zav|a b|0my log.tab"},
+        {"-d -d -d -d -d prof", kDir + "ZAV.zav|ZAV|1ZavData.tab"}}; // a sixth is never seen
+    for (const auto& [line, expected] : lines) {
+        const StartupState s = r.decide(line).state;
+        EXPECT_EQ(s.profilePath + "|" + s.profileName + "|" + char('0' + s.debugFlag) +
+                      s.tsvFileName,
+                  expected)
+            << line;
+        if (line == std::string("-l"))
+            r.settings.SaveSetting("default", "Profile", "/old/place/last.zav");
+    }
+    EXPECT_TRUE(r.dialogs.messages.empty() && r.decide("-l").showWindow);
 }
 
 TEST(Startup, HelpAndOptionErrorsEndBeforeTheWindow) {
