@@ -176,10 +176,6 @@ TEST_F(ProfilesTest, TheAntennaFileLoadsAfterTheOptionsAndItsFactorModeStands) {
     EXPECT_EQ(events.calls, (Calls{"UnloadAntennaFile", "LoadAntennaFile", "Caption ant.zav",
                                    "resetFromStep1", "Focus Step1"}));
     EXPECT_EQ(controls.antGainLabel + " " + controls.intervalLabel, "Factor (d&B/m) Samples (k)");
-    // Without a file the value is in the unit the profile names; the labels follow.
-    open("ant.zav", "[conditions]\nAntGain=-3.00\n[options]\nAntFact=False\nSamples=False\n");
-    EXPECT_EQ(record.AntGain, "-3.00");
-    EXPECT_EQ(controls.antGainLabel + " " + controls.intervalLabel, "Gain (d&Bi) Interval (ms)");
 }
 
 TEST_F(ProfilesTest, ValuesAreCutAtTheReadBuffer) {
@@ -211,33 +207,28 @@ TEST_F(ProfilesTest, TheRecentListShiftsDownOnEverySave) {
 }
 
 TEST_F(ProfilesTest, WindowSettingsRoundTripWithDefaultsForBadValues) {
-    const auto gps = [&g = state.gps] {
-        std::string s;
-        for (int n : {int(g.Port), g.Speed, int(g.Dbits), int(g.Sbits), int(g.Acc)})
-            s += std::to_string(n) + " ";
-        return s + g.Parity + g.Device;
+    const auto gps = [&] {
+        const GpsSettings& g = state.gps;
+        return std::to_string(g.Port) + g.Parity + std::to_string(g.Speed) + " " +
+               std::to_string(g.Dbits) + std::to_string(g.Sbits) + " " + std::to_string(g.Acc) +
+               g.Device + (options.Beep ? " beep " : " ") + state.BaseUrl;
     };
     state.gps = {3, 9600, "E", 7, 2, 25, "/dev/ttyUSB0"};
-    state.BaseUrl = "https://mirror.example.org/zav/";
-    options.Beep = false;
+    state.BaseUrl = "https://mirror.example.org/zav/", options.Beep = false;
     ASSERT_TRUE(profiles.SaveWindowSettings());
     state = PersistentState{}, options = Options{};
     profiles.LoadWindowSettings();
-    EXPECT_FALSE(options.Beep);
-    EXPECT_EQ(state.BaseUrl + " " + gps(),
-              "https://mirror.example.org/zav/ 3 9600 7 2 25 E/dev/ttyUSB0");
-
-    MemorySettingsStore fresh;
+    EXPECT_EQ(gps(), "3E9600 72 25/dev/ttyUSB0 https://mirror.example.org/zav/");
+    MemorySettingsStore fresh; // bad values and a former address give the defaults
     Profiles firstRun{record, options, controls, state, fresh, dialogs, events};
     fresh.SaveSetting("default", "MRUF3", "/p/three.zav");
-    fresh.SaveSetting("default", "BaseUrl", kFormerBaseUrl); // replaced by today's
-    fresh.SaveSetting("gps", "Speed", "115200");             // past 16 bits
+    fresh.SaveSetting("default", "BaseUrl", kFormerBaseUrl);
+    fresh.SaveSetting("default", "Beep", "-1");
+    fresh.SaveSetting("gps", "Speed", "115200"); // past 16 bits
     fresh.SaveSetting("gps", "Port", "COM4");
     fresh.SaveSetting("gps", "Acc", "2.5"); // whole numbers, halves to even
-    fresh.SaveSetting("default", "Beep", "0");
     firstRun.LoadWindowSettings();
-    EXPECT_FALSE(options.Beep);
-    EXPECT_EQ(gps() + state.BaseUrl, "1 115200 8 1 2 N" + std::string(kDefaultBaseUrl));
+    EXPECT_EQ(gps(), "1N115200 81 2 beep " + std::string(kDefaultBaseUrl));
     EXPECT_TRUE(state.recent.Visible[3] && !state.recent.Visible[2]);
 }
 

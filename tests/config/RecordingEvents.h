@@ -14,30 +14,24 @@ public:
     void recalculate() override { calls.push_back("recalculate"); }
     void resetFromStep1() override { calls.push_back("resetFromStep1"); }
     void resetFromStep3() override { calls.push_back("resetFromStep3"); }
-    std::optional<double> AntennaValueAt(double frequencyMHz) override {
-        if (!antenna)
-            return std::nullopt;
-        calls.push_back("AntennaValueAt");
-        return antenna(frequencyMHz);
+    std::optional<double> AntennaValueAt(double f) override {
+        return antenna ? (calls.push_back("AntennaValueAt"), std::optional(antenna(f)))
+                       : std::nullopt;
     }
     void UnloadAntennaFile() override { calls.push_back("UnloadAntennaFile"); }
-    void LoadAntennaFile() override {
-        calls.push_back("LoadAntennaFile");
-        if (onLoadAntenna)
-            onLoadAntenna();
-    }
+    void LoadAntennaFile() override { calls.push_back("LoadAntennaFile"), onLoadAntenna(); }
     void SetFocus(FocusTarget target) override {
         calls.push_back(target == FocusTarget::Step1   ? "Focus Step1"
                         : target == FocusTarget::Step3 ? "Focus Step3"
                                                        : "Focus other");
     }
-    void ProfileNameChanged(const std::string& profileName) override {
-        calls.push_back("Caption " + profileName);
+    void ProfileNameChanged(const std::string& name) override {
+        calls.push_back("Caption " + name);
     }
 
     std::vector<std::string> calls;
-    std::function<double(double)> antenna; // set: an antenna file is loaded
-    std::function<void()> onLoadAntenna;   // what loading the antenna file does
+    std::function<double(double)> antenna;       // set: an antenna file is loaded
+    std::function<void()> onLoadAntenna = [] {}; // what loading the antenna file does
 };
 
 } // namespace zav::test
