@@ -22,12 +22,9 @@ struct QueuedCard : test::NoDevices {
     std::deque<double> levels;
     int recordings = 0;
     Recording RecordWave(const RecordingRequest& request) override {
-        ++recordings;
-        if (levels.empty())
+        if (++recordings, levels.empty())
             return {};
-        test::WriteWave(request.wavefile,
-                        test::Noise(levels.front(), kRate, static_cast<unsigned>(recordings)),
-                        kRate);
+        test::WriteWave(request.wavefile, test::Noise(levels.front(), kRate, recordings), kRate);
         levels.pop_front();
         return {RecordingStatus::Recorded, kRate, kRate, 1790000000};
     }

@@ -14,6 +14,7 @@
 #include <fstream>
 #include <functional>
 #include <set>
+#include <sstream>
 
 using namespace zav;
 using Ints = std::vector<int>;
@@ -22,13 +23,6 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr int kRate = 8000;
-
-std::vector<std::string> SplitString(const std::string& text, char at) {
-    std::vector<std::string> parts(1);
-    for (char c : text)
-        c == at ? parts.emplace_back() : parts.back() += c;
-    return parts;
-}
 
 // The whole bench in one: clock, rig, server and sound card. The sound card's noise is an RMS
 // in sample counts: the card alone, the terminated receiver, and the external noise per
@@ -106,11 +100,12 @@ struct Bench : MonitorClock, RigControl, FormPoster, AudioInput {
     }
     std::vector<std::vector<std::string>> logRows() const {
         std::vector<std::vector<std::string>> rows;
-        for (const std::string& line : SplitString(test::ReadFile(dir.path / "log.tab"), '\n')) {
-            if (line.empty())
-                continue;
+        std::istringstream in(test::ReadFile(dir.path / "log.tab"));
+        for (std::string line, field; std::getline(in, line);) {
             EXPECT_EQ(line.back(), '\r') << "every row whole, CR LF ended";
-            rows.push_back(SplitString(line.substr(0, line.size() - 1), '\t'));
+            std::istringstream fields(line);
+            for (rows.emplace_back(); std::getline(fields, field, '\t');)
+                rows.back().push_back(field);
         }
         return rows;
     }
