@@ -28,8 +28,7 @@ namespace {
 
 constexpr int kRate = 8000;
 
-// The sound card: each recording is the next queued noise level.
-struct QueuedCard : test::NoDevices {
+struct QueuedCard : test::NoDevices { // each recording the next queued noise level
     std::deque<double> levels;
     int recordings = 0;
     Recording RecordWave(const RecordingRequest& request) override {
@@ -41,7 +40,6 @@ struct QueuedCard : test::NoDevices {
     }
 };
 
-// A main window's model on a scratch folder, its profile the defaults.
 struct Desk {
     test::TempDir dir;
     test::FakeDialogs dialogs;
@@ -72,9 +70,8 @@ struct Desk {
     double fsRms() { return std::stod(m().steps.gridCalc.Text(2, 2)); }
 };
 
-// The whole bench in one: clock, rig, server and sound card. The sound card's noise is an RMS
-// in sample counts: the card alone, the terminated receiver, and the external noise per
-// frequency. The rig says it cannot turn AGC off; the server answers as scripted, then always.
+// Clock, rig, server and sound card in one. The noise is an RMS in sample counts: the card alone,
+// the terminated receiver, and the external noise per frequency.
 struct Bench : MonitorClock, RigControl, FormPoster, AudioInput {
     test::TempDir dir;
     test::FakeDialogs dialogs;
@@ -167,7 +164,6 @@ TEST(Monitor, CalibratesOnceThenMeasuresEveryFrequencyEachCycle) {
     Bench b;
     const MonitorStatus st = b.run(2);
     EXPECT_EQ(st.state, MonitorState::Finished);
-    // Step 1 once, step 2 at each tuning, step 3 on each frequency in each cycle.
     EXPECT_EQ(b.recordings, 1 + 3 + 2 * 3);
     std::string tuned, column;
     for (const RigTuning& t : b.tunings)
@@ -211,7 +207,7 @@ TEST(Monitor, FailedVerdictsAreCountedNotLogged) {
     }
 }
 
-TEST(Monitor, AudioGapsAndRigErrorsAreToldAndTheRunGoesOn) {
+TEST(Monitor, AudioGapsAndRigErrorsAreToldAndTheRunGoesOnWithOrWithoutARig) {
     Bench b;
     // Step 2 at the second frequency once, then cycle 1 at the second frequency.
     b.failRecording = [](int n) { return n == 3 || n == 7; };
@@ -223,11 +219,14 @@ TEST(Monitor, AudioGapsAndRigErrorsAreToldAndTheRunGoesOn) {
     EXPECT_TRUE(b.saw("Audio input gap at 7.000 MHz, cycle 1"));
     EXPECT_TRUE(b.saw("Rig: cannot tune to 3.500 MHz: Communication timed out; tried again"));
     EXPECT_EQ(b.logRows().size(), 1u + 7u);
+    Bench norig; // one frequency, as the operator left the receiver
+    norig.external = {{7.0, 1600}}, norig.withRig = false;
+    EXPECT_EQ(norig.run(2).logged, 2);
+    EXPECT_EQ(norig.recordings, 1 + 1 + 2);
 }
 
-// A server down for the first cycles: every observation arrives exactly once, in order; one
-// whose request may have gone out is never sent again.
-TEST(Monitor, PostsQueueOnDiskWhileTheServerIsDownAndArriveOnce) {
+// Every observation arrives once, in order; one that may have gone out is never sent again.
+TEST(Monitor, PostsQueueOnDiskWhileTheServerIsDownAndArriveOnceEvenAfterAStop) {
     Bench b;
     b.script.assign(4, PostDelivery::NeverLeft);
     const MonitorStatus st = b.run(3);
@@ -244,9 +243,6 @@ TEST(Monitor, PostsQueueOnDiskWhileTheServerIsDownAndArriveOnce) {
     uncertain.script = {PostDelivery::Unknown};
     EXPECT_EQ(uncertain.run(1).postUncertain, 1);
     EXPECT_EQ(uncertain.attempts.size(), 3u) << "the uncertain one is not sent again";
-}
-
-TEST(Monitor, AQueueLeftByAStoppedRunIsSentByTheNext) {
     Bench first;
     first.script.assign(100, PostDelivery::NeverLeft);
     EXPECT_EQ(first.run(1).queued, 3u);
@@ -260,13 +256,6 @@ TEST(Monitor, AQueueLeftByAStoppedRunIsSentByTheNext) {
     EXPECT_EQ(next.run(1).posted, 6);
     ASSERT_EQ(next.received.size(), 6u);
     EXPECT_EQ(next.received[0], first.attempts[0]) << "the oldest first";
-}
-
-TEST(Monitor, WithoutARigOneFrequencyIsMeasuredAsTheOperatorLeftTheReceiver) {
-    Bench b;
-    b.external = {{7.0, 1600}}, b.withRig = false;
-    EXPECT_EQ(b.run(2).logged, 2);
-    EXPECT_EQ(b.recordings, 1 + 1 + 2);
 }
 
 TEST(Monitor, ARunFailsOnACancelAFailedStep1OrAFileThatCannotBeWritten) {
@@ -342,7 +331,6 @@ TEST(MainModel, TheResultsFollowTheAntennaTheMomentItChanges) {
     d.dialogs.files.push_back(tab.string());
     d.m().antenna.importAntennaFile(d.dir.path.string());
     ASSERT_EQ(d.m().setup.AntGain, "20.00");
-    // The field strength moves by the change of antenna factor, at once.
     EXPECT_NEAR(d.fsRms() - before, 20.0 - GainToFactor(0, 7.0), 0.101);
     EXPECT_EQ(d.m().steps.NumAntFact, 20.0);
 }

@@ -35,7 +35,7 @@ struct Launch {
 
 } // namespace
 
-TEST(GetOpt, FlagsArgumentsAndWhereOptionsEnd) {
+TEST(GetOpt, FlagsArgumentsErrorsAndWhereOptionsEnd) {
     // After "--" "-h" is an argument; a lone dash is passed over.
     for (const auto& [line, expected] : {std::pair{"-d -l", "d l @3"},
                                          {"-dl myprof", "d l @2"},
@@ -50,9 +50,6 @@ TEST(GetOpt, FlagsArgumentsAndWhereOptionsEnd) {
         EXPECT_EQ(letters(line, g), expected);
         EXPECT_TRUE(d.messages.empty()) << line;
     }
-}
-
-TEST(GetOpt, UnknownOptionAndMissingArgumentShowTheirMessagesUnlessSilenced) {
     test::FakeDialogs d;
     GetOpt unknown(d), missing(d), colon(d), quiet(d);
     quiet.opterr = false;
@@ -72,7 +69,7 @@ TEST(GetOpt, UnknownOptionAndMissingArgumentShowTheirMessagesUnlessSilenced) {
     EXPECT_EQ(std::vector({a.optind, a.optpos, b.optind, b.optpos}), std::vector({1, 2, 2, 2}));
 }
 
-TEST(Startup, DefaultsLastProfileAndTheProfileArgument) {
+TEST(Startup, ProfileLogAndDebugFlagOrHelpAndNoWindow) {
     Launch r;
     EXPECT_EQ(r.decide("").state.currentDir, kDir);
     const std::pair<const char*, std::string> lines[] = {
@@ -94,17 +91,12 @@ TEST(Startup, DefaultsLastProfileAndTheProfileArgument) {
             r.settings.SaveSetting("default", "Profile", "/old/place/last.zav");
     }
     EXPECT_TRUE(r.dialogs.messages.empty() && r.decide("-l").showWindow);
-}
-
-TEST(Startup, HelpAndOptionErrorsEndBeforeTheWindow) {
-    Launch r;
     EXPECT_FALSE(r.decide("-d -h -t x.tab").showWindow);
     ASSERT_EQ(r.dialogs.messages.size(), 1u);
     EXPECT_EQ(r.dialogs.messages[0].title, "ZAV - Help");
     EXPECT_EQ(r.dialogs.messages[0].text,
               "Usage: ZAV [-d] [-h] [-l] [-t]\r   d   debug\r   h   help\r"
               "   l   use last saved profile\r   t   TSV file name\r");
-    // (The option errors' own texts: GetOpt's test.)
     EXPECT_FALSE(r.decide("-t").showWindow);
     EXPECT_FALSE(r.decide("-q prof").showWindow);
     EXPECT_EQ(r.dialogs.messages.size(), 3u);

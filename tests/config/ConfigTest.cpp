@@ -65,9 +65,7 @@ struct RecordingEvents : SetupEvents {
                         : target == FocusTarget::Step3 ? "Focus Step3"
                                                        : "Focus other");
     }
-    void ProfileNameChanged(const std::string& name) override {
-        calls.push_back("Caption " + name);
-    }
+    void ProfileNameChanged(const std::string& n) override { calls.push_back("Caption " + n); }
 
     std::vector<std::string> calls;
     std::function<double(double)> antenna;       // set: an antenna file is loaded
@@ -79,7 +77,6 @@ class SetupTest : public ::testing::Test {
 protected:
     SetupTest() { state.CurrentDir = dir.string() + "/", state.ProfilePath = path("ZAV.zav"); }
     std::string path(const std::string& name) const { return (dir / name).string(); }
-    // Writes `text` (if any) as a profile and opens it.
     void open(const std::string& name, const std::string& text = "") {
         if (!text.empty())
             std::ofstream(dir / name, std::ios::binary) << text;
@@ -107,13 +104,11 @@ protected:
             EXPECT_NE(saved.find(line), std::string::npos) << line << " in " << saved;
     }
 
-    // Types `text` into the box and leaves it; true when the box keeps the focus.
-    bool leave(F field, const std::string& text) {
+    bool leave(F field, const std::string& text) { // true: the box keeps the focus
         bool cancel = false;
         form.fieldLeft(type(field, text), cancel);
         return cancel;
     }
-    // Types `text` and presses Enter; returns what became of the key.
     KeyOutcome enter(F field, const std::string& text, Key key = Key::Enter) {
         return form.keyPressed(type(field, text), key);
     }
@@ -121,7 +116,6 @@ protected:
         dialogs.messages.clear(), events.calls.clear();
         return FieldText(record, field) = text, field;
     }
-    // The one "Value error:" box shown, or "" when none was.
     std::string box() const {
         if (dialogs.messages.empty())
             return "";
@@ -162,8 +156,7 @@ TEST_F(SetupTest, AMissingProfileGivesEveryDefaultAndAFolderSaysSo) {
     EXPECT_EQ(record.AGCTag + record.IntervalTag + record.AntFileName, "208");
     EXPECT_EQ(events.calls, (Calls{"UnloadAntennaFile", "Caption nothing-here.zav",
                                    "resetFromStep1", "Focus Step1"}));
-    EXPECT_FALSE(fs::exists(path("nothing-here.zav")));
-    EXPECT_TRUE(dialogs.messages.empty()) << "a new profile";
+    EXPECT_TRUE(!fs::exists(path("nothing-here.zav")) && dialogs.messages.empty()) << "a new one";
     fs::create_directory(dir / "folder.zav");
     open("folder.zav");
     EXPECT_EQ(dialogs.texts(), Texts{"Error: profile " + path("folder.zav") +
@@ -207,7 +200,7 @@ TEST_F(SetupTest, SaveThenLoadKeepsEveryValueInTheTableOrder) {
                     "url AtfEmail online ");
 }
 
-TEST_F(SetupTest, BadNumbersAreReportedAndKeptBadBooleansFallBackToDefaults) {
+TEST_F(SetupTest, BadNumbersAreReportedAndKeptBadBooleansDefaultLongValuesAreCut) {
     open("bad.zav", "[conditions]\r\nRxNF=six\r\nFrequency=7 MHz\r\nAntGain=\r\nLat=north\r\n"
                     "Environment=rural\r\n[options]\r\nVerbose=maybe\r\nSamples=\r\nAntFact=yes\r\n"
                     "AutoTsv=2\r\nInterval=x\r\n[transfer]\r\nonline=perhaps\r\n");
@@ -221,28 +214,32 @@ TEST_F(SetupTest, BadNumbersAreReportedAndKeptBadBooleansFallBackToDefaults) {
     open("bools.zav", "[conditions]\nEnvironment=  Rural  \n[options]\nVerbose= false \n"
                       "Samples=0\nAntFact=-1\nAutoTsv=TRUE\n[transfer]\nonline=0\n");
     EXPECT_EQ(shown(), "|||||||6|2700|7|0|20|20|0|Rural|8|FFTTF|||||");
+    std::string accented;
+    for (int i = 0; i < 300; ++i)
+        accented += "\xC3\xA9";
+    open("long.zav", "[conditions]\nTester=" + std::string(300, 'a') + "\nLocation=" + accented);
+    EXPECT_EQ(record.Tester, std::string(254, 'a'));
+    EXPECT_EQ(record.Location, accented.substr(0, 2 * 254));
+    EXPECT_EQ(profiles.GetProfileSetting("d", "Nothing", "conditions"), "d");
 }
 
-TEST_F(SetupTest, NumbersAreStoredWithAPointAndShownInTheLocale) {
-    for (char sep : {'.', ','}) { // written by a comma-locale machine, read in both
-        profiles.decimalSeparator = sep;
-        open("comma.zav", "[conditions]\nLat=-35,5\nRxNF=5,5\nFrequency=2,700\nLoss=0.5\n");
-        const std::string s(1, sep);
-        EXPECT_EQ(record.lat + " " + record.RxNF + " " + record.Frequency + " " + record.Loss,
-                  "-35" + s + "5 5" + s + "5 2" + s + "700 0" + s + "5");
-        EXPECT_TRUE(dialogs.messages.empty());
-        ASSERT_TRUE(profiles.SaveProfileSettings());
-        expectSaved("comma.zav", {"Lat=-35.5\r", "RxNF=5.5\r", "Frequency=2.700\r", "Loss=0.5\r"});
-    }
-}
-
-TEST_F(SetupTest, ALegacyNoiseFloorBecomesANoiseFigureAndIsNotWrittenBack) {
+TEST_F(SetupTest, ALegacyNoiseFloorBecomesANoiseFigureAndNumbersAreStoredWithAPoint) {
     open("old.zav", "[conditions]\r\nRxNF=9\r\nRxNoiseFloor=-140\r\nBandwidth=2700\r\n");
     EXPECT_EQ(record.RxNF, "-0.31"); // -140 dBm less kTB in 2700 Hz (-139.69 dBm)
     ASSERT_TRUE(profiles.SaveProfileSettings());
     EXPECT_EQ(test::ReadFile(path("old.zav")).find("RxNoiseFloor"), std::string::npos);
     open("old.zav", "[conditions]\nRxNF=4.5\nRxNoiseFloor=-140\nBandwidth=none\n");
     EXPECT_EQ(record.RxNF, "4.5") << "nothing to convert with";
+    for (char sep : {'.', ','}) { // written by a comma-locale machine, read in both
+        profiles.decimalSeparator = sep;
+        open("comma.zav", "[conditions]\nLat=-35,5\nRxNF=5,5\nFrequency=2,700\nLoss=0.5\n");
+        const std::string s(1, sep);
+        EXPECT_EQ(record.lat + " " + record.RxNF + " " + record.Frequency + " " + record.Loss,
+                  "-35" + s + "5 5" + s + "5 2" + s + "700 0" + s + "5");
+        EXPECT_EQ(dialogs.messages.size(), 1u) << "Bandwidth=none only";
+        ASSERT_TRUE(profiles.SaveProfileSettings());
+        expectSaved("comma.zav", {"Lat=-35.5\r", "RxNF=5.5\r", "Frequency=2.700\r", "Loss=0.5\r"});
+    }
 }
 
 TEST_F(SetupTest, TheAntennaFileLoadsAfterTheOptionsAndItsFactorModeStands) {
@@ -257,16 +254,6 @@ TEST_F(SetupTest, TheAntennaFileLoadsAfterTheOptionsAndItsFactorModeStands) {
     EXPECT_EQ(events.calls, (Calls{"UnloadAntennaFile", "LoadAntennaFile", "Caption ant.zav",
                                    "resetFromStep1", "Focus Step1"}));
     EXPECT_EQ(controls.antGainLabel + " " + controls.intervalLabel, "Factor (d&B/m) Samples (k)");
-}
-
-TEST_F(SetupTest, ValuesAreCutAtTheReadBuffer) {
-    std::string accented;
-    for (int i = 0; i < 300; ++i)
-        accented += "\xC3\xA9";
-    open("long.zav", "[conditions]\nTester=" + std::string(300, 'a') + "\nLocation=" + accented);
-    EXPECT_EQ(record.Tester, std::string(254, 'a'));
-    EXPECT_EQ(record.Location, accented.substr(0, 2 * 254));
-    EXPECT_EQ(profiles.GetProfileSetting("d", "Nothing", "conditions"), "d");
 }
 
 TEST_F(SetupTest, TheRecentListShiftsDownOnEverySave) {
@@ -336,7 +323,7 @@ TEST_F(SetupTest, TheMenuWritesTheOutgoingProfileFirstAndSkipsAVanishedOne) {
     EXPECT_EQ(state.recent.Caption[1], path("other.zav"));
 }
 
-TEST_F(SetupTest, AFailedSaveIsShownWithItsReasonAndChangesNeitherTitleNorRecentList) {
+TEST_F(SetupTest, AFailedSaveChangesNeitherTitleNorRecentListAPasswordNarrowsTheFile) {
     state.ProfilePath = path("first.zav");
     ASSERT_TRUE(profiles.SaveProfileSettings());
     const auto recentBefore = state.recent.Caption;
@@ -344,11 +331,8 @@ TEST_F(SetupTest, AFailedSaveIsShownWithItsReasonAndChangesNeitherTitleNorRecent
     // A full disk (a file size limit stands in for it) and a folder that is not there.
     for (const auto& [target, why] : {std::pair{path("second.zav"), "File too large"},
                                       {path("none/second.zav"), "No such file or directory"}}) {
-        dialogs.files = {target};
-        {
-            test::FileSizeLimit full(target == path("second.zav") ? 10 : 1 << 20);
-            profiles.saveProfile();
-        }
+        dialogs.files = {target}; // the limit holds while the save runs
+        (test::FileSizeLimit(target == path("second.zav") ? 10 : 1 << 20), profiles.saveProfile());
         ASSERT_FALSE(dialogs.messages.empty()) << target;
         EXPECT_EQ(dialogs.messages.back().text,
                   "Error: the profile could not be saved: cannot write " + target + ": " + why);
@@ -358,15 +342,13 @@ TEST_F(SetupTest, AFailedSaveIsShownWithItsReasonAndChangesNeitherTitleNorRecent
         EXPECT_EQ(settings.GetSetting("default", "Profile", ""), path("first.zav"));
     }
     EXPECT_EQ(std::distance(fs::directory_iterator(dir), {}), 1) << "no temporary file left";
-}
-
-TEST_F(SetupTest, AProfileWithAPasswordIsReadableByItsOwnerOnly) {
     const mode_t oldMask = umask(022);
     ASSERT_TRUE(profiles.SaveProfileSettings());
-    EXPECT_NE(fs::status(path("ZAV.zav")).permissions() & fs::perms::others_read, fs::perms::none);
+    EXPECT_NE(fs::status(path("first.zav")).permissions() & fs::perms::others_read,
+              fs::perms::none);
     state.transfer.password = "secret"; // the existing wider file is narrowed
     ASSERT_TRUE(profiles.SaveProfileSettings());
-    EXPECT_EQ(fs::status(path("ZAV.zav")).permissions() & fs::perms::all,
+    EXPECT_EQ(fs::status(path("first.zav")).permissions() & fs::perms::all,
               fs::perms::owner_read | fs::perms::owner_write);
     umask(oldMask);
 }
@@ -419,7 +401,7 @@ TEST_F(SetupTest, LeavingABoxTidiesChecksAndActs) {
     EXPECT_EQ(record.IntervalTag + events.calls.at(0), " 500 resetFromStep1");
 }
 
-TEST_F(SetupTest, FrequencyFetchesTheAntennaFactorWhileAFileIsLoaded) {
+TEST_F(SetupTest, FrequencyFetchesTheAntennaFactorAndBoxesUseTheLocaleSeparator) {
     double askedAt = 0;
     events.antenna = [&](double f) { return 10 + (askedAt = f) / 3; };
     record.AntGain = "1.00";
@@ -429,6 +411,14 @@ TEST_F(SetupTest, FrequencyFetchesTheAntennaFactorWhileAFileIsLoaded) {
     EXPECT_EQ(events.calls, (Calls{"AntennaValueAt", "recalculate"}));
     EXPECT_TRUE(leave(F::Frequency, "20000"));
     EXPECT_EQ(record.AntGain, "14.73");
+    form.decimalSeparator = ',';
+    for (const auto& [typed, after] : {std::pair{"2,5", "2,5"}, {"2.5", "0,0"}}) {
+        leave(F::Loss, typed);
+        EXPECT_EQ(record.Loss, std::string(after));
+    }
+    EXPECT_FALSE(leave(F::Frequency, "7,1"));
+    EXPECT_EQ(record.Frequency, "7,100");
+    EXPECT_TRUE(leave(F::Frequency, "0,09"));
 }
 
 TEST_F(SetupTest, EnterChecksSwallowsTheKeyAndSelectsAgain) {
@@ -460,18 +450,7 @@ TEST_F(SetupTest, EnterChecksSwallowsTheKeyAndSelectsAgain) {
     EXPECT_EQ(box(), "Interval must be >= 500 and <= 10000");
 }
 
-TEST_F(SetupTest, BoxesReadAndShowTheLocaleSeparator) {
-    form.decimalSeparator = ',';
-    for (const auto& [typed, after] : {std::pair{"2,5", "2,5"}, {"2.5", "0,0"}}) {
-        leave(F::Loss, typed);
-        EXPECT_EQ(record.Loss, std::string(after));
-    }
-    EXPECT_FALSE(leave(F::Frequency, "7,1"));
-    EXPECT_EQ(record.Frequency, "7,100");
-    EXPECT_TRUE(leave(F::Frequency, "0,09"));
-}
-
-TEST_F(SetupTest, GainAndFactorFlipBackAndForth) {
+TEST_F(SetupTest, GainAndFactorAndIntervalUnitsFlipBackAndForth) {
     // Two-decimal values survive the flips (the factor itself: the conversions' test).
     for (const auto& [gain, f] : {std::pair{"-29.99", 0.1}, {"0.00", 7.05}, {"39.99", 2999.9}}) {
         record.AntGain = gain, record.Frequency = std::to_string(f);
@@ -482,6 +461,14 @@ TEST_F(SetupTest, GainAndFactorFlipBackAndForth) {
         EXPECT_EQ(controls.antGainLabel + record.AntGain, std::string("Gain (d&Bi)") + gain);
     }
     EXPECT_TRUE(events.calls.empty()) << "a unit change alone recalculates nothing";
+    record.Interval = record.IntervalTag = "64";
+    for (const auto& [samples, interval, label] :
+         {std::tuple{false, "500", "Interval (ms)"}, {true, "8", "Samples (k)"}}) {
+        menu.intervalLabelDoubleClicked();
+        EXPECT_EQ(options.Samples, samples);
+        EXPECT_EQ(record.Interval + record.IntervalTag + controls.intervalLabel,
+                  std::string(interval) + interval + label);
+    }
 }
 
 TEST_F(SetupTest, LimitsOffKeepsResultsVisibleButUnusable) {
@@ -495,23 +482,10 @@ TEST_F(SetupTest, LimitsOffKeepsResultsVisibleButUnusable) {
           commands.copyTextEnabled})
         EXPECT_FALSE(enabled);
     EXPECT_TRUE(commands.exportGnuplotEnabled && commands.Step2 && commands.Step3);
-    events.calls.clear();
-    menu.toggleLimits();
+    events.calls.clear(), menu.toggleLimits();
     EXPECT_EQ(events.calls, (Calls{"resetFromStep1", "Focus Step1"}));
-    commands.Step3 = false, events.calls.clear();
-    menu.toggleLimits();
+    commands.Step3 = false, events.calls.clear(), menu.toggleLimits();
     EXPECT_EQ(events.calls, Calls{"recalculate"}) << "without step 3 the focus stays";
-}
-
-TEST_F(SetupTest, SamplesTogglesTheIntervalBetweenSampleCountAndMilliseconds) {
-    record.Interval = record.IntervalTag = "64";
-    for (const auto& [samples, interval, label] :
-         {std::tuple{false, "500", "Interval (ms)"}, {true, "8", "Samples (k)"}}) {
-        menu.intervalLabelDoubleClicked();
-        EXPECT_EQ(options.Samples, samples);
-        EXPECT_EQ(record.Interval + record.IntervalTag + controls.intervalLabel,
-                  std::string(interval) + interval + label);
-    }
 }
 
 TEST(IniFile, ReadsLikeTheWindowsProfileFunctions) {
@@ -588,7 +562,7 @@ TEST(TextEncoding, AgreesWithTheCLibrary) {
     EXPECT_EQ(DecodeText("\xC3\xA9 \xE9 \x80"), "\xC3\x83\xC2\xA9 \xC3\xA9 \xE2\x82\xAC");
 }
 
-TEST(IniFile, UnreadableFilesGiveAnEmptyProfileAndTheReasonAtOnce) {
+TEST(IniFile, UnreadableFilesSayWhyAndUnicodeFilesReadAsTheirText) {
     // A pipe nobody writes to, something far too large or a read error: never a wait or a throw.
     test::TempDir dir;
     const fs::path big = dir.path / "big.zav", fifo = dir.path / "fifo.zav";
@@ -607,14 +581,10 @@ TEST(IniFile, UnreadableFilesGiveAnEmptyProfileAndTheReasonAtOnce) {
         EXPECT_EQ(error, reason) << path;
         EXPECT_EQ(loaded.Text(), "") << path;
     }
-}
-
-TEST(IniFile, OldMacLineEndsAndUnicodeTextFilesReadAsTheirText) {
     const std::string text = "[conditions]\r\nReceiver=R\xC3\xA9"
                              "cepteur \xE2\x82\xAC \xF0\x9F\x93\xBB\r\nLoss=1.5\r\n";
     std::string crOnly = text;
     crOnly.erase(std::remove(crOnly.begin(), crOnly.end(), '\n'), crOnly.end());
-    test::TempDir dir;
     for (const std::string& bytes :
          {crOnly, "\xFF\xFE" + iconvConvert("UTF-8", "UTF-16LE", text).value_or(""),
           "\xFE\xFF" + iconvConvert("UTF-8", "UTF-16BE", text).value_or(""),
