@@ -136,7 +136,7 @@ struct Bench : MonitorClock, RigControl, FormPoster, AudioInput {
         if (!withRig) // one frequency, as the operator left the receiver
             p.frequenciesMHz = {};
         p.intervalSeconds = 600, p.count = count, p.rigModel = 1;
-        xml.elements["cc"] = "0";
+        xml.elements.emplace("cc", "0"); // accepted unless the test says otherwise
         Monitor monitor(s, p, {dialogs, *this, withRig ? this : nullptr, this, &xml, *this, stop});
         monitor.onEvent = [this](const std::string& e) { events.push_back(e); };
         monitor.onObservation = [this](const MonitorObservation& o) { observations.push_back(o); };
@@ -185,6 +185,7 @@ TEST(Monitor, CalibratesOnceThenMeasuresEveryFrequencyEachCycle) {
         EXPECT_NEAR(std::stod(rows[row][20]) - std::stod(rows[row - 1][20]), 6.02, 0.3);
     ASSERT_EQ(b.observations.size(), 6u); // the second cycle starts one interval after the first
     EXPECT_NEAR(b.observations[3].time - b.observations[0].time, 600, 1);
+    EXPECT_LT(b.observations[0].time, 1790000000 + 60) << "the first cycle starts at once";
     EXPECT_EQ(Ints({st.logged, st.posted, int(b.received.size())}), Ints({6, 6, 6}));
     EXPECT_EQ(b.saw("cannot turn AGC off"), 1) << "the rig's refusal is told once";
     EXPECT_TRUE(b.saw("No antenna file"));
@@ -243,6 +244,10 @@ TEST(Monitor, PostsQueueOnDiskWhileTheServerIsDownAndArriveOnceEvenAfterAStop) {
     uncertain.script = {PostDelivery::Unknown};
     EXPECT_EQ(uncertain.run(1).postUncertain, 1);
     EXPECT_EQ(uncertain.attempts.size(), 3u) << "the uncertain one is not sent again";
+    Bench refused; // the server answers with a non-zero code: refused, not posted
+    refused.xml.elements["cc"] = "3";
+    const MonitorStatus r = refused.run(1);
+    EXPECT_EQ(Ints({r.posted, r.postRefused}), Ints({0, 3}));
     Bench first;
     first.script.assign(100, PostDelivery::NeverLeft);
     EXPECT_EQ(first.run(1).queued, 3u);
@@ -317,8 +322,7 @@ TEST(MonitorPlan, ParsesSwitchesAndTheProfileSection) {
     ASSERT_EQ(problems.size(), 1u);
     EXPECT_NE(problems[0].find("Settle"), std::string::npos);
     EXPECT_EQ(CheckMonitorPlan(plan), "");
-    plan.rigModel = 0;
-    EXPECT_NE(CheckMonitorPlan(plan), "");
+    EXPECT_NE(CheckMonitorPlan((plan.rigModel = 0, plan)), "");
 }
 
 TEST(MainModel, TheResultsFollowTheAntennaTheMomentItChanges) {

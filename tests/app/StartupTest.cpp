@@ -93,11 +93,9 @@ TEST(Startup, ProfileLogAndDebugFlagOrHelpAndNoWindow) {
     EXPECT_TRUE(r.dialogs.messages.empty() && r.decide("-l").showWindow);
     EXPECT_FALSE(r.decide("-d -h -t x.tab").showWindow);
     ASSERT_EQ(r.dialogs.messages.size(), 1u);
-    EXPECT_EQ(r.dialogs.messages[0].title, "ZAV - Help");
-    EXPECT_EQ(r.dialogs.messages[0].text,
-              "Usage: ZAV [-d] [-h] [-l] [-t]\r   d   debug\r   h   help\r"
+    EXPECT_EQ(r.dialogs.messages[0].title + "|" + r.dialogs.messages[0].text,
+              "ZAV - Help|Usage: ZAV [-d] [-h] [-l] [-t]\r   d   debug\r   h   help\r"
               "   l   use last saved profile\r   t   TSV file name\r");
-    EXPECT_FALSE(r.decide("-t").showWindow);
-    EXPECT_FALSE(r.decide("-q prof").showWindow);
+    EXPECT_FALSE(r.decide("-t").showWindow || r.decide("-q prof").showWindow);
     EXPECT_EQ(r.dialogs.messages.size(), 3u);
 }
