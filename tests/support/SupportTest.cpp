@@ -35,15 +35,9 @@ TEST(Like, AgreesWithARegularExpressionOnRandomPatterns) {
             << "text " << text << " pattern " << pattern;
     }
     // A star inside a list is only itself; an open bracket matches nothing.
-    const std::tuple<const char*, const char*, bool> cases[] = {{"2.1.39", "*#.*#.*#", true},
-                                                                {"2.1.37b", "*#.*#.*#", false},
-                                                                {"*", "[*]", true},
-                                                                {"x", "[*]", false},
-                                                                {"[a", "[a", false},
-                                                                {"", "***", true},
-                                                                {"a", "", false}};
-    for (const auto& [text, pattern, match] : cases)
-        EXPECT_EQ(Like(text, pattern), match) << text << " " << pattern;
+    EXPECT_TRUE(Like("2.1.39", "*#.*#.*#") && Like("*", "[*]") && Like("", "***"));
+    EXPECT_FALSE(Like("2.1.37b", "*#.*#.*#") || Like("x", "[*]") || Like("[a", "[a") ||
+                 Like("a", ""));
 }
 
 namespace {
@@ -106,17 +100,12 @@ TEST(UpdateModel, UpdaterButtonOnlyWithAnInstalledUpdaterAndItsLaunchAlwaysClose
         rig.shell.results = {result};
         m.runUpdater();
         EXPECT_EQ(rig.shell.opened, std::vector<std::string>{"/opt/zav/ZAV.kwupdate"});
-        EXPECT_TRUE(m.CloseRequested);
-        EXPECT_EQ(rig.dialogs.texts().at(0),
-                  result == 2 ? "Problem accessing kwUpdate. (Error 2)"
-                              : "ZAV could not find a file association for .kwupdate on your "
-                                "system.\n\nOpen it by hand: /opt/zav/ZAV.kwupdate");
-        EXPECT_EQ(rig.dialogs.messages[0].title, "kwUpdate unavailable");
+        EXPECT_TRUE(m.CloseRequested && rig.dialogs.messages.at(0).title == "kwUpdate unavailable");
+        EXPECT_EQ(rig.dialogs.texts()[0].find("Error 2") != std::string::npos, result == 2);
     }
 }
 
-// When nothing can open a document (31, 32) the message says where to open it by hand; other
-// failures (below 31) give their number.
+// Nothing to open a document (31, 32): where to open it by hand; below 31: the error number.
 TEST(HelpAndAbout, DocumentsAndPagesOpenWhereTheyShould) {
     FakeShell shell;
     FakeDialogs dialogs;
@@ -134,33 +123,21 @@ TEST(HelpAndAbout, DocumentsAndPagesOpenWhereTheyShould) {
                                 "/usr/share/zav/ZAV.pdf", "docs/ZAV.pdf", "https://site.example/",
                                 "https://site.example/faq.htm", "https://site.example/support.htm",
                                 "/licence.txt", "/opt/zav/licence.txt"}));
-    const std::string browser = " on your system. You should check that your browser is correctly "
-                                "installed and associated with this type of file.\n\nOpen it by "
-                                "hand: ";
-    EXPECT_EQ(
-        dialogs.texts(),
-        (std::vector<std::string>{
-            "ZAV could not find a file association for ZAV.pdf on your system.\n\nOpen it "
-            "by hand: /usr/share/zav/ZAV.pdf",
-            "Problem accessing documentation. (Error 7)",
-            "Problem running your web browser. You should check that your browser is "
-            "correctly installed. (Error 2)",
-            "ZAV could not find a file association for https://site.example/faq.htm" + browser +
-                "https://site.example/faq.htm",
-            "ZAV could not find a file association for licence.txt" + browser + "/licence.txt",
-            "Problem accessing licence file. (Error 3)"}));
-    EXPECT_EQ(dialogs.messages[0].title, "Acrobat unavailable");
-    EXPECT_EQ(dialogs.messages[3].title, "Browser Unavailable");
-
-    // System information: only a tool that exists is started.
-    dialogs.messages.clear();
+    const auto texts = dialogs.texts();
+    ASSERT_EQ(texts.size(), 6u);
+    EXPECT_EQ(texts[0], "ZAV could not find a file association for ZAV.pdf on your system.\n\nOpen "
+                        "it by hand: /usr/share/zav/ZAV.pdf");
+    EXPECT_EQ(texts[1] + texts[5], "Problem accessing documentation. (Error 7)Problem accessing "
+                                   "licence file. (Error 3)");
+    auto tail = [&texts](int i) { return texts[i].substr(texts[i].rfind(' ') + 1); };
+    EXPECT_EQ(tail(2) + tail(3) + tail(4), "2)https://site.example/faq.htm/licence.txt");
+    EXPECT_EQ(dialogs.messages[0].title + dialogs.messages[3].title,
+              "Acrobat unavailableBrowser Unavailable");
+    dialogs.messages.clear(); // system information: only a tool that exists is started
     AboutModel about("/opt/zav", {shell, dialogs, info});
-    about.startSystemInfo(); // none named
-    info.path = "/no/such/tool";
-    about.startSystemInfo();
-    info.path = "/bin/sh";
-    about.startSystemInfo();
+    for (const char* path : {"", "/no/such/tool", "/bin/sh"})
+        info.path = path, about.startSystemInfo();
     EXPECT_EQ(dialogs.texts(),
               std::vector<std::string>(2, "System Information Is Unavailable At This Time"));
-    EXPECT_EQ(shell.ran, std::vector<std::string>{info.path + "|"});
+    EXPECT_EQ(shell.ran, std::vector<std::string>{"/bin/sh|"});
 }
