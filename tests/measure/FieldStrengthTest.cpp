@@ -1,7 +1,10 @@
 #include "measure/FieldStrength.h"
+#include "WaveBytes.h"
+#include "measure/AntennaFile.h"
 #include "measure/P372Comparison.h"
 #include "measure/P372Noise.h"
 #include "platform/Format.h"
+#include "testsupport/FakeDialogs.h"
 
 #include <gtest/gtest.h>
 
@@ -29,6 +32,34 @@ double independentFieldDbuvPerM(double faDb, double fMHz, double bHz, double gai
     const double pi = std::acos(-1.0), lambda = 299.792458 / fMHz;
     const double eSquared = 120 * pi * 1.3806504e-23 * 290 * bHz * 4 * pi / (lambda * lambda);
     return 10 * std::log10(eSquared) + 120 + faDb - gainDbi;
+}
+
+// The messages shown, a critical one marked with a leading "!".
+std::vector<std::string> load(const std::string& text, AntennaFile& file, char separator = '.') {
+    test::FakeDialogs dialogs;
+    file =
+        ReadAntennaFile(test::WriteBytes(test::ScratchDir() / "a.tab", text), dialogs, separator);
+    std::vector<std::string> shown;
+    for (const auto& m : dialogs.messages) {
+        EXPECT_EQ(m.title, "ZAV Antenna File error:");
+        shown.push_back((m.icon == MessageIcon::Critical ? "!" : "") + m.text);
+    }
+    return shown;
+}
+
+std::vector<AntennaRow> table(const std::vector<std::pair<double, double>>& points) {
+    std::vector<AntennaRow> t;
+    for (auto [x, y] : points)
+        t.push_back({x, y, 0});
+    SplineSecondDerivatives(t);
+    return t;
+}
+
+std::string records(int count) {
+    std::string text;
+    for (int i = 1; i <= count; ++i)
+        text += std::to_string(i) + "\t" + std::to_string(2 * i) + "\n";
+    return text;
 }
 
 } // namespace
@@ -98,20 +129,17 @@ TEST(FieldStrength, SilentRefusalsAndTheArithmeticErrorPath) {
 
 TEST(P372Noise, CurvesAndRangesMatchTheRecommendation) {
     // The recommendation's table: c (level at 1 MHz), d (fall per decade), decile deviations.
-    struct Row {
-        P372Curve curve;
-        double c, d, upper, lower;
-    };
-    const Row table[] = {{P372Curve::Business, 76.8, 27.7, 11.0, 6.7},
-                         {P372Curve::Residential, 72.5, 27.7, 10.6, 5.3},
-                         {P372Curve::Rural, 67.2, 27.7, 9.2, 4.6},
-                         {P372Curve::QuietRural, 53.6, 28.6, 9.2, 4.6},
-                         {P372Curve::Galactic, 52.0, 23.0, 2.0, 2.0}};
-    for (const Row& row : table) {
-        EXPECT_NEAR(P372Median(row.curve, 1.0), row.c, 1e-12);
-        EXPECT_NEAR(P372Median(row.curve, 0.5) - P372Median(row.curve, 5.0), row.d, 1e-9);
-        EXPECT_EQ(P372Data(row.curve).upperDecileDb + P372Data(row.curve).lowerDecileDb / 100,
-                  row.upper + row.lower / 100);
+    const std::tuple<P372Curve, double, double, double, double> table[] = {
+        {P372Curve::Business, 76.8, 27.7, 11.0, 6.7},
+        {P372Curve::Residential, 72.5, 27.7, 10.6, 5.3},
+        {P372Curve::Rural, 67.2, 27.7, 9.2, 4.6},
+        {P372Curve::QuietRural, 53.6, 28.6, 9.2, 4.6},
+        {P372Curve::Galactic, 52.0, 23.0, 2.0, 2.0}};
+    for (const auto& [curve, c, d, upper, lower] : table) {
+        EXPECT_NEAR(P372Median(curve, 1.0), c, 1e-12);
+        EXPECT_NEAR(P372Median(curve, 0.5) - P372Median(curve, 5.0), d, 1e-9);
+        EXPECT_EQ(P372Data(curve).upperDecileDb + P372Data(curve).lowerDecileDb / 100,
+                  upper + lower / 100);
     }
     for (const char* env : kEnvironments)
         EXPECT_STREQ(P372Data(P372CurveForEnvironment(env).value()).name, env);
@@ -123,27 +151,110 @@ TEST(P372Noise, CurvesAndRangesMatchTheRecommendation) {
                  P372InRange(P372Curve::Galactic, 144) || P372InRange(P372Curve::Galactic, 0));
 }
 
+// The widgets' P372 panel shows a whole comparison; here the boundaries and missing parts.
 TEST(P372Noise, ComparisonPlacesTheObservation) {
     const double fam = P372Median(P372Curve::Residential, 3.6);
     EXPECT_NEAR(fam, 57.0904, 1e-4); // worked out separately from c and d
     P372Comparison c = CompareWithP372(fam + 4.0, 3.6, "Residential");
-    ASSERT_TRUE(c.FamDb && c.deltaDb && c.placement);
+    ASSERT_TRUE(c.FamDb && c.deltaDb && c.placement && c.inRange);
     EXPECT_NEAR(*c.deltaDb + 10 * *c.lowerDb + 100 * *c.upperDb, // weighted: a swap shows
                 4 + 10 * (fam - 5.3) + 100 * (fam + 10.6), 1e-9);
-    EXPECT_TRUE(c.inRange);
     EXPECT_NEAR(c.galacticDb, 52.0 - 23.0 * std::log10(3.6), 1e-9);
-    const std::pair<double, P372Placement> placements[] = {
-        {-5.31, P372Placement::BelowLowerDecile},
-        {-5.29, P372Placement::WithinDeciles},
-        {4.0, P372Placement::WithinDeciles},
-        {10.61, P372Placement::AboveUpperDecile}};
-    for (const auto& [delta, placement] : placements)
+    using P = P372Placement;
+    for (const auto& [delta, placement] : {std::pair{-5.31, P::BelowLowerDecile},
+                                           {-5.29, P::WithinDeciles},
+                                           {10.61, P::AboveUpperDecile}})
         EXPECT_EQ(*CompareWithP372(fam + delta, 3.6, "Residential").placement, placement) << delta;
-    EXPECT_STREQ(PlacementText(P372Placement::AboveUpperDecile), "above the upper decile");
-
     c = CompareWithP372(10.0, 432.0, "Rural"); // outside the fitted range: given, flagged
     EXPECT_TRUE(c.FamDb && !c.inRange && !c.galacticInRange);
     c = CompareWithP372(10.0, 7.0, ""); // no environment: Fa and galactic noise only
     EXPECT_FALSE(c.FamDb || c.deltaDb || c.placement || c.curve || c.inRange);
     EXPECT_TRUE(c.galacticInRange);
+}
+
+TEST(csinterpolate, KnownPointsLinesAndSmoothCurves) {
+    const auto line = table({{1, 10}, {2, 20}, {3, 30}}); // outside, the end cubics go on
+    for (double x : {2.5, 4.0, 0.5})
+        EXPECT_NEAR(csinterpolate(line, x), 10 * x, 1e-5) << x;
+    // sin has no curvature at 0 and π, like a natural spline's ends: a close fit inside, and
+    // every record met exactly.
+    const double pi = std::acos(-1.0);
+    std::vector<std::pair<double, double>> points;
+    for (int i = 0; i < 20; ++i)
+        points.push_back({1 + i * pi / 19, std::sin(i * pi / 19)});
+    const auto curve = table(points);
+    for (double x = 1; x < 1 + pi; x += 0.01)
+        EXPECT_NEAR(csinterpolate(curve, x), std::sin(x - 1), 1e-4) << x;
+    for (const auto& [x, y] : points)
+        EXPECT_EQ(csinterpolate(curve, x), y) << x;
+    // The lower point's weight is single precision: off an all-double evaluation by float rounding.
+    const auto peak = table({{1000, 0}, {1001, 1e6}, {1002, 0}});
+    const double a = 1002 - 1001.3, allDouble = a * 1e6 + (a * a * a - a) * peak[1][2] / 6;
+    const double got = csinterpolate(peak, 1001.3);
+    EXPECT_TRUE(got != allDouble && std::fabs(got - allDouble) < 0.1) << got;
+}
+
+TEST(ReadAntennaFile, GoodFilesInEveryLineEndingAndSeparator) {
+    AntennaFile f;
+    for (const std::string eol : {"\n", "\r\n", "\r"}) {
+        const std::string text = "\xEF\xBB\xBF# made by hand" + eol + "#* Dipole, 7 MHz" + eol +
+                                 "#*not a description" + eol + eol + "1.5\t10\tnote\twith tab" +
+                                 eol + "2\t20" + eol + "3\tabc" + eol;
+        EXPECT_TRUE(load(text, f).empty());
+        ASSERT_TRUE(f.Ok && f.IntTable.size() == 3u);
+        EXPECT_EQ(f.Antenna, "Dipole, 7 MHz");
+        EXPECT_EQ(std::vector<double>({f.IntTable[0][0], f.IntTable[0][1], f.IntTable[2][1]}),
+                  std::vector<double>({1.5, 10, 0})); // not a number: 0
+    }
+    load("1,5\t10,25\n2\t20\n3\t30", f, ',');
+    ASSERT_TRUE(f.Ok && !f.Antenna);
+    EXPECT_EQ(std::make_pair(f.IntTable[0][0], f.IntTable[0][1]), std::make_pair(1.5, 10.25));
+}
+
+TEST(ReadAntennaFile, EveryProblemHasItsMessage) {
+    const std::string tooFew = "!Not enough records in Antenna File (min=3).",
+                      unsorted = "!Antenna File not sorted, load aborted.",
+                      notFinite = "!Antenna File values out of range (not finite), load aborted.";
+    // Reading stops at the first problem; too few records is then checked as well. The last
+    // two: a spline that overflows would put infinity or NaN into every field strength.
+    const std::pair<std::string, std::vector<std::string>> cases[] = {
+        {records(3), {}},
+        {records(2), {tooFew}},
+        {"#* Yagi\n1\t10\n1\t20\n3\t30\n", {unsorted, tooFew}},
+        {records(3) + "2.5\t1\n", {unsorted}},
+        {"0\t10\n" + records(3), {unsorted, tooFew}},
+        {"abc\t10\n" + records(3), {unsorted, tooFew}},
+        {"1 10\n2\t20\n3\t30\n", {"Bad data record, aborting.", tooFew}},
+        {"1\t10\n\t\n2\t20\n  \t \n3\t30\n", {}}, // lines of blanks and tabs are empty lines
+        {"1\t1e308\n2\t-1e308\n3\t1e308\n", {notFinite}},
+        {"1e-300\t1\n2e-300\t1e300\n3\t1\n", {notFinite}},
+    };
+    AntennaFile f;
+    for (const auto& [text, messages] : cases) {
+        EXPECT_EQ(load(text, f), messages) << text;
+        EXPECT_EQ(f.Ok, messages.empty() || messages.back()[0] != '!') << text;
+    }
+    load("#* Yagi\n1\t10\n1\t20\n", f);
+    EXPECT_EQ(f.Antenna, "Yagi"); // taken before failing
+    load("#* " + std::string(900000, 'Y') + "\n" + records(3), f);
+    EXPECT_TRUE(f.Ok && f.Antenna->size() == 4093u); // only its start
+    EXPECT_EQ(load(records(100), f), std::vector<std::string>{});
+    EXPECT_EQ(load(records(150), f), std::vector<std::string>{"Too many records in Antenna File, "
+                                                              "discarding excess."});
+    ASSERT_TRUE(f.Ok && f.IntTable.size() == 100u); // the first 100 load
+    EXPECT_EQ(csinterpolate(f.IntTable, 50), 100);
+    // Whatever the path names, one message says why (folder, pipe, device: the command's tests).
+    const auto dir = test::ScratchDir();
+    const auto huge = test::WriteBytes(dir / "huge.tab", records(3) + std::string(1 << 20, '#'));
+    const std::pair<std::string, std::string> unreadable[] = {
+        {(dir / "none.tab").string(), "No such file or directory"},
+        {huge, "it is larger than 1048576 bytes"},
+        {"/proc/self/mem", "Input/output error"},
+    };
+    for (const auto& [path, reason] : unreadable) {
+        test::FakeDialogs dialogs;
+        EXPECT_FALSE(ReadAntennaFile(path, dialogs).Ok);
+        EXPECT_EQ(dialogs.texts(), std::vector<std::string>{"Error: cannot open antenna file " +
+                                                            path + ": " + reason + "."});
+    }
 }

@@ -1,7 +1,6 @@
 #pragma once
 
-// Builders for WAVE files with any header, right or wrong, and a scratch folder per test.
-
+// WAVE files with any header, right or wrong, and a scratch folder per test.
 #include <gtest/gtest.h>
 
 #include "testsupport/ScratchDir.h"
@@ -27,9 +26,8 @@ struct WaveHeader {
     std::int32_t formatSize = 16;
     std::uint16_t tag = 1, channels = 1, align = 2, bits = 16;
     std::int32_t rate = 44100;
-    std::string formatExtra;    // bytes behind the 16 standard ones (formatSize counts them)
-    std::string between;        // whole chunks between "fmt " and "data"
-    std::int64_t dataSize = -1; // -1: two bytes per sample given
+    std::string formatExtra, between; // bytes behind the 16 standard ones; chunks before "data"
+    std::int64_t dataSize = -1;       // -1: two bytes per sample given
 
     std::string Bytes(const std::vector<std::int16_t>& samples = {}) const {
         std::string s =
