@@ -113,28 +113,22 @@ TEST(HelpAndAbout, DocumentsAndPagesOpenWhereTheyShould) {
     shell.results = {31, 7, 33, 32, 33, 33, 3}; // above 32: opened
     for (const char* folder : {"/usr/share/zav/", "docs"})
         help.openHelp(folder);
-    help.openHomePage("https://site.example/");
-    help.openFaq("https://site.example/");
+    help.openHomePage("https://site.example/"), help.openFaq("https://site.example/");
     help.openSupportPage("https://site.example/");
     for (const char* folder : {"/", "/opt/zav/"}) // one separator
         AboutModel(folder, {shell, dialogs, info}).showLicence();
+    std::string shown;
+    for (const auto& m : dialogs.messages)
+        shown += m.title + ": " + m.text.substr(m.text.rfind(' ') + 1) + "|";
+    EXPECT_EQ(shown, "Acrobat unavailable: /usr/share/zav/ZAV.pdf|Acrobat unavailable: 7)|Browser "
+                     "Unavailable: https://site.example/faq.htm|Browser Unavailable: 3)|");
     EXPECT_EQ(shell.opened, (std::vector<std::string>{
                                 "/usr/share/zav/ZAV.pdf", "docs/ZAV.pdf", "https://site.example/",
                                 "https://site.example/faq.htm", "https://site.example/support.htm",
                                 "/licence.txt", "/opt/zav/licence.txt"}));
-    const auto texts = dialogs.texts();
-    ASSERT_EQ(texts.size(), 4u);
-    auto tail = [&texts](int i) { return texts[i].substr(texts[i].rfind(": ") + 2) + "|"; };
-    EXPECT_EQ(texts[1] + "|" + texts[3], "Problem accessing documentation. (Error 7)|Problem "
-                                         "accessing licence file. (Error 3)");
-    EXPECT_EQ(tail(0) + tail(2), "/usr/share/zav/ZAV.pdf|https://site.example/faq.htm|");
-    EXPECT_EQ(dialogs.messages[0].title + dialogs.messages[2].title,
-              "Acrobat unavailableBrowser Unavailable");
     dialogs.messages.clear(); // system information: only a tool that exists is started
     AboutModel about("/opt/zav", {shell, dialogs, info});
     for (const char* path : {"", "/no/such/tool", "/bin/sh"})
         info.path = path, about.startSystemInfo();
-    EXPECT_EQ(dialogs.texts(),
-              std::vector<std::string>(2, "System Information Is Unavailable At This Time"));
-    EXPECT_EQ(shell.ran, std::vector<std::string>{"/bin/sh|"});
+    EXPECT_TRUE(dialogs.messages.size() == 2 && shell.ran == std::vector<std::string>{"/bin/sh|"});
 }
