@@ -30,7 +30,6 @@ void expectClose(double got, double want, double relative, const std::string& wh
     EXPECT_LE(std::fabs(got - want), relative * std::fabs(want)) << what << ": " << got;
 }
 
-// Every detector within `relative` of the plain loop's; 0: identical.
 void expectAgrees(const Measurement& got, const Measurement& want, const std::string& what,
                   double relative = 1e-12) {
     const double g[] = {got.Avg, got.Ms, got.QP, got.Pk, got.Rms, got.ClipFlag};
@@ -103,8 +102,6 @@ TEST(Detectors, FastKernelAgreesWithThePlainLoop) {
     expectAgrees(analyse(longSine, 48000), exact, "long sine");
 }
 
-// The file path on a real recording from another writer against the plain loop, its progress
-// rising to 1 and the measurement marked as under way only while it runs.
 TEST(AnalyseWave, TheRealRecordingReadsAsThePlainLoopDoes) {
     ZAV_NEED_SHARED_DATA();
     const std::string real = std::string(ZAV_SHARED_DATA_DIR) + "/wav/goaudio_listinfo.wav";

@@ -34,7 +34,7 @@ double independentFieldDbuvPerM(double faDb, double fMHz, double bHz, double gai
     return 10 * std::log10(eSquared) + 120 + faDb - gainDbi;
 }
 
-// The messages shown, a critical one marked with a leading "!".
+// The messages shown, a critical one marked "!".
 std::vector<std::string> load(const std::string& text, AntennaFile& file, char separator = '.') {
     test::FakeDialogs dialogs;
     file =
@@ -148,7 +148,6 @@ TEST(P372Noise, CurvesAndRangesMatchTheRecommendation) {
                  P372InRange(P372Curve::Galactic, 144) || P372InRange(P372Curve::Galactic, 0));
 }
 
-// The widgets' P372 panel shows a whole comparison; here the bounds and the missing parts.
 TEST(P372Noise, ComparisonPlacesTheObservation) {
     const double fam = P372Median(P372Curve::Residential, 3.6);
     P372Comparison c = CompareWithP372(fam + 4.0, 3.6, "Residential");
@@ -171,8 +170,7 @@ TEST(csinterpolate, KnownPointsLinesAndSmoothCurves) {
     const auto line = table({{1, 10}, {2, 20}, {3, 30}}); // outside, the end cubics go on
     for (double x : {2.5, 4.0, 0.5})
         EXPECT_NEAR(csinterpolate(line, x), 10 * x, 1e-5) << x;
-    // sin has no curvature at 0 and π, like a natural spline's ends: a close fit inside, and
-    // every record met exactly.
+    // sin has no curvature at 0 and π, like a natural spline's ends.
     const double pi = std::acos(-1.0);
     std::vector<std::pair<double, double>> points;
     for (int i = 0; i < 20; ++i)
@@ -195,14 +193,12 @@ TEST(ReadAntennaFile, GoodFilesInEveryLineEndingAndSeparator) {
         const std::string text = "\xEF\xBB\xBF# made by hand" + eol + "#* Dipole, 7 MHz" + eol +
                                  "#*not a description" + eol + eol + "1.5\t10\tnote\twith tab" +
                                  eol + "2\t20" + eol + "3\tabc" + eol;
-        EXPECT_TRUE(load(text, f).empty());
-        ASSERT_TRUE(f.Ok && f.IntTable.size() == 3u);
+        ASSERT_TRUE(load(text, f).empty() && f.Ok && f.IntTable.size() == 3u);
         EXPECT_EQ(f.Antenna, "Dipole, 7 MHz");
         EXPECT_EQ(std::vector<double>({f.IntTable[0][0], f.IntTable[0][1], f.IntTable[2][1]}),
                   std::vector<double>({1.5, 10, 0}));
     }
-    load("1,5\t10,25\n2\t20\n3\t30", f, ',');
-    ASSERT_TRUE(f.Ok && !f.Antenna);
+    ASSERT_TRUE(load("1,5\t10,25\n2\t20\n3\t30", f, ',').empty() && f.Ok && !f.Antenna);
     EXPECT_EQ(std::make_pair(f.IntTable[0][0], f.IntTable[0][1]), std::make_pair(1.5, 10.25));
 }
 
@@ -210,8 +206,7 @@ TEST(ReadAntennaFile, EveryProblemHasItsMessage) {
     const std::string tooFew = "!Not enough records in Antenna File (min=3).",
                       unsorted = "!Antenna File not sorted, load aborted.",
                       notFinite = "!Antenna File values out of range (not finite), load aborted.";
-    // Reading stops at the first problem; too few records is then checked as well. The last
-    // two: a spline that overflows would put infinity or NaN into every field strength.
+    // Reading stops at the first problem; too few records is then checked as well.
     const std::pair<std::string, std::vector<std::string>> cases[] = {
         {records(3), {}},
         {records(2), {tooFew}},
@@ -238,7 +233,6 @@ TEST(ReadAntennaFile, EveryProblemHasItsMessage) {
                                                               "discarding excess."});
     ASSERT_TRUE(f.Ok && f.IntTable.size() == 100u); // the first 100 load
     EXPECT_EQ(csinterpolate(f.IntTable, 50), 100);
-    // Whatever the path names, one message says why (folder, pipe, device: the command's tests).
     const auto dir = test::ScratchDir();
     const auto huge = test::WriteBytes(dir / "huge.tab", records(3) + std::string(1 << 20, '#'));
     const std::pair<std::string, std::string> unreadable[] = {

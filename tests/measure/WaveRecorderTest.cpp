@@ -19,14 +19,11 @@
 #include <fstream>
 #include <limits>
 
-// Reading, recording and trimming WAVE files, and the levels shown while recording.
-
 using namespace zav;
 using zav::test::WaveHeader;
 
 namespace {
 
-// A device that delivers sample i as `value(i)` in blocks, or fails, or falls short.
 struct FakeCapture : AudioCapture {
     static std::int16_t value(std::int64_t i) {
         return static_cast<std::int16_t>(i % 30011 - 15000);
@@ -116,8 +113,7 @@ TEST(ReadWaveHeader, AcceptsWhatItCanReadAndRefusesEveryOtherLayoutWithOneMessag
     EXPECT_EQ(read(extended.Bytes({1, 2, 3})) + "|" + read(stereo.Bytes({1, 2, 3})) + "|" +
                   read(between.Bytes({1, 2, 3})),
               "8000 3 @46|3 3 @44|refused");
-    // Identifiers changed, a float tag, an alignment of 1, and format sizes pointing past the
-    // 32-bit range, before the start or back at "RIFF".
+    // Identifiers, a float tag, alignment 1, format sizes past 32 bits, before 0 or at RIFF.
     const std::size_t at[] = {0, 8, 12, 36, 20, 32, 16, 16, 16};
     const std::string put[] = {"r",
                                "w",
@@ -133,8 +129,7 @@ TEST(ReadWaveHeader, AcceptsWhatItCanReadAndRefusesEveryOtherLayoutWithOneMessag
         EXPECT_EQ(read(std::string(whole).replace(at[i], put[i].size(), put[i])), "refused") << i;
     EXPECT_EQ(read(whole) + read("") + readFile((dir / "absent.wav").string()),
               "44100 3 @44refusedrefused");
-    // Every cut: refused up to the data identifier; then missing size bytes read as zero (the
-    // size, 6, is in the first one). Never a message.
+    // Every cut: refused up to "data"; then missing size bytes read as 0 (6 is in the first).
     for (std::size_t n = 0; n <= whole.size(); ++n) {
         const std::string got = read(whole.substr(0, n));
         EXPECT_EQ(got.substr(0, got.find(" @")) + (got.find("message") > got.size() ? "" : "!"),
@@ -159,8 +154,7 @@ TEST(ReadWaveHeader, RealFilesFromOtherWritersAndTheSampleCountRounding) {
         EXPECT_EQ(readFile(dir + refused), "refused") << refused; // stereo, extensible, LIST
 }
 
-// Milliseconds round to the nearest sample, the settling 1.1 s too, a half to the even
-// neighbour; the samples option counts 1024 each, whatever the rate.
+// Milliseconds and the settling 1.1 s round half to even; a sample unit counts 1024.
 TEST(RecordingCounts, IntervalsInMillisecondsAndInSamples) {
     EXPECT_EQ(SamplesToKeep(1000, false, 44100), 44100);
     EXPECT_EQ(SamplesToKeep(64, true, 8000), 65536);
@@ -188,14 +182,17 @@ TEST(RecordingCounts, IntervalsInMillisecondsAndInSamples) {
     }
 }
 
-// The template's header (here with an 18-byte format chunk) with a canonical RIFF size, then the
-// samples behind the settling 1.1 s.
-TEST(WaveRecorder, RecordsFromTheTemplatesRateAndKeepsTheSamplesBehindTheSettlingSecond) {
+// The template's header (18-byte format chunk), a canonical RIFF size, the samples after 1.1 s.
+TEST(WaveRecorder, RecordsFromTheTemplatesRateKeepsTheSamplesBehindTheSettlingSecondSafely) {
     Rig rig;
     WaveHeader extended;
     extended.rate = 8000, extended.formatSize = 18;
     extended.formatExtra = std::string("\x07\x00", 2);
     test::WriteBytes(rig.dir / "ZAV.wav", extended.Bytes());
+    const auto victim = rig.dir / "victim"; // another user's links to a file of the operator's
+    test::WriteBytes(victim, "precious");
+    std::filesystem::create_symlink(victim, rig.tmp);
+    std::filesystem::create_symlink(victim, rig.wav);
     const Recording rec = rig.record(1000);
     EXPECT_EQ(std::make_tuple(rec.status, rec.samples, rec.sampleRate, rec.time),
               std::make_tuple(RecordingStatus::Recorded, 8000, 8000, std::time_t{1'700'000'000}));
@@ -210,6 +207,7 @@ TEST(WaveRecorder, RecordsFromTheTemplatesRateAndKeepsTheSamplesBehindTheSettlin
     EXPECT_EQ(test::ReadFile(rig.wav),
               extended.Bytes(kept).replace(4, 4, test::LittleEndian(2 * 8000 + 36, 4)));
     EXPECT_EQ(readFile(rig.tmp), "8000 16800 @46"); // the raw recording stays for the exit
+    EXPECT_FALSE(std::filesystem::is_symlink(rig.tmp) || std::filesystem::is_symlink(rig.wav));
     const auto& counts = rig.progress.counts;
     EXPECT_TRUE(rig.progress.total == 16800 && std::is_sorted(counts.begin(), counts.end()) &&
                 counts.back() == 16800 && rig.progress.ended == 1);
@@ -221,6 +219,18 @@ TEST(WaveRecorder, RecordsFromTheTemplatesRateAndKeepsTheSamplesBehindTheSettlin
     EXPECT_EQ(rig.record(4, true).samples, 4096);
     EXPECT_EQ(rig.capture.requests.back().samples, 8800 + 4096);
     EXPECT_EQ(readFile(rig.wav), "8000 4096 @46");
+    // A recording chosen from a file is copied the same way, and only from a regular file.
+    std::filesystem::remove(rig.wav);
+    std::filesystem::create_symlink(victim, rig.wav);
+    std::string chosen = rig.tmp;
+    FileAudioInput files(rig.dialogs, [&chosen]() -> std::optional<std::string> { return chosen; });
+    ASSERT_EQ(files.RecordWave({rig.wav, 1000, false}).status, RecordingStatus::Recorded);
+    EXPECT_EQ(test::ReadFile(victim) + test::ReadFile(rig.wav),
+              "precious" + test::ReadFile(rig.tmp));
+    chosen = "/dev/zero";
+    EXPECT_EQ(files.RecordWave({rig.wav, 1000, false}).status, RecordingStatus::Failed);
+    EXPECT_EQ(rig.dialogs.texts(), std::vector<std::string>{"Error: recording wave file: "
+                                                            "/dev/zero: it is not a regular file"});
 }
 
 // Device faults, cancel, and refusals before the device starts: the previous file stays.
@@ -252,8 +262,9 @@ TEST(WaveRecorder, FailuresAndCancelLeaveThePreviousFile) {
         h.rate = -44100;
         if (c.spoil == "rate")
             test::WriteBytes(templ, h.Bytes());
-        if (c.spoil == "fifo") // a template nobody writes into: refused, never waited for
-            ASSERT_TRUE(std::filesystem::remove(templ) && mkfifo(templ.c_str(), 0600) == 0);
+        // A template nobody writes into: refused, never waited for.
+        ASSERT_TRUE(c.spoil != "fifo" ||
+                    (std::filesystem::remove(templ) && mkfifo(templ.c_str(), 0600) == 0));
         const std::string previous = r.wav;
         if (c.spoil == "folder")
             r.wav = (r.dir / "gone" / "~step.wav").string();
@@ -269,29 +280,4 @@ TEST(WaveRecorder, FailuresAndCancelLeaveThePreviousFile) {
             EXPECT_TRUE(texts.size() == 1 && texts[0].find(c.message) != std::string::npos);
         EXPECT_EQ(test::ReadFile(previous), "previous");
     }
-}
-
-// Another user's link at the raw or the finished recording's name, pointing at a file of the
-// operator's: the recording replaces the link and the file stays as it was.
-TEST(WaveRecorder, ALinkPlantedAtTheStepsFilesIsReplacedNeverWrittenThrough) {
-    Rig rig;
-    const auto victim = rig.dir / "victim";
-    test::WriteBytes(victim, "precious");
-    std::filesystem::create_symlink(victim, rig.tmp);
-    std::filesystem::create_symlink(victim, rig.wav);
-    ASSERT_EQ(rig.record(1000).status, RecordingStatus::Recorded);
-    EXPECT_FALSE(std::filesystem::is_symlink(rig.tmp) || std::filesystem::is_symlink(rig.wav));
-    EXPECT_EQ(readFile(rig.wav), "8000 8000 @44");
-    // A recording chosen from a file is copied the same way, and only from a regular file.
-    std::filesystem::remove(rig.wav);
-    std::filesystem::create_symlink(victim, rig.wav);
-    std::string chosen = rig.tmp;
-    FileAudioInput files(rig.dialogs, [&chosen]() -> std::optional<std::string> { return chosen; });
-    ASSERT_EQ(files.RecordWave({rig.wav, 1000, false}).status, RecordingStatus::Recorded);
-    EXPECT_EQ(test::ReadFile(victim) + test::ReadFile(rig.wav),
-              "precious" + test::ReadFile(rig.tmp));
-    chosen = "/dev/zero";
-    EXPECT_EQ(files.RecordWave({rig.wav, 1000, false}).status, RecordingStatus::Failed);
-    EXPECT_EQ(rig.dialogs.texts(), std::vector<std::string>{"Error: recording wave file: "
-                                                            "/dev/zero: it is not a regular file"});
 }
