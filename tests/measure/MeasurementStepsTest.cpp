@@ -1,6 +1,5 @@
 #include "measure/MeasurementSteps.h"
 #include "measure/CalRxModel.h"
-#include "measure/RxCalibration.h"
 #include "platform/Format.h"
 #include "platform/Number.h"
 #include "testsupport/FakeDialogs.h"
@@ -189,8 +188,7 @@ TEST(MeasurementSteps, PromptsClippingLimitsAndArithmeticErrors) {
     off.run(), bad.run();
     EXPECT_EQ(off.steps.gridCalc.Colour(9), CellColour::Red);
     EXPECT_FALSE(off.steps.gridCalc.Text(9).empty() || off.anyOutput());
-    bad.setup.RxNF = "5000";
-    bad.steps.recalculate();
+    bad.setup.RxNF = "5000", bad.steps.recalculate();
     ASSERT_EQ(bad.dialogs.texts(), std::vector<std::string>{"Value error:"});
     EXPECT_EQ(bad.dialogs.messages[0].title, "Calculation error, check input values on form");
     EXPECT_TRUE(bad.resultsEmpty() && !bad.anyOutput());

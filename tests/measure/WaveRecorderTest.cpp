@@ -14,7 +14,6 @@
 
 #include <sys/stat.h>
 
-#include <cfenv>
 #include <cmath>
 #include <fstream>
 #include <limits>
@@ -196,8 +195,7 @@ TEST(WaveRecorder, RecordsFromTheTemplatesRateKeepsTheSamplesBehindTheSettlingSe
     const Recording rec = rig.record(1000);
     EXPECT_EQ(std::make_tuple(rec.status, rec.samples, rec.sampleRate, rec.time),
               std::make_tuple(RecordingStatus::Recorded, 8000, 8000, std::time_t{1'700'000'000}));
-    EXPECT_TRUE(rig.dialogs.messages.empty());
-    ASSERT_EQ(rig.capture.requests.size(), 1u);
+    ASSERT_TRUE(rig.dialogs.messages.empty() && rig.capture.requests.size() == 1u);
     const CaptureRequest& asked = rig.capture.requests[0];
     EXPECT_EQ(std::make_tuple(asked.device, asked.sampleRate, asked.samples),
               std::make_tuple(std::string("Line In"), 8000, std::int64_t{16800}));

@@ -10,7 +10,6 @@
 
 #include <random>
 #include <regex>
-#include <tuple>
 
 using namespace zav;
 using namespace zav::test;
