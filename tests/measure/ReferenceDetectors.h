@@ -8,11 +8,8 @@
 
 namespace zav::test {
 
-// The detectors written the plain way, one sample at a time in the order the operations are
-// described, as an oracle for the fast kernel. `data` holds the samples from the first one on;
-// reads past its end give 0, as a short file does. Fills Avg, Ms, QP, Pk and calls Calc.
-// Sum = long double keeps the two running sums closer than plain doubles over millions of
-// samples.
+// The detectors the plain way, one sample at a time, as an oracle for the fast kernel. Reads past
+// the end of `data` give 0, as a short file does. Sum = long double for millions of samples.
 template <typename Sum = double>
 void ReferenceDetectors(const std::vector<std::int16_t>& data, std::int64_t samples,
                         std::int32_t sampleRate, double frequencyMHz, Measurement& m) {
@@ -23,12 +20,11 @@ void ReferenceDetectors(const std::vector<std::int16_t>& data, std::int64_t samp
     auto sampleAt = [&](std::int64_t i) -> double {
         return i < static_cast<std::int64_t>(data.size()) ? data[static_cast<std::size_t>(i)] : 0;
     };
-    double dc = 0;
+    double dc = 0, peak = 0, qp = 0, qpmax = 0;
     for (std::int64_t i = 0; i <= static_cast<std::int64_t>(std::nearbyint(fs * 0.01)); ++i)
         dc = dc + sampleAt(i) / 32768;
     dc = dc / (fs * 0.01);
     Sum sum = 0, sumsq = 0;
-    double peak = 0, qp = 0, qpmax = 0;
     for (std::int64_t i = 0; i < samples; ++i) {
         double e = sampleAt(i) / 32768 - dc;
         dc = dc + e * kdc;

@@ -1,7 +1,5 @@
 #pragma once
 
-// Builders for WAVE files with any header, right or wrong, and a scratch folder per test.
-
 #include <gtest/gtest.h>
 
 #include "testsupport/ScratchDir.h"
@@ -27,21 +25,17 @@ struct WaveHeader {
     std::int32_t formatSize = 16;
     std::uint16_t tag = 1, channels = 1, align = 2, bits = 16;
     std::int32_t rate = 44100;
-    std::string formatExtra;    // bytes behind the 16 standard ones (formatSize counts them)
-    std::string between;        // whole chunks between "fmt " and "data"
-    std::int64_t dataSize = -1; // -1: two bytes per sample given
+    std::string formatExtra, between; // bytes behind the 16 standard ones; chunks before "data"
+    std::int64_t dataSize = -1;       // -1: two bytes per sample given
 
     std::string Bytes(const std::vector<std::int16_t>& samples = {}) const {
-        std::string s =
-            riff + LittleEndian(0, 4) + wave + fmt +
-            LittleEndian(static_cast<std::uint32_t>(formatSize), 4) + LittleEndian(tag, 2) +
-            LittleEndian(channels, 2) + LittleEndian(static_cast<std::uint32_t>(rate), 4) +
-            LittleEndian(static_cast<std::uint32_t>(rate) * align, 4) + LittleEndian(align, 2) +
-            LittleEndian(bits, 2) + formatExtra + between + data;
-        const std::int64_t size = dataSize >= 0 ? dataSize : 2 * std::int64_t(samples.size());
-        s += LittleEndian(static_cast<std::uint32_t>(size), 4);
+        auto le = [](auto v, int n) { return LittleEndian(static_cast<std::uint32_t>(v), n); };
+        std::string s = riff + le(0, 4) + wave + fmt + le(formatSize, 4) + le(tag, 2) +
+                        le(channels, 2) + le(rate, 4) + le(rate * align, 4) + le(align, 2) +
+                        le(bits, 2) + formatExtra + between + data +
+                        le(dataSize >= 0 ? dataSize : 2 * std::int64_t(samples.size()), 4);
         for (std::int16_t v : samples)
-            s += LittleEndian(static_cast<std::uint16_t>(v), 2);
+            s += le(static_cast<std::uint16_t>(v), 2);
         return s;
     }
 };

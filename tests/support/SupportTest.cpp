@@ -1,4 +1,3 @@
-// The pure support models: the Like matcher, the update check and the Help and About menus.
 #include "platform/Version.h"
 #include "support/AboutModel.h"
 #include "support/HelpMenu.h"
@@ -11,17 +10,16 @@
 
 #include <random>
 #include <regex>
-#include <tuple>
 
 using namespace zav;
 using namespace zav::test;
 
 TEST(Like, AgreesWithARegularExpressionOnRandomPatterns) {
     std::mt19937 rng(7);
-    const char* pieces[] = {"a", "b", "1", "7", "9", ".", "*", "?", "#", "[ab]", "[!1]", "[0-5]"};
-    const char* asRegex[] = {
-        "a",        "b",     "1",    "7",    "9",    "\\.", "[\\s\\S]*",
-        "[\\s\\S]", "[0-9]", "[ab]", "[^1]", "[0-5]"}; // the same pieces: an independent matcher
+    // The same pieces as a regular expression: an independent matcher.
+    const char* pieces[] = {"a", "b", "1", "9", ".", "*", "?", "#", "[ab]", "[!1]", "[0-5]"};
+    const char* asRegex[] = {"a", "b",     "1",    "9",    "\\.",  ".*",
+                             ".", "[0-9]", "[ab]", "[^1]", "[0-5]"};
     const char letters[] = "ab17.x9";
     for (int round = 0; round < 4000; ++round) {
         std::string pattern, re, text;
@@ -35,15 +33,9 @@ TEST(Like, AgreesWithARegularExpressionOnRandomPatterns) {
             << "text " << text << " pattern " << pattern;
     }
     // A star inside a list is only itself; an open bracket matches nothing.
-    const std::tuple<const char*, const char*, bool> cases[] = {{"2.1.39", "*#.*#.*#", true},
-                                                                {"2.1.37b", "*#.*#.*#", false},
-                                                                {"*", "[*]", true},
-                                                                {"x", "[*]", false},
-                                                                {"[a", "[a", false},
-                                                                {"", "***", true},
-                                                                {"a", "", false}};
-    for (const auto& [text, pattern, match] : cases)
-        EXPECT_EQ(Like(text, pattern), match) << text << " " << pattern;
+    EXPECT_TRUE(Like("2.1.39", "*#.*#.*#") && Like("*", "[*]") && Like("", "***"));
+    EXPECT_FALSE(Like("2.1.37b", "*#.*#.*#") || Like("x", "[*]") || Like("[a", "[a") ||
+                 Like("a", ""));
 }
 
 namespace {
@@ -54,7 +46,6 @@ struct UpdateRig {
     FakeUpdater updater;
     FakeShell shell;
     FakeDialogs dialogs;
-    // The model opened on a site answering `reply` with this url and version.
     UpdateModel load(const std::string& url, const std::string& version,
                      HttpResponse reply = {200, "<update/>"}) {
         http.reply = reply;
@@ -70,7 +61,6 @@ struct UpdateRig {
 TEST(UpdateModel, OnlyAThreePartVersionFromTheProgramsOwnFolderIsBelievedAndOnlyANewerOneOffered) {
     const std::string home = "http://www.zav-noise.org/zav/",
                       bad = "Update site not responding properly.";
-    // A newer revision only: every part counts.
     const std::string newer = std::to_string(kVersionMajor) + "." + std::to_string(kVersionMinor) +
                               "." + std::to_string(kVersionRevision + 1);
     const std::string current = "Version " + VersionText() + " is current",
@@ -89,9 +79,10 @@ TEST(UpdateModel, OnlyAThreePartVersionFromTheProgramsOwnFolderIsBelievedAndOnly
     for (const auto& [url, version, message] : cases) {
         UpdateRig rig;
         const UpdateModel m = rig.load(url, version);
-        EXPECT_EQ(m.Message, message) << url << " " << version;
-        EXPECT_EQ(m.supportVisible, message == offered);
-        EXPECT_EQ(m.outcome == UpdateModel::Outcome::SiteFailed, message == bad);
+        EXPECT_EQ(std::make_tuple(m.Message, m.supportVisible,
+                                  m.outcome == UpdateModel::Outcome::SiteFailed),
+                  std::make_tuple(message, message == offered, message == bad))
+            << url << " " << version;
         EXPECT_EQ(rig.http.requests.at(0).url, "http://site.example/Update.xml");
     }
 }
@@ -106,61 +97,35 @@ TEST(UpdateModel, UpdaterButtonOnlyWithAnInstalledUpdaterAndItsLaunchAlwaysClose
         rig.shell.results = {result};
         m.runUpdater();
         EXPECT_EQ(rig.shell.opened, std::vector<std::string>{"/opt/zav/ZAV.kwupdate"});
-        EXPECT_TRUE(m.CloseRequested);
-        EXPECT_EQ(rig.dialogs.texts().at(0),
-                  result == 2 ? "Problem accessing kwUpdate. (Error 2)"
-                              : "ZAV could not find a file association for .kwupdate on your "
-                                "system.\n\nOpen it by hand: /opt/zav/ZAV.kwupdate");
-        EXPECT_EQ(rig.dialogs.messages[0].title, "kwUpdate unavailable");
+        EXPECT_TRUE(m.CloseRequested && rig.dialogs.messages.at(0).title == "kwUpdate unavailable");
+        EXPECT_EQ(rig.dialogs.texts()[0].find("Error 2") != std::string::npos, result == 2);
     }
 }
 
-// When nothing can open a document (31, 32) the message says where to open it by hand; other
-// failures (below 31) give their number.
 TEST(HelpAndAbout, DocumentsAndPagesOpenWhereTheyShould) {
     FakeShell shell;
     FakeDialogs dialogs;
     FakeSystemInfo info;
     HelpMenu help(shell, dialogs);
-    shell.results = {31, 7, 2, 32, 33, 32, 3}; // above 32: opened
-    help.openHelp("/usr/share/zav/");
-    help.openHelp("docs");
-    help.openHomePage("https://site.example/");
-    help.openFaq("https://site.example/");
+    shell.results = {31, 7, 33, 32, 33, 33, 3}; // above 32: opened
+    for (const char* folder : {"/usr/share/zav/", "docs"})
+        help.openHelp(folder);
+    help.openHomePage("https://site.example/"), help.openFaq("https://site.example/");
     help.openSupportPage("https://site.example/");
-    AboutModel("/", {shell, dialogs, info}).showLicence();
-    AboutModel("/opt/zav/", {shell, dialogs, info}).showLicence(); // one separator
+    for (const char* folder : {"/", "/opt/zav/"}) // one separator
+        AboutModel(folder, {shell, dialogs, info}).showLicence();
+    std::string shown;
+    for (const auto& m : dialogs.messages) // where to open it by hand, or the error number
+        shown += m.title + ": " + m.text.substr(m.text.rfind(' ') + 1) + "|";
+    EXPECT_EQ(shown, "Acrobat unavailable: /usr/share/zav/ZAV.pdf|Acrobat unavailable: 7)|Browser "
+                     "Unavailable: https://site.example/faq.htm|Browser Unavailable: 3)|");
     EXPECT_EQ(shell.opened, (std::vector<std::string>{
                                 "/usr/share/zav/ZAV.pdf", "docs/ZAV.pdf", "https://site.example/",
                                 "https://site.example/faq.htm", "https://site.example/support.htm",
                                 "/licence.txt", "/opt/zav/licence.txt"}));
-    const std::string browser = " on your system. You should check that your browser is correctly "
-                                "installed and associated with this type of file.\n\nOpen it by "
-                                "hand: ";
-    EXPECT_EQ(
-        dialogs.texts(),
-        (std::vector<std::string>{
-            "ZAV could not find a file association for ZAV.pdf on your system.\n\nOpen it "
-            "by hand: /usr/share/zav/ZAV.pdf",
-            "Problem accessing documentation. (Error 7)",
-            "Problem running your web browser. You should check that your browser is "
-            "correctly installed. (Error 2)",
-            "ZAV could not find a file association for https://site.example/faq.htm" + browser +
-                "https://site.example/faq.htm",
-            "ZAV could not find a file association for licence.txt" + browser + "/licence.txt",
-            "Problem accessing licence file. (Error 3)"}));
-    EXPECT_EQ(dialogs.messages[0].title, "Acrobat unavailable");
-    EXPECT_EQ(dialogs.messages[3].title, "Browser Unavailable");
-
-    // System information: only a tool that exists is started.
-    dialogs.messages.clear();
+    dialogs.messages.clear(); // system information: only a tool that exists is started
     AboutModel about("/opt/zav", {shell, dialogs, info});
-    about.startSystemInfo(); // none named
-    info.path = "/no/such/tool";
-    about.startSystemInfo();
-    info.path = "/bin/sh";
-    about.startSystemInfo();
-    EXPECT_EQ(dialogs.texts(),
-              std::vector<std::string>(2, "System Information Is Unavailable At This Time"));
-    EXPECT_EQ(shell.ran, std::vector<std::string>{info.path + "|"});
+    for (const char* path : {"", "/no/such/tool", "/bin/sh"})
+        info.path = path, about.startSystemInfo();
+    EXPECT_TRUE(dialogs.messages.size() == 2 && shell.ran == std::vector<std::string>{"/bin/sh|"});
 }
