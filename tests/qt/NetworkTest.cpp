@@ -180,8 +180,8 @@ TEST(TransferOverHttp, WhatTheServerDoesReachesTheMessageAndNothingIsResentOrMov
         else if (c.status == kNever)
             server.neverAnswer();
         else if (c.status / 100 == 3)
-            server.redirect(c.status, at(c.body, host));
-        server.replyAt("/moved.php", 200, "<result><cc>0</cc><receipt>ZAV-7</receipt></result>");
+            server.reply(c.status, "moved", at(c.body, host));
+        server.replyAt("/moved.php", "<result><cc>0</cc><receipt>ZAV-7</receipt></result>");
         ReportFixture fixture;
         TransferSettings settings{.username = "alice",
                                   .password = "s\u00e9cret 1",
