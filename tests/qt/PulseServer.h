@@ -1,38 +1,83 @@
 #pragma once
 
+#include "testsupport/QtWait.h"
+#include "testsupport/TestWave.h"
+
 #include <QProcess>
 #include <QTemporaryDir>
 
-#include <cstdint>
 #include <memory>
-#include <string>
-#include <vector>
 
 namespace zav::test {
 
-// A private PulseAudio server for one test program, so that the audio adapters meet a real
-// sound system without a sound card: a null sink "zavsink" and a mono source "zavmic" that
-// records whatever is played into the sink. Started and stopped (by its process id) by the
-// harness the audio scripts use (tests/cli/pulse-server.sh); the program's own environment
-// points at it (XDG_RUNTIME_DIR, PULSE_SERVER), so Qt and the command-line tools find it.
+// A private PulseAudio server for one test program, started and stopped (by its process id) by
+// the audio scripts' harness: a null sink "zavsink" and a mono source "zavmic" recording what the
+// sink plays. The program's environment points at it, so Qt and the command-line tools find it.
 class PulseServer {
 public:
-    PulseServer();
-    ~PulseServer();
-
+    PulseServer() {
+        for (const auto& [name, value] :
+             {std::pair{"PULSE_DIR", m_dir.path()},
+              {"XDG_RUNTIME_DIR", m_dir.path()},
+              {"PULSE_SERVER", "unix:" + m_dir.path() + "/pulse/native"}})
+            qputenv(name, value.toUtf8());
+        m_why = !harness("pulse_start") ? "PulseAudio could not be started"
+                : EnsureMicrophone()    ? ""
+                                        : "the remapped source zavmic is not there";
+    }
+    ~PulseServer() { StopPlaying(), harness("pulse_stop"); }
     bool ok() const { return m_why.empty(); }
     const std::string& why() const { return m_why; }
-    // Runs pactl with `args`; its standard output, or nothing with `ok` false.
-    std::string Pactl(const QStringList& args, bool* ok = nullptr) const;
-    // Loads the remapped source "zavmic" again if it is gone, and makes it the default.
-    bool EnsureMicrophone();
-    // Unloads "zavmic" (the input vanishes as a pulled-out device does).
-    void RemoveMicrophone();
+    // pactl's standard output, or nothing with `ok` false.
+    std::string Pactl(const QStringList& args, bool* ok = nullptr) const {
+        QProcess p;
+        p.start("pactl", args);
+        const bool ran =
+            p.waitForFinished(10000) && p.exitStatus() == QProcess::NormalExit && p.exitCode() == 0;
+        if (ok)
+            *ok = ran;
+        return ran ? p.readAllStandardOutput().toStdString() : std::string();
+    }
+    // Loads "zavmic" again if it is gone, as the default input; RemoveMicrophone pulls it out.
+    bool EnsureMicrophone() {
+        bool ok = false;
+        if (Pactl({"list", "short", "sources"}, &ok).find("zavmic") == std::string::npos && ok)
+            Pactl({"load-module", "module-remap-source", "master=zavsink.monitor",
+                   "source_name=zavmic", "channels=1"},
+                  &ok);
+        return ok && (Pactl({"set-default-source", "zavmic"}, &ok), ok);
+    }
+    void RemoveMicrophone() {
+        for (const QString& line :
+             QString::fromStdString(Pactl({"list", "short", "modules"})).split('\n'))
+            if (line.contains("source_name=zavmic"))
+                Pactl({"unload-module", line.section('\t', 0, 0)});
+    }
     // Plays `samples` (mono, 44.1 kHz) into the sink until StopPlaying, once the server plays.
-    bool Play(const std::vector<std::int16_t>& samples);
-    void StopPlaying();
+    bool Play(const std::vector<std::int16_t>& samples) {
+        StopPlaying();
+        WriteWave(m_dir.filePath("played.wav").toStdString(), samples, 44100);
+        m_player = std::make_unique<QProcess>();
+        m_player->start("paplay", {"-d", "zavsink", m_dir.filePath("played.wav")});
+        return m_player->waitForStarted(5000) && WaitFor([this] {
+                   return !Pactl({"list", "short", "sink-inputs"}).empty();
+               });
+    }
+    void StopPlaying() {
+        if (m_player)
+            m_player->kill(), m_player->waitForFinished(3000), m_player.reset();
+    }
 
 private:
+    bool harness(const QString& command) { // its errors go to the test's output
+        QProcess sh;
+        sh.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        sh.setStandardOutputFile(QProcess::nullDevice());
+        sh.start("sh", {"-c", ". " ZAV_SOURCE_DIR "/tests/cli/pulse-server.sh && " + command});
+        return sh.waitForFinished(30000) && sh.exitStatus() == QProcess::NormalExit &&
+               sh.exitCode() == 0;
+    }
+
     QTemporaryDir m_dir;
     std::unique_ptr<QProcess> m_player;
     std::string m_why = "not started";
