@@ -20,6 +20,7 @@ public:
         std::string method, path, contentType, body;
     };
     std::vector<Request> requests;
+    static constexpr int kDrop = -1, kNever = -2; // statuses: close at once, or never answer
 
     TestHttpServer() {
         if (!m_server.listen(QHostAddress::LocalHost, 0))
@@ -35,13 +36,12 @@ public:
     std::string url(const std::string& path) const { return "http://" + hostAndPath(path); }
     void reply(int status, std::string body, std::string location = "") {
         m_status = status, m_body = std::move(body), m_location = std::move(location);
-        m_answer = true, m_drop = false, m_cutAfter = std::string::npos;
+        m_answer = status != kNever, m_drop = status == kDrop, m_cutAfter = std::string::npos;
     }
     void replyAt(const std::string& path, std::string body) { m_pathBodies[path] = body; }
-    void neverAnswer() { m_answer = false; } // the client's time-out has to end the wait
-    // Announces the whole reply but closes after `bytes` of its body, or before its head.
+    void neverAnswer() { reply(kNever, ""); } // the client's time-out has to end the wait
+    // Announces the whole reply but closes after `bytes` of its body.
     void stopMidReply(std::size_t bytes) { m_cutAfter = bytes; }
-    void dropAfterRequest() { m_drop = true; }
 
 private:
     void serve(QTcpSocket* socket) {
