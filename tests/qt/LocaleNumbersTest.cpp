@@ -16,16 +16,14 @@ using namespace zav;
 namespace fs = std::filesystem;
 
 TEST(LocaleNumbers, TheLocalesSeparatorShowsTheShippedProfileAndWritesItBackAsItWas) {
-    const std::pair<QLocale, char> locales[] = {
-        {QLocale(QLocale::English, QLocale::UnitedStates), '.'},
-        {QLocale(QLocale::German, QLocale::Germany), ','},
-        {QLocale(QLocale::Arabic, QLocale::SaudiArabia), '.'}}; // not ASCII: a point
+    const QLocale locales[] = {QLocale(QLocale::English), QLocale(QLocale::German),
+                               QLocale(QLocale::Arabic, QLocale::SaudiArabia)};
     test::TempDir dir;
     const fs::path example = fs::path(ZAV_SOURCE_DIR) / "examples" / "example.zav";
     const fs::path copy = dir.path / "example.zav";
-    for (const auto& [locale, expected] : locales) {
-        const char sep = LocaleDecimalSeparator(locale);
-        EXPECT_EQ(sep, expected) << locale.name().toStdString();
+    for (int i = 0; i < 3; ++i) {
+        const char sep = LocaleDecimalSeparator(locales[i]);
+        EXPECT_EQ(sep, ".,."[i]) << i; // Arabic's is not ASCII: a point
         fs::copy_file(example, copy, fs::copy_options::overwrite_existing);
         SetupRecord r;
         Options options;
