@@ -12,8 +12,8 @@
 namespace zav::test {
 
 // An HTTP server on 127.0.0.1, in the test's own thread: it answers while the client under test
-// waits in its event loop. Every request is counted and gets the canned reply (or its path's),
-// or none; a TLS hello gets a line of text.
+// waits in its event loop. Every request is counted and gets the canned reply (or its path's);
+// a TLS hello gets a line of text.
 class TestHttpServer {
 public:
     struct Request {
@@ -35,15 +35,19 @@ public:
     }
     std::string url(const std::string& path) const { return "http://" + hostAndPath(path); }
     void reply(int status, std::string body, std::string location = "") {
-        m_status = status, m_body = std::move(body), m_location = std::move(location);
-        m_answer = status != kNever, m_drop = status == kDrop, m_cutAfter = std::string::npos;
+        m_replies[""] = {status, std::move(body), std::move(location)};
+        m_cutAfter = std::string::npos;
     }
-    void replyAt(const std::string& path, std::string body) { m_pathBodies[path] = body; }
+    void replyAt(const std::string& path, std::string body) { m_replies[path] = {200, body, ""}; }
     void neverAnswer() { reply(kNever, ""); } // the client's time-out has to end the wait
     // Announces the whole reply but closes after `bytes` of its body.
     void stopMidReply(std::size_t bytes) { m_cutAfter = bytes; }
 
 private:
+    struct Reply {
+        int status;
+        std::string body, location;
+    };
     void serve(QTcpSocket* socket) {
         QObject::connect(socket, &QTcpSocket::disconnected, socket, &QObject::deleteLater);
         auto in = std::make_shared<QByteArray>();
@@ -52,44 +56,37 @@ private:
             if (!in->isEmpty() && !std::isupper(static_cast<unsigned char>(in->at(0))))
                 return socket->write("not a secure server\r\n"), socket->disconnectFromHost();
             const qsizetype end = in->indexOf("\r\n\r\n");
-            const QList<QByteArray> lines = in->left(end).split('\n');
-            const QList<QByteArray> first = lines.value(0).trimmed().split(' ');
-            Request r{first.value(0).toStdString(), first.value(1).toStdString(), "", ""};
-            qsizetype length = 0;
-            for (const QByteArray& line : lines.mid(1)) {
-                const QByteArray name = line.left(line.indexOf(':')).trimmed().toLower();
-                const QByteArray value = line.mid(line.indexOf(':') + 1).trimmed();
-                if (name == "content-length")
-                    length = value.toLongLong();
-                else if (name == "content-type")
-                    r.contentType = value.toStdString();
-            }
+            const QByteArray head = in->left(end).toLower();
+            const auto field = [&head](const QByteArray& name) {
+                const qsizetype at = head.indexOf("\n" + name + ":");
+                return at < 0 ? QByteArray()
+                              : head.mid(at + name.size() + 2).split('\r')[0].trimmed();
+            };
+            const qsizetype length = field("content-length").toLongLong();
             if (end < 0 || in->size() < end + 4 + length)
                 return; // the rest is still on its way
-            r.body = in->mid(end + 4, length).toStdString();
-            requests.push_back(r), in->clear();
-            const auto own = m_pathBodies.find(r.path);
-            const std::string body = own == m_pathBodies.end() ? m_body : own->second;
-            const std::string head =
-                "HTTP/1.1 " + std::to_string(own == m_pathBodies.end() ? m_status : 200) +
-                " Reason\r\nContent-Type: text/xml" +
-                (m_location.empty() || own != m_pathBodies.end() ? ""
-                                                                 : "\r\nLocation: " + m_location) +
-                "\r\nContent-Length: " + std::to_string(body.size()) +
-                "\r\nConnection: close\r\n\r\n";
-            if (m_answer && !m_drop)
-                socket->write(QByteArray::fromStdString(head + body.substr(0, m_cutAfter)));
-            if (m_answer)
+            const QList<QByteArray> first = in->left(in->indexOf('\r')).split(' ');
+            requests.push_back({first.value(0).toStdString(), first.value(1).toStdString(),
+                                field("content-type").toStdString(),
+                                in->mid(end + 4, length).toStdString()});
+            in->clear();
+            const Reply& r = m_replies.count(requests.back().path) ? m_replies[requests.back().path]
+                                                                   : m_replies[""];
+            const std::string answer = "HTTP/1.1 " + std::to_string(r.status) +
+                                       " Reason\r\nContent-Type: text/xml" +
+                                       (r.location.empty() ? "" : "\r\nLocation: " + r.location) +
+                                       "\r\nContent-Length: " + std::to_string(r.body.size()) +
+                                       "\r\nConnection: close\r\n\r\n";
+            if (r.status >= 0)
+                socket->write(QByteArray::fromStdString(answer + r.body.substr(0, m_cutAfter)));
+            if (r.status != kNever)
                 socket->disconnectFromHost();
         });
     }
 
     QTcpServer m_server;
-    int m_status = 200;
-    std::string m_body, m_location;
-    bool m_answer = true, m_drop = false;
+    std::map<std::string, Reply> m_replies{{"", {200, "", ""}}};
     std::size_t m_cutAfter = std::string::npos;
-    std::map<std::string, std::string> m_pathBodies;
 };
 
 } // namespace zav::test
