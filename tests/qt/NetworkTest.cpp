@@ -33,22 +33,18 @@ const std::string kReceipt = "<result><cc>0</cc><receipt>ZAV-000123</receipt></r
 
 TEST(QtXmlLookup, FirstElementOfTheNameInDocumentOrderOfAWellFormedBoundedReply) {
     QtXmlLookup xml;
-    const auto first = [&xml](const std::string& doc, const std::string& name) {
+    const auto first = [&xml](const std::string& doc, const std::string& name = "cc") {
         return xml.FirstElementText(doc, name).value_or("none");
     };
     const std::string doc = "<?xml version=\"1.0\"?><a><b><cc>1<i>5</i></cc></b><cc>2</cc><e/></a>";
-    EXPECT_EQ(first(doc, "cc") + first(doc, "a") + first(doc, "e") + first(doc, "x"), "15152none");
-    EXPECT_EQ(first("<r><cc>a &amp; b</cc></r>", "cc"), "a & b");
-    for (const char* bad : {"Server busy", "<cc>0</c>", "<r><cc>1</cc><x></r>"})
-        EXPECT_EQ(first(bad, "cc"), "none") << bad;
-    // Nesting and element count are bounded, the element's own children included.
-    std::string deep = "<cc>x</cc>", wide = "<cc>x";
-    for (std::size_t i = 1; i < QtXmlLookup::kMaxDepth; ++i)
-        deep = "<a>" + deep + "</a>";
+    EXPECT_EQ(first(doc) + first(doc, "a") + first(doc, "e") + first(doc, "x"), "15152none");
+    EXPECT_EQ(first("<r><cc>&amp;</cc></r>") + first("<cc>0</c>") + first("<r><cc>1</cc><x></r>"),
+              "&nonenone");
+    std::string deep = "<cc>x</cc>", wide = "<cc>x"; // nesting and elements are bounded
     for (std::size_t i = 1; i < QtXmlLookup::kMaxElements; ++i)
-        wide += "<i/>";
-    EXPECT_EQ(first(deep, "cc") + first("<a>" + deep + "</a>", "cc"), "xnone");
-    EXPECT_EQ(first(wide + "</cc>", "cc") + first(wide + "<i/></cc>", "cc"), "xnone");
+        deep = i < QtXmlLookup::kMaxDepth ? "<a>" + deep + "</a>" : deep, wide += "<i/>";
+    EXPECT_EQ(first(deep) + first("<a>" + deep + "</a>"), "xnone");
+    EXPECT_EQ(first(wide + "</cc>") + first(wide + "<i/></cc>"), "xnone");
 }
 
 TEST(QtHttpClient, RepliesWholeOrNoneAndTheWaitIsAnnouncedAndEndsOnAbort) {
@@ -64,13 +60,11 @@ TEST(QtHttpClient, RepliesWholeOrNoneAndTheWaitIsAnnouncedAndEndsOnAbort) {
     EXPECT_EQ(waits, 2);
     server.reply(200, kReceipt);
     server.stopMidReply(kReceipt.size() - 1);
-    EXPECT_EQ(http.Get(server.url("/c")).status, 0); // cut off: no reply at all
-    for (const std::size_t size :
-         {QtHttpClient::kMaxReplyBytes, QtHttpClient::kMaxReplyBytes + 1}) {
-        server.reply(200, std::string(size, 'x'));
-        EXPECT_EQ(http.Get(server.url("/u")).body.size(),
-                  size > QtHttpClient::kMaxReplyBytes ? 0 : size);
-    }
+    EXPECT_EQ(http.Get(server.url("/c")).status, 0); // cut off: none at all
+    server.reply(200, std::string(QtHttpClient::kMaxReplyBytes, 'x'));
+    EXPECT_EQ(http.Get(server.url("/u")).body.size(), QtHttpClient::kMaxReplyBytes);
+    server.reply(200, std::string(QtHttpClient::kMaxReplyBytes + 1, 'x'));
+    EXPECT_EQ(http.Get(server.url("/u")).status, 0); // longer than the limit: none
     server.neverAnswer();
     QtHttpClient patient(60s);
     patient.waitStarted = [&patient] { QTimer::singleShot(50, [&patient] { patient.Abort(); }); };
@@ -112,13 +106,10 @@ TEST(TransferOverHttp, WhatTheServerDoesReachesTheMessageAndNothingIsResentOrMov
         std::size_t requests;
     } cases[] = {
         {200, "<?xml version=\"1.0\"?>\n" + kReceipt, "", "Receipt: ZAV-000123", 1},
-        {200, "<r><cc>4</cc><reason>Unknown+user+%26+bad%20password</reason></r>", "",
-         "Unknown user & bad password", 1},
-        {200, "<r><cc>3</cc><reason>+</reason></r>", "", "Error:<r><cc>3</cc><reason>+</reason>",
-         1},
+        {200, "<r><cc>4</cc><reason>No+user+%26+bad%20pw</reason></r>", "", "No user & bad pw", 1},
+        {200, "<r><cc>3</cc><reason>+</reason></r>", "", "Error:<r><cc>3</cc><reason>+", 1},
         {404, "<html>not here</html>", "", e + "404", 1},
         {200, kReceipt, refused + "/c", e + "0 (connection refused by " + refused + ")", 0},
-        {200, kReceipt, "nohost.invalid/c", e + "0 (host nohost.invalid not found)", 0},
         {200, kReceipt, "https://%s/c", e + "0 (secure connection (TLS) with %s failed)", 0},
         {kDrop, "", "", e + "0 (connection closed by %s before the whole reply arrived). The", 1},
         {kNever, "", "", e + "0 (no answer in 1 s). The observation may have arrived at", 1},
