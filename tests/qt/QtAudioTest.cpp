@@ -23,34 +23,36 @@ using namespace zav;
 
 namespace {
 
-// 16-bit samples of a file from byte `from` on (the machine is little-endian, as the files are).
-std::vector<std::int16_t> samplesOf(const std::string& path, std::size_t from = 0) {
+// Level (dBFS), frequency (from the sign changes, 2f a second) and length of a file's 16-bit
+// samples from byte `from` on, between the first and the last one above `threshold`.
+struct Tone {
+    double dbfs, hz, length;
+};
+Tone toneOf(const std::string& path, std::size_t from, int rate, int threshold = 0) {
     const std::string bytes = test::ReadFile(path);
     std::vector<std::int16_t> s(bytes.size() > from ? (bytes.size() - from) / 2 : 0);
     if (!s.empty()) // an empty vector's data() may be null, which memcpy must not get
         std::memcpy(s.data(), bytes.data() + from, 2 * s.size());
-    return s;
-}
-
-// Level (dBFS), frequency (from the sign changes, 2f a second) and length of the part of `s`
-// from its first to its last sample above `threshold`.
-struct Tone {
-    double dbfs, hz, length;
-};
-Tone toneOf(const std::vector<std::int16_t>& s, int rate, int threshold = 0) {
     auto loud = [threshold](std::int16_t v) { return std::abs(int{v}) > threshold; };
-    const std::size_t from = std::find_if(s.begin(), s.end(), loud) - s.begin();
-    const std::size_t to = s.rend() - std::find_if(s.rbegin(), s.rend(), loud);
-    double sum = 0, changes = 0, n = to > from ? double(to - from) : 0;
-    for (std::size_t i = from; i < to; ++i)
-        sum += s[i] * s[i] / 1073741824.0, changes += i > from && (s[i - 1] < 0) != (s[i] < 0);
+    const std::size_t first = std::find_if(s.begin(), s.end(), loud) - s.begin();
+    const std::size_t end = s.rend() - std::find_if(s.rbegin(), s.rend(), loud);
+    double sum = 0, changes = 0, n = end > first ? double(end - first) : 0;
+    for (std::size_t i = first; i < end; ++i)
+        sum += s[i] * s[i] / 1073741824.0, changes += i > first && (s[i - 1] < 0) != (s[i] < 0);
     return {10 * std::log10(sum / n), changes * rate / 2 / n, n};
 }
 
-struct Progress : CaptureProgress {
+struct Recorder : CaptureProgress {
+    QtAudioCapture capture;
+    test::FakeDialogs dialogs;
+    std::string device;
+    WaveRecorder recorder;
     double level = 0;
     std::function<bool()> cancel = [] { return false; };
     std::function<void()> flowing = [] {}; // once, when the first samples came
+    Recorder(const std::string& templ, std::string dev, QtAudioCapture::Timeouts timeouts = {})
+        : capture(timeouts), device(std::move(dev)),
+          recorder({capture, dialogs, this}, templ, [this] { return device; }) {}
     void Begin(std::int64_t) override {}
     void Update(std::int64_t n, double dbfs) override {
         if (n > 0)
@@ -59,17 +61,6 @@ struct Progress : CaptureProgress {
     }
     bool CancelRequested() override { return cancel(); }
     void End() override {}
-};
-
-struct Recorder {
-    QtAudioCapture capture;
-    test::FakeDialogs dialogs;
-    Progress progress;
-    std::string device;
-    WaveRecorder recorder;
-    Recorder(const std::string& templ, std::string dev, QtAudioCapture::Timeouts timeouts = {})
-        : capture(timeouts), device(std::move(dev)),
-          recorder({capture, dialogs, &progress}, templ, [this] { return device; }) {}
 };
 
 } // namespace
@@ -88,10 +79,10 @@ TEST(SoundCard, RecordsAndPlaysThroughARealServerAndAVanishingInputFailsInWords)
     const Recording rec = r.recorder.RecordWave({path("step.wav"), 64, true});
     ASSERT_EQ(rec.status, RecordingStatus::Recorded) << testing::PrintToString(r.dialogs.texts());
     EXPECT_EQ(std::pair(rec.samples, rec.sampleRate), std::pair(std::int64_t{65536}, 48000));
-    const Tone kept = toneOf(samplesOf(path("step.wav"), 44), 48000);
+    const Tone kept = toneOf(path("step.wav"), 44, 48000);
     EXPECT_EQ(kept.length, 65536);
     EXPECT_NEAR(kept.dbfs, 20 * std::log10(0.5 / std::sqrt(2.0)), 0.5);
-    EXPECT_NEAR(r.progress.level, kept.dbfs, 0.5);
+    EXPECT_NEAR(r.level, kept.dbfs, 0.5);
     EXPECT_NEAR(kept.hz, 440, 10.0 * 48000 / 65536);
     const std::string name = FindAudioInput("zavmic")->description().toStdString();
     EXPECT_EQ(FindAudioInput(name)->id(), "zavmic");
@@ -116,12 +107,11 @@ TEST(SoundCard, RecordsAndPlaysThroughARealServerAndAVanishingInputFailsInWords)
           {e + "\"No Such Input\" is not available.(5)."}, [](Recorder&) {});
     fails("zavmic", 8000, RecordingStatus::Failed, {e + "stopped delivering samples.(6)."},
           [&](Recorder& r) {
-              r.progress.flowing = [&] { server.Pactl({"suspend-source", "zavmic", "1"}); };
+              r.flowing = [&] { server.Pactl({"suspend-source", "zavmic", "1"}); };
           });
     server.Pactl({"suspend-source", "zavmic", "0"});
-    fails("zavmic", 2000, RecordingStatus::Cancelled, {}, [](Recorder& r) {
-        QTimer::singleShot(800, [&r] { r.progress.cancel = [] { return true; }; });
-    });
+    fails("zavmic", 2000, RecordingStatus::Cancelled, {},
+          [](Recorder& r) { QTimer::singleShot(800, [&r] { r.cancel = [] { return true; }; }); });
     fails("zavmic", 6000, RecordingStatus::Failed, {e + "was removed.(7)."},
           [&](Recorder&) { QTimer::singleShot(1000, [&] { server.RemoveMicrophone(); }); });
 
@@ -141,7 +131,7 @@ TEST(SoundCard, RecordsAndPlaysThroughARealServerAndAVanishingInputFailsInWords)
         test::WaitFor([] { return false; }, 500); // let the tone end
         parec.terminate();
         parec.waitForFinished(3000);
-        return toneOf(samplesOf(path("heard.raw")), 44100, 0.05 * 32768);
+        return toneOf(path("heard.raw"), 0, 44100, 0.05 * 32768);
     };
     server.StopPlaying();
     test::WriteWave(path("tone.wav"), test::Sine(0.3 * 32768, 440, 44100, 44100), 44100);
@@ -159,7 +149,7 @@ TEST(SoundCard, RecordsAndPlaysThroughARealServerAndAVanishingInputFailsInWords)
         clock.start();
         beeper.Beep(2000, 100);
         EXPECT_LT(clock.elapsed(), 500); // the caller goes on at once
-        test::WaitFor([&] { return toneOf(samplesOf(path("heard.raw")), 1, 3277).length > 0; });
+        test::WaitFor([&] { return toneOf(path("heard.raw"), 0, 1, 3277).length > 0; });
     });
     EXPECT_NEAR(beep.length, 3528, 1323); // 50 % to 110 % of 100 ms
     EXPECT_NEAR(beep.hz, 2000, 2000 * 0.03);
