@@ -6,6 +6,7 @@
 #include "qt/services/QtShell.h"
 #include "qt/services/QtSystemInfo.h"
 #include "testsupport/QtWait.h"
+#include "testsupport/ScratchDir.h"
 
 #include <QClipboard>
 #include <QFile>
@@ -35,14 +36,11 @@ TEST(DesktopServices, OpenRunMailCopyAndFindToolsThroughTheDesktopOrSayWhyNot) {
               (std::vector{QUrl::fromLocalFile(QString::fromStdString(doc)), QUrl(web.c_str())}));
     EXPECT_EQ(QtShell().Open(doc), 31); // offscreen nothing takes a document
     // Arguments with spaces arrive whole, in a program started detached.
-    const std::string out = dir.filePath("args out.txt").toStdString();
-    ASSERT_TRUE(shell.Run(
-        "sh", JoinCommandLine(
-                  {file("a b.sh", "printf '%s|' \"$1\" \"$2\" > \"$3.p\"; mv \"$3.p\" \"$3\""), "1",
-                   "2 3", out})));
+    const std::string out = dir.filePath("args out").toStdString(),
+                      script = file("a b", "echo \"$1|$2\" > \"$3.p\"; mv \"$3.p\" \"$3\"");
+    ASSERT_TRUE(shell.Run("sh", JoinCommandLine({script, "1", "2 3", out})));
     test::WaitFor([&] { return QFile::exists(QString::fromStdString(out)); });
-    QFile result(QString::fromStdString(out));
-    EXPECT_EQ(result.open(QIODevice::ReadOnly) ? result.readAll() : "", "1|2 3|");
+    EXPECT_EQ(test::ReadFile(out), "1|2 3\n");
     EXPECT_FALSE(shell.Run(dir.filePath("no-such-program").toStdString(), ""));
     // A stand-in xdg-open first on the search path answers as the real one: 3 is no tool for it.
     qputenv("PATH", dir.path().toLocal8Bit() + ":" + qgetenv("PATH"));
@@ -56,10 +54,9 @@ TEST(DesktopServices, OpenRunMailCopyAndFindToolsThroughTheDesktopOrSayWhyNot) {
     const MailMessage mail{"obs@example.org", "### ZAV report ### ",
                            "alice & bob\r\n100% = sure?#\r\n--\r\n"};
     const QUrlQuery query(MailtoUrl(mail));
-    EXPECT_EQ((MailtoUrl(mail).path() + "|" + query.queryItemValue("subject", QUrl::FullyDecoded) +
-               "|" + query.queryItemValue("body", QUrl::FullyDecoded))
-                  .toStdString(),
-              "obs@example.org|" + mail.subject + "|" + mail.body);
+    EXPECT_EQ(MailtoUrl(mail).path() + "|" + query.queryItemValue("subject", QUrl::FullyDecoded) +
+                  "|" + query.queryItemValue("body", QUrl::FullyDecoded),
+              QString::fromStdString("obs@example.org|" + mail.subject + "|" + mail.body));
     EXPECT_TRUE(QtMailer([&](const QUrl& u) { return handed.push_back(u), true; }).Send(mail));
     EXPECT_EQ(handed.back(), MailtoUrl(mail));
     EXPECT_FALSE(QtMailer().Send(mail)); // offscreen: no mail program takes it

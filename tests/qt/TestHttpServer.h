@@ -7,6 +7,7 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <tuple>
 #include <vector>
 
 namespace zav::test {
@@ -44,10 +45,6 @@ public:
     void stopMidReply(std::size_t bytes) { m_cutAfter = bytes; }
 
 private:
-    struct Reply {
-        int status;
-        std::string body, location;
-    };
     void serve(QTcpSocket* socket) {
         QObject::connect(socket, &QTcpSocket::disconnected, socket, &QObject::deleteLater);
         auto in = std::make_shared<QByteArray>();
@@ -70,22 +67,22 @@ private:
                                 field("content-type").toStdString(),
                                 in->mid(end + 4, length).toStdString()});
             in->clear();
-            const Reply& r = m_replies.count(requests.back().path) ? m_replies[requests.back().path]
-                                                                   : m_replies[""];
-            const std::string answer = "HTTP/1.1 " + std::to_string(r.status) +
+            const auto& [status, body, location] =
+                m_replies[m_replies.count(requests.back().path) ? requests.back().path : ""];
+            const std::string answer = "HTTP/1.1 " + std::to_string(status) +
                                        " Reason\r\nContent-Type: text/xml" +
-                                       (r.location.empty() ? "" : "\r\nLocation: " + r.location) +
-                                       "\r\nContent-Length: " + std::to_string(r.body.size()) +
+                                       (location.empty() ? "" : "\r\nLocation: " + location) +
+                                       "\r\nContent-Length: " + std::to_string(body.size()) +
                                        "\r\nConnection: close\r\n\r\n";
-            if (r.status >= 0)
-                socket->write(QByteArray::fromStdString(answer + r.body.substr(0, m_cutAfter)));
-            if (r.status != kNever)
+            if (status >= 0)
+                socket->write(QByteArray::fromStdString(answer + body.substr(0, m_cutAfter)));
+            if (status != kNever)
                 socket->disconnectFromHost();
         });
     }
 
     QTcpServer m_server;
-    std::map<std::string, Reply> m_replies{{"", {200, "", ""}}};
+    std::map<std::string, std::tuple<int, std::string, std::string>> m_replies{{"", {200, "", ""}}};
     std::size_t m_cutAfter = std::string::npos;
 };
 
