@@ -123,34 +123,29 @@ TEST(SoundCard, RecordsAndPlaysThroughARealServerAndAVanishingInputFailsInWords)
         parec.setStandardOutputFile(QString::fromStdString(path("heard.raw")));
         parec.start("parec", {"-d", "zavsink.monitor", "--raw", "--format=s16le", "--channels=1",
                               "--rate=44100", "--latency-msec=20"});
-        EXPECT_TRUE(test::WaitFor([&] {
-            const std::string clients = server.Pactl({"list", "short", "source-outputs"});
-            return clients.find("protocol-native") != std::string::npos; // parec, not the remap
+        EXPECT_TRUE(test::WaitFor([&] { // parec, not the remapped source
+            return server.Pactl({"list", "short", "source-outputs"}).find("protocol-native") + 1;
         }));
+        QElapsedTimer clock;
+        clock.start();
         play();
+        const qint64 ms = clock.elapsed();
+        test::WaitFor([&] { return toneOf(path("heard.raw"), 0, 1, 3277).length > 0; });
         test::WaitFor([] { return false; }, 500); // let the tone end
         parec.terminate();
         parec.waitForFinished(3000);
-        return toneOf(path("heard.raw"), 0, 44100, 0.05 * 32768);
+        return std::pair(toneOf(path("heard.raw"), 0, 44100, 0.05 * 32768), ms);
     };
     server.StopPlaying();
     test::WriteWave(path("tone.wav"), test::Sine(0.3 * 32768, 440, 44100, 44100), 44100);
     QtAudioOutput output;
-    QElapsedTimer clock;
-    const Tone played = hear([&] {
-        clock.start();
-        EXPECT_FALSE(output.PlayWave(path("tone.wav")));
-        EXPECT_GE(clock.elapsed(), 1000); // to its end
-    });
+    const auto [played, playMs] = hear([&] { EXPECT_FALSE(output.PlayWave(path("tone.wav"))); });
+    EXPECT_GE(playMs, 1000); // to its end
     EXPECT_NEAR(played.length, 44100, 2205);
     EXPECT_NEAR(played.hz, 440, 440 * 0.03);
     QtBeeper beeper;
-    const Tone beep = hear([&] {
-        clock.start();
-        beeper.Beep(2000, 100);
-        EXPECT_LT(clock.elapsed(), 500); // the caller goes on at once
-        test::WaitFor([&] { return toneOf(path("heard.raw"), 0, 1, 3277).length > 0; });
-    });
+    const auto [beep, beepMs] = hear([&] { beeper.Beep(2000, 100); });
+    EXPECT_LT(beepMs, 500);               // the caller goes on at once
     EXPECT_NEAR(beep.length, 3528, 1323); // 50 % to 110 % of 100 ms
     EXPECT_NEAR(beep.hz, 2000, 2000 * 0.03);
     EXPECT_EQ(output.PlayWave(path("absent.wav")).value_or(DeviceError{}).number, kDeviceBadFile);
