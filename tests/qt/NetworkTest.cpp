@@ -102,9 +102,10 @@ TEST(TransferOverHttp, WhatTheServerDoesReachesTheMessageAndNothingIsResentOrMov
         {308, "https://%s/moved.php", "", e + "308 (redirected to https://", 1},
         {307, "/c.php", "", e + "307 (redirected too often, last to http://%s/c.php)", 5},
     };
+    ReportFixture fixture;
     const std::string form =
         "POST application/x-www-form-urlencoded " + // UTF-8 byte by byte
-        PostVars(ReportFixture().source()) +
+        PostVars(fixture.source()) +
         "&username=alice&password=s%C3%A9cret+1&Email=a%40b%2Eorg&client=1&debug=0";
     for (const auto& c : cases) {
         TestHttpServer server;
@@ -115,7 +116,6 @@ TEST(TransferOverHttp, WhatTheServerDoesReachesTheMessageAndNothingIsResentOrMov
         SCOPED_TRACE(at(c.message));
         server.reply(c.status, c.body, c.status / 100 == 3 ? at(c.body) : "");
         server.replyAt("/moved.php", "<result><cc>0</cc><receipt>ZAV-7</receipt></result>");
-        ReportFixture fixture;
         TransferSettings settings{"alice",   "s\u00e9cret 1",
                                   "a@b.org", c.url.empty() ? at("%s/c.php") : at(c.url),
                                   "",        true};
