@@ -1,5 +1,4 @@
-// The shell, mail, clipboard and tool adapters. The offscreen platform has no desktop to hand
-// documents to, which is itself the real "nothing is associated" case.
+// Offscreen there is no desktop to take documents: the real "nothing is associated" case.
 #include "platform/CommandLine.h"
 #include "qt/services/QtClipboard.h"
 #include "qt/services/QtMailer.h"

@@ -1,5 +1,3 @@
-// The shipped profile opened with the separator the real QLocale gives: shown in the locale,
-// and written back exactly as it was.
 #include "../config/RecordingEvents.h"
 #include "config/Profiles.h"
 #include "platform/MemorySettingsStore.h"

@@ -10,17 +10,13 @@
 
 namespace zav::test {
 
-// A private PulseAudio server for one test program, started and stopped (by its process id) by
-// the audio scripts' harness: a null sink "zavsink" and a mono source "zavmic" recording what the
-// sink plays. The program's environment points at it, so Qt and the command-line tools find it.
+// A private PulseAudio server (the audio scripts' harness, stopped by process id) with a null sink
+// "zavsink" and a source "zavmic" recording what it plays, in this program's environment.
 class PulseServer {
 public:
     PulseServer() {
-        for (const auto& [name, value] :
-             {std::pair{"PULSE_DIR", m_dir.path()},
-              {"XDG_RUNTIME_DIR", m_dir.path()},
-              {"PULSE_SERVER", "unix:" + m_dir.path() + "/pulse/native"}})
-            qputenv(name, value.toUtf8());
+        qputenv("XDG_RUNTIME_DIR", m_dir.path().toUtf8());
+        qputenv("PULSE_SERVER", "unix:" + m_dir.path().toUtf8() + "/pulse/native");
         m_why = !sh("pulse_start") ? "PulseAudio could not be started" : "";
     }
     ~PulseServer() { StopPlaying(), sh("pulse_stop"); }
@@ -51,7 +47,9 @@ private:
         QProcess sh;
         sh.setProcessChannelMode(QProcess::ForwardedErrorChannel);
         sh.setStandardOutputFile(QProcess::nullDevice());
-        sh.start("sh", {"-c", ". " ZAV_SOURCE_DIR "/tests/cli/pulse-server.sh && " + command});
+        sh.start("sh",
+                 {"-c", "PULSE_DIR='" + m_dir.path() +
+                            "'; . " ZAV_SOURCE_DIR "/tests/cli/pulse-server.sh && " + command});
         return sh.waitForFinished(30000) && sh.exitStatus() == QProcess::NormalExit &&
                sh.exitCode() == 0;
     }

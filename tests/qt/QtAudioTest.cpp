@@ -1,5 +1,4 @@
-// The sound-card adapters against a private PulseAudio server: its null sink plays what the test
-// (or the adapter) plays, and the sink's remapped monitor "zavmic" is the input.
+// Against a private PulseAudio server whose null sink's remapped monitor "zavmic" is the input.
 #include "PulseServer.h"
 
 #include "measure/WaveDeviceMessages.h"
@@ -23,8 +22,8 @@ using namespace zav;
 
 namespace {
 
-// Level (dBFS), frequency (from the sign changes, 2f a second) and length of a file's 16-bit
-// samples from byte `from` on, between the first and the last one above `threshold`.
+// Level, frequency (2f sign changes a second) and length of a file's samples from byte `from`,
+// between the first and the last one above `threshold`.
 struct Tone {
     double dbfs, hz, length;
 };
@@ -88,8 +87,7 @@ TEST(SoundCard, RecordsAndPlaysThroughARealServerAndAVanishingInputFailsInWords)
     EXPECT_EQ(FindAudioInput(name)->id(), "zavmic");
     EXPECT_EQ(AudioInputNames(), std::vector{name});
 
-    // Unknown, stalled (suspended: listed still, but delivering nothing), cancelled or pulled
-    // out: promptly over, in words, and the step's file left as it was.
+    // Unknown, stalled (suspended), cancelled or pulled out: promptly over, the file as it was.
     const std::string e = "Error: recording wave file: The audio input ";
     const auto fails = [&](const std::string& device, int withinMs, RecordingStatus status,
                            std::vector<std::string> messages, auto upset) {
@@ -115,9 +113,7 @@ TEST(SoundCard, RecordsAndPlaysThroughARealServerAndAVanishingInputFailsInWords)
     fails("zavmic", 6000, RecordingStatus::Failed, {e + "was removed.(7)."},
           [&](Recorder&) { QTimer::singleShot(1000, [&] { server.RemoveMicrophone(); }); });
 
-    // What is played, as the sink's monitor hears it through parec: a second of 440 Hz played
-    // to its end, and the beep while the caller goes on. The monitor loses a few ms at the
-    // start of a stream: lengths are heard shortened.
+    // As parec hears the sink's monitor, which loses a few ms at the start of a stream.
     const auto hear = [&](const std::function<void()>& play) {
         QProcess parec;
         parec.setStandardOutputFile(QString::fromStdString(path("heard.raw")));

@@ -1,5 +1,4 @@
-// The serial adapter against a socat pseudo-terminal: busy, missing and refusing ports and the
-// line settings (reading a receiver through it: the position dialog and zavcli gps).
+// (Reading a receiver through it: the position dialog's and zavcli gps's tests.)
 #include "qt/services/QtSerialPort.h"
 #include "testsupport/PtyPair.h"
 

@@ -12,16 +12,15 @@
 
 namespace zav::test {
 
-// An HTTP server on 127.0.0.1, in the test's own thread: it answers while the client under test
-// waits in its event loop. Every request is counted and gets the canned reply (or its path's);
-// a TLS hello gets a line of text.
+// An HTTP server on 127.0.0.1 answering in the test's thread while the client waits in its event
+// loop: each request is counted and gets the canned reply (or its path's); TLS, a line of text.
 class TestHttpServer {
 public:
     struct Request {
         std::string method, path, contentType, body;
     };
     std::vector<Request> requests;
-    static constexpr int kDrop = -1, kNever = -2; // statuses: close at once, or never answer
+    static constexpr int kNever = -1; // a status: no answer at all
 
     TestHttpServer() {
         if (!m_server.listen(QHostAddress::LocalHost, 0))
@@ -74,10 +73,9 @@ private:
                                        (location.empty() ? "" : "\r\nLocation: " + location) +
                                        "\r\nContent-Length: " + std::to_string(body.size()) +
                                        "\r\nConnection: close\r\n\r\n";
-            if (status >= 0)
-                socket->write(QByteArray::fromStdString(answer + body.substr(0, m_cutAfter)));
             if (status != kNever)
-                socket->disconnectFromHost();
+                socket->write(QByteArray::fromStdString(answer + body.substr(0, m_cutAfter))),
+                    socket->disconnectFromHost();
         });
     }
 
