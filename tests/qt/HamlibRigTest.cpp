@@ -41,18 +41,17 @@ TEST(HamlibRig, TunesARigctldInTurnAndFindsItAgainAfterItVanished) {
     const int s = socket(AF_INET, SOCK_STREAM, 0); // a loopback port that was free a moment ago
     sockaddr_in a{AF_INET, 0, {htonl(INADDR_LOOPBACK)}, {}};
     socklen_t n = sizeof a;
-    bind(s, reinterpret_cast<sockaddr*>(&a), n),
-        getsockname(s, reinterpret_cast<sockaddr*>(&a), &n);
-    close(s);
-    auto daemon = std::make_unique<Rigctld>(ntohs(a.sin_port));
+    auto* address = reinterpret_cast<sockaddr*>(&a);
+    bind(s, address, n), getsockname(s, address, &n), close(s);
+    const int port = ntohs(a.sin_port);
+    auto daemon = std::make_unique<Rigctld>(port);
     ASSERT_EQ(daemon->ask("f"), "145000000\n") << "rigctld did not start";
-    HamlibRig rig(2, "127.0.0.1:" + std::to_string(daemon->port));
+    HamlibRig rig(2, "127.0.0.1:" + std::to_string(port));
     EXPECT_TRUE(rig.Tune({3500000, "USB", 2700}).tuned && rig.Tune({10100000, "AM", 6000}).tuned);
     EXPECT_EQ(daemon->ask("f m l AGC"), "10100000\nAM\n6000\n0\n"); // the last, AGC off
     EXPECT_EQ(rig.Tune({7100000, "NOSUCHMODE", 2700}).refusals,
               std::vector<std::string>{"Hamlib knows no mode NOSUCHMODE"});
 
-    const int port = daemon->port;
     daemon.reset(); // gone: an error in one line of words, not the end
     const std::string gone = rig.Tune({5300000, "USB", 2700}).error;
     EXPECT_TRUE(!gone.empty() && gone.find('\n') == std::string::npos) << gone;

@@ -44,19 +44,15 @@ Tone toneOf(const std::string& path, std::size_t from, int rate, int threshold =
 struct Recorder : CaptureProgress {
     QtAudioCapture capture;
     test::FakeDialogs dialogs;
-    std::string device;
     WaveRecorder recorder;
     double level = 0;
     std::function<bool()> cancel = [] { return false; };
     std::function<void()> flowing = [] {}; // once, when the first samples came
     Recorder(const std::string& templ, std::string dev, QtAudioCapture::Timeouts timeouts = {})
-        : capture(timeouts), device(std::move(dev)),
-          recorder({capture, dialogs, this}, templ, [this] { return device; }) {}
+        : capture(timeouts), recorder({capture, dialogs, this}, templ, [dev] { return dev; }) {}
     void Begin(std::int64_t) override {}
     void Update(std::int64_t n, double dbfs) override {
-        if (n > 0)
-            std::exchange(flowing, [] {})();
-        level = dbfs;
+        level = dbfs, n > 0 ? std::exchange(flowing, [] {})() : void();
     }
     bool CancelRequested() override { return cancel(); }
     void End() override {}
