@@ -16,9 +16,8 @@ TEST(LocaleNumbers, TheLocalesSeparatorShowsTheShippedProfileAndWritesItBackAsIt
     const QLocale locales[] = {QLocale(QLocale::English), QLocale(QLocale::German),
                                QLocale(QLocale::Arabic, QLocale::SaudiArabia)}; // not ASCII: "."
     const char* shown[] = {"7.100 8.00 0.0 1.0", "7,100 8,00 0,0 1,0", "7.100 8.00 0.0 1.0"};
-    test::TempDir dir;
     const fs::path example = fs::path(ZAV_SOURCE_DIR) / "examples" / "example.zav";
-    const fs::path copy = dir.path / "example.zav";
+    const fs::path copy = test::ScratchDir() / "example.zav";
     for (int i = 0; i < 3; ++i) {
         const char sep = LocaleDecimalSeparator(locales[i]);
         EXPECT_EQ(sep, shown[i][1]) << i;

@@ -40,7 +40,6 @@ TEST(QtXmlLookup, FirstElementOfTheNameInDocumentOrderOfAWellFormedBoundedReply)
     EXPECT_EQ(xml.FirstElementText("<r><cc>1</cc><x></r>", "cc"), std::nullopt); // ill-formed
 }
 
-// (Its wait announced and ended by Abort: with the busy window in the widget tests.)
 TEST(QtHttpClientAndFormPoster, RepliesWholeOrNoneAndOnlyANeverSentPostIsResendable) {
     TestHttpServer server;
     QtHttpClient http(1s);
