@@ -27,7 +27,6 @@
 
 using namespace zav;
 using namespace zav::test;
-namespace fs = std::filesystem;
 
 namespace {
 
@@ -42,22 +41,20 @@ struct Cli {
 // a quiet sound card, the receiver and a noise diode switched on: noise of 3, 100, 316 counts.
 struct Recordings {
     TempDir dir;
-    std::string write(const std::string& name, double rms, unsigned seed) const {
-        const std::string path = (dir.path / name).string();
-        WriteWave(path, Noise(rms, 16000, seed), 8000);
-        return path;
-    }
-    std::string profile(const std::string& rxNf) const {
+    std::string profile(const std::string& rxNf, const std::string& transfer = "") const {
         const std::string path = (dir.path / ("nf" + rxNf + ".zav")).string();
         std::ofstream(path, std::ios::binary)
             << "[conditions]\r\nRxNF=" << rxNf << "\r\nBandwidth=2700\r\nFrequency=7.100\r\n"
-            << "AntGain=0.00\r\nAttenuator=3.0\r\nLoss=1.0\r\nEnvironment=Rural\r\n";
+            << "AntGain=0.00\r\nAttenuator=3.0\r\nLoss=1.0\r\nEnvironment=Rural\r\n[transfer]\r\n"
+            << transfer;
         return path;
     }
     int run(Cli& c, std::vector<std::string> options) const {
         options.insert(options.begin(), "measure");
-        options.insert(options.end(),
-                       {write("s.wav", 3, 1), write("r.wav", 100, 2), write("e.wav", 316, 3)});
+        for (const auto& [name, rms] : {std::pair{"s.wav", 3}, {"r.wav", 100}, {"e.wav", 316}}) {
+            options.push_back((dir.path / name).string());
+            WriteWave(options.back(), Noise(rms, 16000, rms), 8000);
+        }
         return c.run(options);
     }
 };
@@ -78,29 +75,6 @@ double jsonNumber(const std::string& json, const std::string& key, std::size_t f
     return at == std::string::npos ? NAN : std::strtod(json.c_str() + at + key.size() + 3, nullptr);
 }
 
-// An update description as the site serves it.
-std::string description(const std::string& url, const std::string& version) {
-    return "<?xml version=\"1.0\"?>\n<update>\n  <program>ZAV</program>\n  <url>" + url +
-           "</url>\n  <version>" + version + "</version>\n</update>\n";
-}
-
-// zavcli measure on the demo recordings, the demo profile's server and user set as given.
-std::vector<std::string> demo(const fs::path& dir, const std::string& url, const std::string& user,
-                              std::vector<std::string> extra) {
-    const fs::path examples = fs::path(ZAV_SOURCE_DIR) / "examples";
-    std::ifstream in(examples / "example.zav");
-    std::ofstream out(dir / "post.zav");
-    for (std::string line; std::getline(in, line);)
-        out << (line.starts_with("url=")        ? "url=" + url
-                : line.starts_with("username=") ? "username=" + user
-                                                : line)
-            << "\n";
-    extra.insert(extra.begin(), {"--profile", (dir / "post.zav").string()});
-    for (const char* f : {"soundcard.wav", "receiver.wav", "external.wav"})
-        extra.push_back((examples / f).string());
-    return extra;
-}
-
 } // namespace
 
 TEST(AnalyseCommand, EveryFieldToNineSignificantDigitsAndJsonThatReadsBackExactly) {
@@ -109,9 +83,7 @@ TEST(AnalyseCommand, EveryFieldToNineSignificantDigitsAndJsonThatReadsBackExactl
     WriteWave(path, Sine(32767, 1000, 44100, 44100), 44100);
     FakeDialogs dialogs;
     Measurement m, above;
-    ASSERT_TRUE(AnalyseWave(path, 7, m, dialogs));
-    ASSERT_TRUE(AnalyseWave(path, 30.001, above, dialogs));
-
+    ASSERT_TRUE(AnalyseWave(path, 7, m, dialogs) && AnalyseWave(path, 30.001, above, dialogs));
     Cli c, j;
     ASSERT_EQ(c.run({"analyse", path}), kExitOk);
     const auto f = fields(c.out.str());
@@ -131,11 +103,9 @@ TEST(AnalyseCommand, EveryFieldToNineSignificantDigitsAndJsonThatReadsBackExactl
     // Above 30 MHz the other quasi-peak detector; JSON numbers are the doubles themselves.
     ASSERT_EQ(j.run({"analyse", "--json", path, "--frequency", "30.001"}), kExitOk);
     ASSERT_TRUE(j.out.str().ends_with("}\n"));
-    const std::pair<const char*, double> inJson[] = {
-        {"QP", above.QP}, {"Ms", above.Ms}, {"AvgRms", above.AvgRms}, {"ClipFlag", -1}};
-    for (const auto& [key, value] : inJson)
-        EXPECT_EQ(jsonNumber(j.out.str(), key), value) << key;
     EXPECT_NE(above.QP, m.QP);
+    for (const auto& [key, value] : {std::pair{"QP", above.QP}, {"Ms", above.Ms}})
+        EXPECT_EQ(jsonNumber(j.out.str(), key), value) << key;
 }
 
 TEST(AnalyseCommand, ProgressOnATerminalOnlyAndTheSameResults) {
@@ -155,9 +125,7 @@ TEST(CliDialogs, MessagesGoToStandardErrorAsTitleAndText) {
     CliDialogs d(err);
     d.ShowMessage("Unsupported WAVE file format.", "ZAV", MessageIcon::Critical);
     d.ShowMessage("line one\rline two\r\nthree\r", "", MessageIcon::None);
-    d.ShowMessage("Bandwidth must be > 0", "Value error:", MessageIcon::None);
-    EXPECT_EQ(err.str(), "ZAV: Unsupported WAVE file format.\nline one\nline two\nthree\n"
-                         "Value error: Bandwidth must be > 0\n");
+    EXPECT_EQ(err.str(), "ZAV: Unsupported WAVE file format.\nline one\nline two\nthree\n");
 }
 
 TEST(NmeaInput, LinesAsSentWithAnEndlessLineCut) {
@@ -178,7 +146,7 @@ TEST(NmeaInput, LinesAsSentWithAnEndlessLineCut) {
 TEST(MeasureCalibrate, NoiseDiodeRoundTripAndItsSiteComparison) {
     const Recordings r;
     const std::string before = r.profile("8.00");
-    Cli json, cal;
+    Cli json, cal, other, again;
     ASSERT_EQ(r.run(json, {"--profile", before, "--json"}), kExitOk) << json.err.str();
     const double y = jsonNumber(json.out.str(), "yfact");
     ASSERT_GT(y, 5);
@@ -194,74 +162,63 @@ TEST(MeasureCalibrate, NoiseDiodeRoundTripAndItsSiteComparison) {
               Format(nf + 10 * std::log10(1.3806504e-23 * 290 * 2700 * 1000), "0.00"));
     // The same source as a carrier in the set-up bandwidth; with --json, at full precision.
     const std::string carrier = Format(NoiseDensity + 15 + 10 * std::log10(2700.0), "0.000000");
-    Cli other;
     ASSERT_EQ(r.run(other, {"--profile", before, "--json", "--calibrate", "carrier:" + carrier}),
               kExitOk);
     const auto at = other.out.str().find("\"calibration\":{");
     ASSERT_NE(at, std::string::npos);
     EXPECT_NEAR(jsonNumber(other.out.str(), "RxNF", at), nf, 1e-5);
-
     // Applied by hand, the external noise is now the diode's own, T0·(1 + ENR), so
-    // Fa = 10·log10(1 + 10^1.5) to within the two decimals of RxNF; P.372 from its curves.
-    Cli again;
+    // Fa = 10·log10(1 + 10^1.5) to within the two decimals of RxNF.
     ASSERT_EQ(r.run(again, {"--profile", r.profile(f["RxNF"]), "--json"}), 0);
     const std::string out = again.out.str();
-    const double fa = jsonNumber(out, "Fa"), fam = 67.2 - 27.7 * std::log10(7.1);
+    const double fa = jsonNumber(out, "Fa");
     EXPECT_NEAR(fa, 10 * std::log10(1 + std::pow(10.0, 1.5)), 0.0051);
     EXPECT_NEAR(fa, 10 * std::log10(jsonNumber(out, "Text") / 290), 1e-9);
-    const auto p372 = out.find("\"P372\":{\"environment\":\"Rural\"");
-    ASSERT_NE(p372, std::string::npos);
-    EXPECT_NEAR(jsonNumber(out, "Fam", p372), fam, 1e-9);
-    EXPECT_NEAR(jsonNumber(out, "delta", p372), fa - fam, 1e-9);
 }
 
 TEST(UpdateCommand, PrintsTheMessageAndFailsOnlyWhenTheSiteDoes) {
     TestHttpServer server;
     QtHttpClient http(std::chrono::seconds(5));
     QtXmlLookup xml;
-    const std::string home = "http://www.zav-noise.org/zav/";
-    auto check = [&](const std::string& base, int expectedExit) {
-        Cli c;
-        EXPECT_EQ(RunUpdateCheck(base, c.io, http, xml), expectedExit) << c.out.str();
-        return c.out.str();
+    const std::string newer = std::to_string(kVersionMajor + 1) + ".0.0",
+                      bad = "Update site not responding properly.";
+    const auto site = [](const std::string& version) {
+        return "<?xml version=\"1.0\"?>\n<update><program>ZAV</program><url>"
+               "http://www.zav-noise.org/zav/</url><version>" +
+               version + "</version></update>\n";
     };
-
-    server.reply(200, description(home, VersionText()));
-    EXPECT_EQ(check(server.url("/zavsite"), kExitOk), "Version " + VersionText() + " is current\n");
-    EXPECT_EQ(server.requests.back().path, "/zavsite/Update.xml"); // the "/" was added
-    const std::string newer = std::to_string(kVersionMajor + 1) + ".0.0";
-    server.reply(200, description(home, newer));
-    EXPECT_EQ(check(server.url("/"), kExitOk), "New version available: " + newer + "\n");
-    server.reply(404, "<html>no such file</html>", "text/html");
-    EXPECT_EQ(check(server.url("/"), kExitFailed),
-              "Update site not responding properly. HTTP status=404\n");
-    server.reply(200, "this is not XML");
-    EXPECT_EQ(check(server.url("/"), kExitFailed), "Update site not responding properly.\n");
-    // Anyone on the network may answer: a reply nested far beyond a real one is refused.
-    std::string open, close;
-    for (int i = 0; i < 120000; ++i)
-        open += "<a>", close += "</a>";
-    server.reply(200, "<update><url>" + home + "</url><version>" + newer + "</version>" + open +
-                          close + "</update>");
-    EXPECT_EQ(check(server.url("/"), kExitFailed), "Update site not responding properly.\n");
+    const std::tuple<int, std::string, int, std::string> cases[] = {
+        {200, site(VersionText()), kExitOk, "Version " + VersionText() + " is current\n"},
+        {200, site(newer), kExitOk, "New version available: " + newer + "\n"},
+        {404, "<html>no such file</html>", kExitFailed, bad + " HTTP status=404\n"},
+        {200, "this is not XML", kExitFailed, bad + "\n"}};
+    for (const auto& [status, body, exit, printed] : cases) {
+        server.reply(status, body);
+        Cli c;
+        EXPECT_EQ(RunUpdateCheck(server.url("/zavsite"), c.io, http, xml), exit) << body;
+        EXPECT_EQ(c.out.str(), printed);
+        EXPECT_EQ(server.requests.back().path, "/zavsite/Update.xml"); // the "/" was added
+    }
 }
 
 TEST(MeasurePost, ReceiptAfterTheReportRefusalsAndNoAddress) {
     TestHttpServer server;
     server.reply(200, "<result><cc>0</cc><receipt>ZAV-42</receipt></result>");
-    const TempDir dir;
-    const std::string url = server.hostAndPath("/collect");
+    const Recordings r;
+    const std::string url = "url=" + server.hostAndPath("/collect") + "\r\n";
     Cli plain, posted, refused, none;
-    ASSERT_EQ(RunMeasure(demo(dir.path, url, "*alice", {}), plain.io), kExitOk) << plain.err.str();
-    ASSERT_EQ(RunMeasure(demo(dir.path, url, "*alice", {"--post"}), posted.io), kExitOk);
+    const std::string starred = r.profile("8.00", url + "username=*alice\r\n");
+    ASSERT_EQ(r.run(plain, {"--profile", starred}), kExitOk) << plain.err.str();
+    ASSERT_EQ(r.run(posted, {"--profile", starred, "--post"}), kExitOk) << posted.err.str();
     EXPECT_EQ(posted.out.str(), plain.out.str() + "Receipt: ZAV-42\n");
     ASSERT_EQ(server.requests.size(), 1u);
     // The account comes from the profile, without the star that marks it.
     EXPECT_NE(server.requests[0].body.find("&username=alice&"), std::string::npos);
     server.reply(200, "<result><cc>1</cc><reason>Unknown+station</reason></result>");
-    EXPECT_EQ(RunMeasure(demo(dir.path, url, "alice", {"--post"}), refused.io), kExitFailed);
+    EXPECT_EQ(r.run(refused, {"--profile", r.profile("8.0", url + "username=alice\r\n"), "--post"}),
+              kExitFailed);
     EXPECT_TRUE(refused.out.str().ends_with("\r\nUnknown station\n"));
-    EXPECT_EQ(RunMeasure(demo(dir.path, "", "alice", {"--post"}), none.io), kExitFailed);
+    EXPECT_EQ(r.run(none, {"--profile", r.profile("8.00"), "--post"}), kExitFailed);
     EXPECT_NE(none.err.str().find("no server address"), std::string::npos);
     EXPECT_EQ(server.requests.size(), 2u);
 }

@@ -2,19 +2,17 @@
 # zavcli reading a receiver as it sends: pipes that stay open, and socat's pseudo-terminals
 # (a busy port, a port that vanishes, a real capture in 64- and 8-byte pieces read as --file).
 #   gps-live.sh ZAVCLI SHARED_DATA_DIR
-zavcli=$1
-capture=$2/nmea/quectel-l76k-gnss.nmea
+zavcli=$1 capture=$2/nmea/quectel-l76k-gnss.nmea
 fixes=$(cd "$(dirname "$0")/../data/gps" && pwd)/example-fixes
 . "$(dirname "$0")/harness.sh"
 
-mkfifo pipe
+mkfifo pipe fixpipe
 "$zavcli" nmea - < pipe > events & started $!
 exec 3> pipe
 printf 'not a sentence\r\n' >&3
 wait_for 100 grep -q "not a sentence" events || fail "nothing printed while the input is open"
 exec 3>&-
 # gps --file on a pipe that stays open: the fixes sent are averaged until the time-out.
-mkfifo fixpipe
 "$zavcli" gps --file fixpipe --timeout 2 > live 2> /dev/null & cli=$!; started $cli
 exec 4> fixpipe
 cat "$fixes.nmea" >&4
@@ -22,12 +20,14 @@ wait $cli || true
 exec 4>&-
 cmp live "$fixes.expected" || fail "gps on a pipe: $(cat live)"
 
-# capture ARGS...: zavcli gps --device on the pseudo-terminals, once it holds the port.
+# capture ARGS...: zavcli gps --device on new pseudo-terminals, once it holds the port.
 capture() {
+    start_pty
     "$zavcli" gps --device "$work/out" "$@" > result 2> errors & cli=$!; started $cli
     wait_for 100 holds_open $cli out || fail "the capture never opened the port"
 }
-start_pty
+# unplug SECONDS: the port vanishes after SECONDS; the capture must end by itself.
+unplug() { sleep "$1" && exec 3>&- && stop_peer $pty && { wait $cli || fail "capture: exit $?"; }; }
 capture --timeout 20
 check_exit 1 "Error: Port In Use" "$zavcli" gps --device "$work/out" --timeout 1
 sed -n 4,6p "$fixes.nmea" >&3
@@ -36,27 +36,19 @@ cmp result "$fixes.expected" || fail "averages: $(cat result)"
 exec 3>&-
 stop_peer $pty
 
-start_pty
 capture --timeout 20
 sed -n 4p "$fixes.nmea" >&3
-sleep 0.5
-stop_peer $pty
-wait $cli || fail "vanished port: ended with $?"
-grep -q "^Error: Operation valid only when the port is open$" errors || fail "vanished port: $(cat errors)"
-[ "$(cut -f3 result)" = 1 ] || fail "vanished port: $(cat result)"
+unplug 0.5
+grep -q "^Error: Operation valid only when the port is open$" errors && [ "$(cut -f3 result)" = 1 ] ||
+    fail "vanished port: $(cat result errors)"
 
 need_dir "$(dirname "$capture")"
 expected=$("$zavcli" gps --file "$capture" --acc 3)
 [ "$(printf '%s' "$expected" | cut -f3)" = 26 ] || fail "--file: $expected"
-for piece in 64 8; do
-    start_pty
-    # The capture never reaches 3 m: it runs until the port vanishes.
+for piece in 64 8; do # the capture never reaches 3 m: it runs until the port vanishes
     capture --speed 115200 --acc 3 --timeout 50
     dd if="$capture" bs="$piece" status=none >&3
-    sleep 1
-    exec 3>&-
-    stop_peer $pty
-    wait $cli || fail "$piece-byte pieces: exit $?"
+    unplug 1
     [ "$(cat result)" = "$expected" ] || fail "$piece-byte pieces: $(cat result), --file: $expected"
 done
 echo "ok"

@@ -17,10 +17,7 @@ inline void RemoveAll(const std::filesystem::path& dir) {
 }
 
 // Removed when their test ends, passed or failed (ScratchDirCleanup, installed by every main).
-inline std::vector<std::filesystem::path>& ScratchDirsOfThisTest() {
-    static std::vector<std::filesystem::path> dirs;
-    return dirs;
-}
+inline std::vector<std::filesystem::path> scratchDirs;
 
 // A fresh folder named after the running test and this process: programs run side by side.
 inline std::filesystem::path ScratchDir() {
@@ -30,7 +27,7 @@ inline std::filesystem::path ScratchDir() {
                       std::to_string(getpid()));
     RemoveAll(dir);
     std::filesystem::create_directories(dir);
-    ScratchDirsOfThisTest().push_back(dir);
+    scratchDirs.push_back(dir);
     return dir;
 }
 
@@ -51,9 +48,9 @@ struct TempDir {
 
 struct ScratchDirCleanup : ::testing::EmptyTestEventListener {
     void OnTestEnd(const ::testing::TestInfo&) override {
-        for (const auto& dir : ScratchDirsOfThisTest())
+        for (const auto& dir : scratchDirs)
             RemoveAll(dir);
-        ScratchDirsOfThisTest().clear();
+        scratchDirs.clear();
     }
 };
 

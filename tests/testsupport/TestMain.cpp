@@ -1,4 +1,4 @@
-// Every test program: a fixed locale and time zone, and no scratch folder outlives its test;
+// Every test program: a fixed locale and time zone, no scratch folder outliving its test and,
 // for the Qt layers (ZAV_QT_MAIN), an application object first, offscreen unless told otherwise.
 #include "ScratchDir.h"
 

@@ -1,0 +1,89 @@
+#!/bin/sh
+# zavcli monitor on the demo recordings tuning Hamlib's dummy rig behind rigctld; then
+# monitor-summary on its log, Ctrl-C mid-run, the rig gone, an unwritable log and bad usage;
+# then posting to a server (socat) that is down for the first cycles, and a full disk.
+# shellcheck disable=SC2086 # lists of words, split on purpose
+zavcli=$1 examples=$2
+. "$(dirname "$0")/harness.sh"
+start_rigctld
+steps="--step1 $examples/soundcard.wav --step2 $examples/receiver.wav --step3 $examples/external.wav"
+files="--profile $examples/example.zav $steps"
+rig="$files --rig 2 --rig-port 127.0.0.1:$rig_port --settle 50 --every 1s"
+"$zavcli" monitor $rig --frequencies 3.5,5.3,7.0 --count 2 --log run.tab > run.out 2> run.err ||
+    fail "run: $(cat run.err)"
+[ "$(wc -l < run.out) $(grep -c ' MHz  FsRms ' run.out) $(wc -l < run.tab)" = "6 6 7" ] ||
+    fail "one line and row per observation: $(cat run.out)"
+[ "$(cut -f9 run.tab | tr -d '\r' | tail -n +2 | tr '\n' ' ')" = "3.500 5.300 7.000 3.500 5.300 7.000 " ] ||
+    fail "frequencies logged: $(cut -f9 run.tab)"
+[ "$(rigctl -m 2 -r 127.0.0.1:$rig_port f m | head -2 | tr '\n' ' ')" = "7000000 USB " ] || fail "rig left elsewhere"
+grep -q 'antenna gain .* is used on every frequency' run.err || fail "antenna notice: $(cat run.err)"
+# Each frequency's two readings in the summary, whatever hour they fell in.
+"$zavcli" monitor-summary run.tab --column Frequency > summary.txt
+awk -F'\t' '$1 == "5.300" { n += $3; if ($5 != "5.30") bad = 1 } END { exit !(n == 2 && !bad) }' \
+    summary.txt || fail "summary: $(cat summary.txt)"
+
+# Ctrl-C mid-run: the run ends at once, every row whole.
+"$zavcli" monitor $rig --frequencies 3.5,7.0 --count 1000 --log int.tab > int.out 2> int.err & mon=$!; started $mon
+sleep 3
+kill -INT $mon
+wait $mon && grep -q 'Run ended' int.err || fail "interrupted run: $(cat int.err)"
+[ "$(wc -l < int.tab)" -ge 3 ] && [ "$(wc -l < int.tab)" -lt 40 ] && [ "$(tail -c 1 int.tab)" = "" ] &&
+    awk -F'\t' 'NR > 1 && NF != 32 || !/\r$/ { exit 1 }' int.tab || fail "interrupted: $(wc -l < int.tab) rows"
+
+# The rig gone: the run cannot start, and says why; a data log that cannot be written stops it.
+stop_peer "$rigd"
+mkdir folder.tab
+check_exit 1 "cannot open rig model 2 at 127.0.0.1:$rig_port" "$zavcli" monitor $rig --frequencies 3.5,7.0 \
+    --count 1 --log gone.tab
+check_exit 1 "Cannot append to the data log" "$zavcli" monitor $files --count 3 --every 1s --log folder.tab
+# Bad usage, an unknown rig model or column.
+refusals 2 "" "$zavcli monitor" "--every soon; --frequencies 7,abc; --count 2 --until 10:00;
+    --frequencies 3.5,7.0; --rig x; --step2 $examples/receiver.wav; --bogus"
+check_exit 1 "no rig model 999999" "$zavcli" monitor --rig 999999 --rig-port x
+check_exit 2 "" "$zavcli" monitor-summary
+check_exit 1 "no column NoSuchKey" "$zavcli" monitor-summary run.tab --column NoSuchKey
+check_exit 1 "" "$zavcli" monitor-summary "$work"
+
+# The server is down until the third cycle: every observation arrives exactly once, and the
+# queue on disk is gone. One request: the body (Content-Length bytes) added to received.txt.
+cat > serve.sh << 'HANDLER'
+#!/bin/sh
+len=0
+while IFS= read -r line; do
+    line=$(printf '%s' "$line" | tr -d '\r')
+    [ -n "$line" ] || break
+    case "$line" in [Cc]ontent-[Ll]ength:*) len=$(echo "${line#*:}" | tr -d ' ') ;; esac
+done
+{ head -c "$len" && echo; } >> received.txt
+printf 'HTTP/1.0 200 OK\r\nContent-Type: text/xml\r\n\r\n<r><cc>0</cc><receipt>%s</receipt></r>' \
+    "$(wc -l < received.txt)"
+HANDLER
+chmod +x serve.sh
+port=$((20000 + ($$ * 13) % 30000))
+sed "s|^url=.*|url=127.0.0.1:$port/collect|" "$examples/example.zav" > posting.zav
+: > received.txt
+"$zavcli" monitor --profile posting.zav --every 1s --count 6 --log posted.tab $steps > run.out 2> run.err &
+mon=$!; started $mon
+sleep 2.5
+socat TCP-LISTEN:$port,bind=127.0.0.1,reuseaddr,fork EXEC:./serve.sh 2> /dev/null & started $!
+wait $mon || fail "run: exit $? $(cat run.err)"
+grep -q 'Server unreachable (connection refused by 127.0.0.1:' run.err && grep -q queued run.out ||
+    fail "outage not told or nothing queued: $(cat run.err run.out)"
+[ "$(wc -l < posted.tab) $(wc -l < received.txt) $(sort -u received.txt | wc -l)" = "7 6 6" ] &&
+    [ "$(grep -c 'Frequency=7%2E100&' received.txt)" = 6 ] || fail "arrived: $(cat received.txt run.err)"
+[ ! -e posted.tab.queue ] && grep -q ', 6 posted, 0 queued' run.err || fail "queue left: $(cat run.err)"
+
+# A log that may grow to 160 KiB only, a few rows short of it: the run stops saying so, every
+# row and the queue of posts (server down) whole, nothing else left behind.
+sed "s|^url=.*|url=127.0.0.1:1/collect|" "$examples/example.zav" > down.zav
+awk 'NR == 1 { print; next } { while (size < 160000) { print; size += length + 1 } }' posted.tab > full.tab
+rows=$(wc -l < full.tab)
+check_exit 1 'Cannot append to the data log full.tab (is the disk full?): the run stops' \
+    sh -c 'ulimit -f 320; exec "$0" "$@"' "$zavcli" monitor --profile down.zav --every 1s --count 30 \
+    --log full.tab $steps
+added=$(($(wc -l < full.tab) - rows))
+[ $added -ge 1 ] && [ $added -lt 30 ] || fail "rows added: $added"
+awk -F'\t' 'NR == 2 { n = NF } NR > 1 && NF != n || !/\r$/ { exit 1 }' full.tab || fail "a half row"
+[ "$(grep -c '&client=1&debug=0$' full.tab.queue) $(wc -l < full.tab.queue)" = "$added $added" ] &&
+    [ "$(ls | grep -c full)" = 2 ] || fail "queue or leftovers: $(cat full.tab.queue; ls)"
+echo "monitor: all checks passed"
