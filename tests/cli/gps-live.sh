@@ -1,7 +1,6 @@
 #!/bin/sh
-# zavcli reading a receiver as it sends: pipes that stay open, and socat's pseudo-terminals
-# (a busy port, a port that vanishes, a real capture in 64- and 8-byte pieces read as --file).
-#   gps-live.sh ZAVCLI SHARED_DATA_DIR
+# zavcli reading a receiver as it sends: pipes that stay open, socat's pseudo-terminals (busy,
+# vanishing, a real capture in small pieces read as --file).   gps-live.sh ZAVCLI SHARED_DIR
 zavcli=$1 capture=$2/nmea/quectel-l76k-gnss.nmea
 fixes=$(cd "$(dirname "$0")/../data/gps" && pwd)/example-fixes
 . "$(dirname "$0")/harness.sh"
@@ -12,7 +11,7 @@ exec 3> pipe
 printf 'not a sentence\r\n' >&3
 wait_for 100 grep -q "not a sentence" events || fail "nothing printed while the input is open"
 exec 3>&-
-# gps --file on a pipe that stays open: the fixes sent are averaged until the time-out.
+# gps --file on a pipe that stays open averages the fixes sent until the time-out.
 "$zavcli" gps --file fixpipe --timeout 2 > live 2> /dev/null & cli=$!; started $cli
 exec 4> fixpipe
 cat "$fixes.nmea" >&4
@@ -26,7 +25,6 @@ capture() {
     "$zavcli" gps --device "$work/out" "$@" > result 2> errors & cli=$!; started $cli
     wait_for 100 holds_open $cli out || fail "the capture never opened the port"
 }
-# unplug SECONDS: the port vanishes after SECONDS; the capture must end by itself.
 unplug() { sleep "$1" && exec 3>&- && stop_peer $pty && { wait $cli || fail "capture: exit $?"; }; }
 capture --timeout 20
 check_exit 1 "Error: Port In Use" "$zavcli" gps --device "$work/out" --timeout 1

@@ -1,6 +1,5 @@
-# Sourced by every script here: a scratch folder, removed on exit with every registered peer
-# ended by its process id (never by name) and the private PulseAudio server stopped. Paths
-# given to a script must be absolute.
+# Sourced by every script here (paths given to them absolute): a scratch folder, removed on exit
+# with every registered peer ended by its process id, never by name, and PulseAudio stopped.
 set -eu
 here=$(cd "$(dirname "$0")" && pwd)
 . "$here/pulse-server.sh"
@@ -37,7 +36,7 @@ refusals() {
     # shellcheck disable=SC2086
     echo "$4" | tr ';' '\n' | grep . | while read -r words; do check_refused "$1" "$2" $3 $words; done
 }
-# Hamlib's dummy rig behind rigctld on a free loopback port ($rig_port); a port someone else's
+# Hamlib's dummy rig behind rigctld on a free loopback port ($rig_port): a port someone else's
 # rigctld holds answers too, but ours has then left.
 start_rigctld() {
     for try in 1 2 3 4 5; do
@@ -52,8 +51,7 @@ start_rigctld() {
 start_pty() {
     rm -f in out
     socat pty,raw,echo=0,link="$work/in" pty,raw,echo=0,link="$work/out" 2> /dev/null & pty=$!; started $pty
-    wait_for 50 test -e in -a -e out || fail "socat made no pseudo-terminals"
-    exec 3<> in
+    wait_for 50 test -e in -a -e out && exec 3<> in || fail "socat made no pseudo-terminals"
 }
 # holds_open PID FILE: true once process PID has the file that FILE links to open.
 holds_open() { ls -l "/proc/$1/fd" 2> /dev/null | grep -q " $(readlink "$2")\$"; }

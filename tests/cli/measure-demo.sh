@@ -1,7 +1,6 @@
 #!/bin/sh
-# zavcli measure end to end on the demo recordings: the report, the data log and the saved
-# report byte for byte, the exit codes, and runs that cannot give results.
-#   measure-demo.sh ZAVCLI EXAMPLES_DIR EXPECTED_DIR
+# zavcli measure on the demo recordings: report, data log and saved report byte for byte, and
+# runs that cannot give results.   measure-demo.sh ZAVCLI EXAMPLES_DIR EXPECTED_DIR
 # shellcheck disable=SC2086 # lists of words, split on purpose
 zavcli=$1 examples=$2 expected=$3
 . "$(dirname "$0")/harness.sh"
@@ -25,7 +24,7 @@ refusals 2 "limits off" "$m --limits off" "--log off.tab $steps; --report off.re
 [ ! -e off.tab ] && [ ! -e off.rep ] || fail "limits off: a file written"
 
 # A mistyped profile, an unusable file, a recording cut short (analysed over what it holds),
-# the recordings in the wrong order (step 2 judged, step 3 never run) and bad usage.
+# the recordings in the wrong order (step 3 never run), no server to post to, bad usage.
 check_refused 2 "no such profile: exmaple.zav" "$zavcli" measure --profile exmaple.zav $steps
 printf 'RIFF....WAVEjunk' > junk.wav
 check_refused 1 "junk.wav gave no measurement" $m junk.wav receiver.wav external.wav
@@ -42,4 +41,5 @@ refusals 2 "--calibrate takes" "$zavcli measure --calibrate" "watts:3 $steps; en
 check_refused 2 "--calibrate takes" "$zavcli" measure --calibrate "" $steps
 refusals 2 "" "$zavcli measure" "$steps --calibrate; soundcard.wav receiver.wav; --limits maybe a b c"
 check_exit 1 "" "$zavcli" measure nosuch.wav receiver.wav external.wav
+check_exit 1 "names no server address (url)" $m --post $steps
 echo ok

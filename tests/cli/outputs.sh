@@ -1,15 +1,14 @@
 #!/bin/sh
-# zavcli's commands without a live peer: outputs against expected files byte for byte (in a
-# German locale too), against sox and gnuplot, and bad usage and unusable input.
-#   outputs.sh ZAVCLI SOURCE_DIR SHARED_DATA_DIR
+# zavcli's commands without a live peer: outputs against expected files (in a German locale
+# too), sox and gnuplot; bad usage and unusable input.   outputs.sh ZAVCLI SOURCE_DIR SHARED_DIR
+# shellcheck disable=SC2086 # lists of words, split on purpose
 zavcli=$1 data=$2/tests/data shared=$3
 . "$(dirname "$0")/harness.sh"
 
-# EXPECTED (relative to the tests' data folder) and the arguments, run there.
+# EXPECTED (in the tests' data folder) and the arguments, run in its folder.
 : > "$work/empty.zav"
 while read -r expected args; do
     for locale in C de_DE.UTF-8; do
-        # shellcheck disable=SC2086
         (cd "$data/${expected%/*}" && LC_ALL=$locale "$zavcli" $args > "$work/got" 2> /dev/null) || true
         cmp -s "$work/got" "$data/$expected" || { diff -u "$data/$expected" "$work/got" >&2 || true; fail "$args in $locale"; }
     done
@@ -30,7 +29,6 @@ cmp out.txt "$data/gps/example-fixes.expected" && [ "$(cat err.txt)" = "Error: S
     fail "gps --file: $(cat out.txt err.txt)"
 
 [ "$("$zavcli" help | grep -c 'zavcli [a-z]')" -ge 11 ] || fail "help lacks commands"
-"$zavcli" antenna --help | grep -q "usage: zavcli antenna" || fail "antenna --help"
 check_refused 2 "unknown command" "$zavcli" frobnicate
 check_refused 2 "no such profile: no-such-profile.zav" "$zavcli" profile no-such-profile.zav
 check_refused 2 "Error: Overflow" "$zavcli" gps --file "$fixes" --speed 5000000
@@ -45,14 +43,13 @@ printf '1\t10\n2\t20\n3\t30\n' > good.tab
 sox -q -n -r 8000 -b 16 -c 1 sine.wav synth 0.5 sine 1000
 sox -q -n -r 8000 -b 16 -c 2 stereo.wav synth 0.1 sine 440
 printf 'RIFF\044\0\0\0WAVEfmt \020\0\0\0\001\0\001\0\100\037\0\0\200\076\0\0\002\0\020\0data\0\0\0\0' > empty.wav
-# Unusable recordings: refused by both readers, no output file left.
+# Unusable recordings: refused by both readers, no output file left. Then bad usage.
 for f in "stereo.wav:Unsupported WAVE file format." "empty.wav:no samples" \
     "absent.wav:cannot open"; do
     check_refused 1 "${f#*:}" "$zavcli" analyse "${f%%:*}"
     check_exit 1 "${f#*:}" "$zavcli" export table "${f%%:*}" got.tab
     [ ! -e got.tab ] || fail "export of ${f%%:*} left a file"
 done
-# Bad usage: exit 2, nothing printed.
 refusals 2 "" "$zavcli" "help nothing; profile; profile a.zav b.zav; profile --xml a.zav;
     update --base-url; update extra; antenna good.tab; antenna --at 2; antenna good.tab --at;
     antenna good.tab --at two; antenna good.tab good.tab --at 2; antenna good.tab --near 2;
@@ -60,11 +57,12 @@ refusals 2 "" "$zavcli" "help nothing; profile; profile a.zav b.zav; profile --x
     analyse sine.wav --frobnicate; analyse sine.wav sine.wav; export csv sine.wav;
     export table sine.wav a b"
 check_refused 2 "double quote" "$zavcli" export gnuplot sine.wav --title 'say "hi"'
-refusals 2 "usage: zavcli gps" "$zavcli gps" "; --file; --file $fixes --device 1;
+check_refused 2 "usage: zavcli gps" "$zavcli" gps
+refusals 2 "usage: zavcli gps" "$zavcli gps" "--file; --file $fixes --device 1;
     --file $fixes --acc x; --file $fixes --timeout 0; --file $fixes --bogus 1"
 
-# Inputs that are not files: refused with the reason, never read or waited on (a pipe nobody
-# writes to, a device without line ends). A profile naming one as its antenna file opens without.
+# Inputs that are not files: refused with the reason, never waited on. A profile naming one as
+# its antenna file opens without.
 mkdir folder
 mkfifo "$work/pipe"
 for input in "$work/pipe:it is not a regular file" "/dev/zero:it is not a regular file"; do
@@ -77,8 +75,7 @@ for input in "$work/pipe:it is not a regular file" "/dev/zero:it is not a regula
 done
 refusals 1 "zavcli: cannot read $work/folder: it is a folder" "$zavcli" "nmea $work/folder; gps --file $work/folder"
 
-# analyse and export against sox, an independent writer and reader of the same files, and the
-# real gnuplot running the exported script.
+# analyse and export against sox, an independent writer and reader, and gnuplot.
 export TZ=UTC
 sox -q -D -n -r 48000 -b 16 -c 1 tone.wav synth 2 sine 1000 vol 0.5
 "$zavcli" analyse tone.wav > analysed
@@ -94,18 +91,16 @@ rec=$work/noise-8000-16bit-1s.wav
 sox -q -R -D -n -r 8000 -b 16 -c 1 "$rec" synth 1 whitenoise vol 0.9
 touch -d "2024-05-01 12:34:56" "$rec"
 sox "$rec" -t dat - | tr -d '\r' | grep -v '^;' > sox.dat
-# agree FILE TOLERANCE: lines 2..8001 of FILE are sox's time and value.
+# agree FILE TOLERANCE: lines 2..8001 of FILE are sox's times and values.
 agree() {
     sed -n 2,8001p "$1" | tr -d '\r' | paste - sox.dat | awk -v e="$2" '
         NF != 4 || $1 - $3 > e || $3 - $1 > e || $2 - $4 > e || $4 - $2 > e { print NR ": " $0; exit 1 }' ||
         fail "$1 differs from sox"
 }
-# The table: a header, 8000 CR LF rows, each value sox's to 6 decimals.
 "$zavcli" export table "$rec" table.tab
 [ "$(head -n 1 table.tab)" = "$(printf 'Time\tNormalisedVoltage\r')" ] && [ "$(wc -l < table.tab)" = 8001 ] &&
     [ "$(grep -c "$(printf '\r')\$" table.tab)" = 8001 ] || fail "table header or rows"
 agree table.tab 5.1e-7
-# The script, to standard output and to a file alike, run by gnuplot.
 "$zavcli" export gnuplot "$rec" --title "Receiver Internal Noise" > stdout.plt
 "$zavcli" export gnuplot --title "Receiver Internal Noise" "$rec" file.plt
 cmp stdout.plt file.plt || fail "standard output and file differ"
@@ -116,7 +111,7 @@ gnuplot -e "set terminal dumb" file.plt > plot.txt 2> plot.err || fail "gnuplot:
 "$zavcli" export gnuplot "$rec" | grep -q '"ZAV: External Noise 20240501123456"' || fail "default title"
 check_exit 1 "cannot write" "$zavcli" export table "$rec" no/such/dir.tab
 
-# Every real capture, NUL bytes and glued sentences included: events, no crash, no hang.
+# Every real capture, NUL bytes and glued sentences included: events, no crash or hang.
 need_dir "$shared/nmea"
 for f in "$shared"/nmea/*.nmea; do
     [ "$("$zavcli" nmea "$f" | wc -l)" -gt 100 ] || fail "nmea $f"

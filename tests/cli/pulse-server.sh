@@ -1,7 +1,7 @@
-# Sourced by the audio scripts, tests and benchmarks: a private PulseAudio server (no sound
-# card needed) with a null sink "zavsink" and a mono source "zavmic" recording what it plays.
-# pulse_start (in PULSE_DIR, else a new folder) exports XDG_RUNTIME_DIR and PULSE_SERVER;
-# pulse_stop ends it by "pactl exit", else by the process id it wrote, never by name.
+# Sourced by the audio scripts, tests and benchmarks: a private PulseAudio server with a null
+# sink "zavsink" and a mono source "zavmic" recording what it plays. pulse_start (in PULSE_DIR,
+# else a new folder) exports XDG_RUNTIME_DIR and PULSE_SERVER; pulse_stop ends it by "pactl
+# exit", else by the process id it wrote, never by name.
 
 # pulse_poll TRIES COMMAND...: until COMMAND succeeds, 0.1 s apart; false when it never does.
 pulse_poll() {
@@ -30,7 +30,6 @@ pulse_stop() {
     PULSE_PID=${PULSE_PID:-$(cat "$PULSE_DIR/pulse/pid" 2> /dev/null || true)}
     if [ -n "$PULSE_PID" ]; then
         pactl exit > /dev/null 2>&1 || true
-        # Gone, or a zombie that nobody reaps.
         pulse_poll 50 sh -c 'case $(ps -o stat= -p "$0") in "" | Z*) ;; *) exit 1 ;; esac' \
             "$PULSE_PID" || kill "$PULSE_PID" 2> /dev/null || true
     fi
@@ -38,5 +37,5 @@ pulse_stop() {
     PULSE_DIR= PULSE_PID=
 }
 
-# Waits until the server plays something (a player just started has connected).
+# Until the server plays something (a player just started has connected).
 pulse_wait_playing() { pulse_poll 100 sh -c '[ -n "$(pactl list short sink-inputs)" ]'; }

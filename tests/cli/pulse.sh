@@ -1,9 +1,7 @@
 #!/bin/sh
-# zavcli on a private PulseAudio server, playing into its null sink. record, read back by sox,
-# bad usage, an unknown input and a missing template. monitor fed a different level for each
-# frequency the dummy rig behind rigctld is on: the logged powers must follow; the source
-# removed and put back, or the recording moved, during a run: gaps told, the run goes on.
-# Last, the server gone mid-recording.   pulse.sh ZAVCLI EXAMPLES_DIR DATA_DIR
+# zavcli record and monitor on a private PulseAudio server playing into its null sink: files
+# read back by sox, levels followed, inputs and the server vanishing.
+#   pulse.sh ZAVCLI EXAMPLES_DIR DATA_DIR
 zavcli=$1 examples=$2 data=$3
 . "$(dirname "$0")/harness.sh"
 start_pulse
@@ -17,9 +15,8 @@ play() { # FILE, in place of what played before
 sox -n -r 44100 -c 1 -b 16 played.wav synth 30 sine 1000 vol 0.3
 play played.wav
 pulse_wait_playing || fail "paplay did not start"
-
-# Milliseconds: 1000 ms at 44100 Hz keeps 44100 samples; in samples mode, interval 64 keeps
-# 65536; an interval on the command line wins over the profile's.
+# 1000 ms at 44100 Hz keeps 44100 samples; in samples mode, interval 64 keeps 65536; an
+# interval on the command line wins over the profile's.
 "$zavcli" record ms.wav --profile "$data/record-1000ms.zav" > ms.out
 [ "$(grep -c -x -e 'SampleRate.44100' -e 'Samples.44100' ms.out)" = 2 ] || fail "ms.out: $(cat ms.out)"
 "$zavcli" record k.wav --profile "$data/record-64k.zav" > /dev/null
@@ -34,11 +31,12 @@ check_exit 1 "No Such Input" "$zavcli" record x.wav --device "No Such Input"
 mkdir bare && cp "$zavcli" "$(dirname "$zavcli")/zavcli-audio" bare/
 check_exit 1 'ZAV.wav" is missing' bare/zavcli record bare.wav
 
-# White noise of RMS vol/sqrt(3): 1.7, 3.4 and 6.8 times the receiver recording's 0.027.
+# monitor fed a different level on each frequency the rig is on: white noise of RMS vol/sqrt(3),
+# 1.7, 3.4 and 6.8 times the receiver recording's 0.027.
 for f in 3500000:0.0795 5300000:0.159 7000000:0.318 receiver:0.0468; do
     sox -n -r 44100 -c 1 -b 16 "${f%:*}.wav" synth 120 whitenoise vol "${f#*:}"
 done
-( # plays the level of whatever frequency the rig is on
+(
     trap '[ -z "$feeder" ] || kill $feeder; exit 0' TERM
     while :; do
         f=$(rigctl -m 2 -r 127.0.0.1:$rig_port f 2> /dev/null || true)
@@ -50,9 +48,8 @@ done
     --count 3 --rig 2 --rig-port 127.0.0.1:$rig_port --settle 1500 --log live.tab --device zavmic \
     --step1 "$examples/soundcard.wav" --step2 "$examples/receiver.wav" 2> live.err > /dev/null &&
     grep -q 'Run ended' live.err && [ "$(wc -l < live.tab)" = 10 ] || fail "run: $(cat live.err)"
-# Received power follows the external noise temperature Text = Y*T0 + (Y-1)*Te with the
-# receiver's noise figure of 8 dB (Te = T0*(F-1)) and Y = 1.7^2, 3.4^2, 6.8^2 against the
-# receiver recording: steps of 7.18 and 6.27 dB.
+# Received power follows Text = Y*T0 + (Y-1)*Te, Te = T0*(F-1) for the receiver's 8 dB, and
+# Y = 1.7^2, 3.4^2, 6.8^2: steps of 7.18 and 6.27 dB.
 awk -F'\t' 'NR > 1 { s[$9] += $21; n[$9]++; p[$9] = p[$9] " " $21 } END {
     d1 = s["5.300"] / n["5.300"] - s["3.500"] / n["3.500"]
     d2 = s["7.000"] / n["7.000"] - s["5.300"] / n["5.300"]
@@ -61,9 +58,8 @@ awk -F'\t' 'NR > 1 { s[$9] += $21; n[$9]++; p[$9] = p[$9] " " $21 } END {
     exit 1
 }' live.tab >&2 || fail "levels not followed"
 
-# The default input removed during step 2 and during cycle 1, then cycle 2's recording moved
-# to another source: each a gap told in words, its recording dropped; step 2 is made again
-# and the run logs once the source is back. Timed by the server's recording streams (5 s each).
+# The input removed during step 2 and cycle 1, cycle 2's recording moved to another source:
+# each a gap told, its recording dropped, step 2 made again; the run goes on. Recordings last 5 s.
 play receiver.wav
 sed 's/^Interval=.*/Interval=5000/' "$examples/example.zav" > long.zav
 "$zavcli" monitor --profile long.zav --every 7s --count 3 --log gap.tab \
@@ -97,13 +93,13 @@ done
     fail "rows: $(cat gap.tab gap.err)"
 awk -F'\t' 'NR == 2 { n = NF } NR > 1 && NF != n || !/\r$/ { exit 1 }' gap.tab || fail "a half row"
 
-# The sound system goes away two seconds into a twenty-second recording; the player is stopped
-# first, as paplay itself now and then crashes when its server goes.
+# The server goes two seconds into a twenty-second recording (the player stopped first: paplay
+# now and then crashes when its server goes).
 stop_peer $feeder
 start=$(date +%s)
 (sleep 2 && pactl exit) &
-check_exit 1 'Error: recording wave file: ' "$zavcli" record gone.wav --profile "$data/record-1000ms.zav" \
-    --interval 20000
+check_exit 1 'Error: recording wave file: ' \
+    "$zavcli" record gone.wav --profile "$data/record-1000ms.zav" --interval 20000
 [ $(($(date +%s) - start)) -lt 15 ] || fail "server gone: took too long"
 ls | grep -E '^(x|gone|bare)\.(wav|tmp)$' && fail "files left by a failed recording"
 echo "pulse: all checks passed"

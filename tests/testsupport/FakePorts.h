@@ -25,8 +25,7 @@ struct FakeHttp : HttpClient {
         std::string method, url, contentType, body;
     };
     HttpResponse Get(const std::string& url) override {
-        requests.push_back({"GET", url, "", ""});
-        return reply;
+        return requests.push_back({"GET", url, "", ""}), reply;
     }
     HttpResponse Post(const std::string& url, const std::string& contentType,
                       const std::string& body) override {
@@ -56,18 +55,14 @@ struct FakeShell : Shell {
         return results.empty() ? r : (results.pop_front(), r);
     }
     bool Run(const std::string& program, const std::string& arguments) override {
-        ran.push_back(program + "|" + arguments);
-        return true;
+        return ran.push_back(program + "|" + arguments), true;
     }
     std::deque<int> results;
     std::vector<std::string> opened, ran;
 };
 
 struct FakeMailer : Mailer {
-    bool Send(const MailMessage& message) override {
-        sent.push_back(message);
-        return accepts;
-    }
+    bool Send(const MailMessage& message) override { return sent.push_back(message), accepts; }
     bool accepts = true;
     std::vector<MailMessage> sent;
 };
