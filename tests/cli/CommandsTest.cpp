@@ -29,27 +29,6 @@ struct Cli {
     int run(std::vector<std::string> args) { return RunCli(args, io); }
 };
 
-// zavcli measure with a profile of the given noise figure (4 dB lost ahead of the receiver) on
-// a quiet sound card, the receiver and a noise diode on: noise of 3, 100 and 316 counts.
-struct Recordings {
-    TempDir dir;
-    std::string profile(const std::string& rxNf) const {
-        const std::string path = (dir.path / ("nf" + rxNf + ".zav")).string();
-        std::ofstream(path, std::ios::binary)
-            << "[conditions]\r\nRxNF=" << rxNf << "\r\nBandwidth=2700\r\nFrequency=7.100\r\n"
-            << "AntGain=0.00\r\nAttenuator=3.0\r\nLoss=1.0\r\nEnvironment=Rural\r\n";
-        return path;
-    }
-    int run(Cli& c, std::vector<std::string> options) const {
-        options.insert(options.begin(), "measure");
-        for (const auto& [name, rms] : {std::pair{"s.wav", 3}, {"r.wav", 100}, {"e.wav", 316}}) {
-            options.push_back((dir.path / name).string());
-            WriteWave(options.back(), Noise(rms, 16000, rms), 8000);
-        }
-        return c.run(options);
-    }
-};
-
 std::map<std::string, std::string> fields(const std::string& text) {
     std::map<std::string, std::string> f;
     std::istringstream in(text);
@@ -123,14 +102,29 @@ TEST(NmeaInput, LinesAsSentWithAnEndlessLineCut) {
                                                "glued\rtwo", "", "last"})); // only LF ends a line
 }
 
+// A quiet sound card, the receiver and a noise diode on (noise of 3, 100 and 316 counts), and
+// profiles of the given noise figure with 4 dB lost ahead of the receiver.
 TEST(MeasureCalibrate, NoiseDiodeRoundTripAndItsSiteComparison) {
-    const Recordings r;
-    const std::string before = r.profile("8.00");
+    const TempDir dir;
+    std::vector<std::string> files;
+    for (const int rms : {3, 100, 316}) {
+        files.push_back((dir.path / (std::to_string(rms) + ".wav")).string());
+        WriteWave(files.back(), Noise(rms, 16000, rms), 8000);
+    }
+    const auto measure = [&](Cli& c, const std::string& rxNf, std::vector<std::string> options) {
+        const std::string profile = (dir.path / "nf.zav").string();
+        std::ofstream(profile, std::ios::binary)
+            << "[conditions]\r\nRxNF=" << rxNf << "\r\nBandwidth=2700\r\nFrequency=7.100\r\n"
+            << "AntGain=0.00\r\nAttenuator=3.0\r\nLoss=1.0\r\n";
+        options.insert(options.begin(), {"measure", "--profile", profile});
+        options.insert(options.end(), files.begin(), files.end());
+        return c.run(options);
+    };
     Cli json, cal, other, again;
-    ASSERT_EQ(r.run(json, {"--profile", before, "--json"}), kExitOk) << json.err.str();
+    ASSERT_EQ(measure(json, "8.00", {"--json"}), kExitOk) << json.err.str();
     const double y = jsonNumber(json.out.str(), "yfact");
     ASSERT_GT(y, 5);
-    ASSERT_EQ(r.run(cal, {"--profile", before, "--calibrate", "enr:15"}), kExitOk);
+    ASSERT_EQ(measure(cal, "8.00", {"--calibrate", "enr:15"}), kExitOk);
     // The figures instead of the report. Y-factor method and the Friis cascade:
     // NF = ENR − 10·log10(Y − 1) − loss ahead.
     const double nf = 15 - 10 * std::log10(y - 1) - 4.0, kTB = 1.3806504e-23 * 290 * 2700 * 1000;
@@ -142,14 +136,13 @@ TEST(MeasureCalibrate, NoiseDiodeRoundTripAndItsSiteComparison) {
                   {"NoiseFloor", Format(nf + 10 * std::log10(kTB), "0.00")}}));
     // The same source as a carrier in the set-up bandwidth; with --json, at full precision.
     const std::string carrier = Format(NoiseDensity + 15 + 10 * std::log10(2700.0), "0.000000");
-    ASSERT_EQ(r.run(other, {"--profile", before, "--json", "--calibrate", "carrier:" + carrier}),
-              kExitOk);
+    ASSERT_EQ(measure(other, "8.00", {"--json", "--calibrate", "carrier:" + carrier}), kExitOk);
     const auto at = other.out.str().find("\"calibration\":{");
     ASSERT_NE(at, std::string::npos);
     EXPECT_NEAR(jsonNumber(other.out.str(), "RxNF", at), nf, 1e-5);
     // Applied by hand, the external noise is now the diode's own, T0·(1 + ENR), so
     // Fa = 10·log10(1 + 10^1.5) to within the two decimals of RxNF.
-    ASSERT_EQ(r.run(again, {"--profile", r.profile(Format(nf, "0.00")), "--json"}), 0);
+    ASSERT_EQ(measure(again, Format(nf, "0.00"), {"--json"}), 0);
     EXPECT_NEAR(jsonNumber(again.out.str(), "Fa"), 10 * std::log10(1 + std::pow(10.0, 1.5)),
                 0.0051);
 }

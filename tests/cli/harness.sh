@@ -3,12 +3,10 @@
 set -eu
 here=$(cd "$(dirname "$0")" && pwd)
 . "$here/pulse-server.sh"
-work=$(mktemp -d)
-peers=
+work=$(mktemp -d) peers=
 trap 'exec 3>&- 2> /dev/null; for p in $peers; do stop_peer "$p"; done; [ -z "${pulse_on:-}" ] || pulse_stop
     cd / && rm -rf "$work"' EXIT
-trap 'exit 1' INT TERM
-cd "$work"
+trap 'exit 1' INT TERM && cd "$work"
 
 fail() { echo "FAIL: $*" >&2; exit 1; }
 started() { peers="$1 $peers"; }

@@ -1,6 +1,7 @@
 #!/bin/sh
-# zavcli's commands without a live peer: outputs against expected files (in a German locale
-# too), sox and gnuplot; bad usage and unusable input.   outputs.sh ZAVCLI SOURCE_DIR SHARED_DIR
+# zavcli's commands on files, pipes and pseudo-terminals: outputs against expected files (in a
+# German locale too), sox and gnuplot; bad usage and unusable input.
+#   outputs.sh ZAVCLI SOURCE_DIR SHARED_DIR
 # shellcheck disable=SC2086 # lists of words, split on purpose
 zavcli=$1 data=$2/tests/data shared=$3
 . "$(dirname "$0")/harness.sh"
@@ -32,8 +33,7 @@ cmp out.txt "$data/gps/example-fixes.expected" && [ "$(cat err.txt)" = "Error: S
 check_refused 2 "unknown command" "$zavcli" frobnicate
 check_refused 2 "no such profile: no-such-profile.zav" "$zavcli" profile no-such-profile.zav
 check_refused 2 "Error: Overflow" "$zavcli" gps --file "$fixes" --speed 5000000
-check_exit 1 "" "$zavcli" gps --file "$fixes.none"
-check_exit 1 "" "$zavcli" gps --device /nonexistent/ttyQ9 --timeout 1
+refusals 1 "" "$zavcli gps" "--file $fixes.none; --device /nonexistent/ttyQ9 --timeout 1"
 check_exit 1 "Update site not responding properly. HTTP status=0 (connection refused by 127.0.0.1:1)" \
     sh -c '"$0" update --base-url http://127.0.0.1:1/ >&2' "$zavcli"
 printf '1\t1\n3\t3\n2\t2\n4\t4\n' > unsorted.tab
@@ -44,8 +44,7 @@ sox -q -n -r 8000 -b 16 -c 1 sine.wav synth 0.5 sine 1000
 sox -q -n -r 8000 -b 16 -c 2 stereo.wav synth 0.1 sine 440
 printf 'RIFF\044\0\0\0WAVEfmt \020\0\0\0\001\0\001\0\100\037\0\0\200\076\0\0\002\0\020\0data\0\0\0\0' > empty.wav
 # Unusable recordings: refused by both readers, no output file left. Then bad usage.
-for f in "stereo.wav:Unsupported WAVE file format." "empty.wav:no samples" \
-    "absent.wav:cannot open"; do
+for f in "stereo.wav:Unsupported WAVE file format." "empty.wav:no samples" "absent.wav:cannot open"; do
     check_refused 1 "${f#*:}" "$zavcli" analyse "${f%%:*}"
     check_exit 1 "${f#*:}" "$zavcli" export table "${f%%:*}" got.tab
     [ ! -e got.tab ] || fail "export of ${f%%:*} left a file"
@@ -63,8 +62,7 @@ refusals 2 "usage: zavcli gps" "$zavcli gps" "--file; --file $fixes --device 1;
 
 # Inputs that are not files: refused with the reason, never waited on. A profile naming one as
 # its antenna file opens without.
-mkdir folder
-mkfifo "$work/pipe"
+mkdir folder && mkfifo "$work/pipe"
 for input in "$work/pipe:it is not a regular file" "/dev/zero:it is not a regular file"; do
     path=${input%%:*} reason=${input#*:}
     check_refused 1 "cannot open $path: $reason" "$zavcli" analyse "$path"
@@ -101,9 +99,8 @@ agree() {
 [ "$(head -n 1 table.tab)" = "$(printf 'Time\tNormalisedVoltage\r')" ] && [ "$(wc -l < table.tab)" = 8001 ] &&
     [ "$(grep -c "$(printf '\r')\$" table.tab)" = 8001 ] || fail "table header or rows"
 agree table.tab 5.1e-7
-"$zavcli" export gnuplot "$rec" --title "Receiver Internal Noise" > stdout.plt
 "$zavcli" export gnuplot --title "Receiver Internal Noise" "$rec" file.plt
-cmp stdout.plt file.plt || fail "standard output and file differ"
+"$zavcli" export gnuplot "$rec" --title "Receiver Internal Noise" | cmp - file.plt || fail "stdout and file"
 grep -q "^set title \"ZAV: Receiver Internal Noise 20240501123456\"$(printf '\r')\$" file.plt || fail "title line"
 agree file.plt 1e-9
 gnuplot -e "set terminal dumb" file.plt > plot.txt 2> plot.err || fail "gnuplot: $(cat plot.err)"
@@ -111,9 +108,50 @@ gnuplot -e "set terminal dumb" file.plt > plot.txt 2> plot.err || fail "gnuplot:
 "$zavcli" export gnuplot "$rec" | grep -q '"ZAV: External Noise 20240501123456"' || fail "default title"
 check_exit 1 "cannot write" "$zavcli" export table "$rec" no/such/dir.tab
 
+
+# Read as the receiver sends: pipes that stay open, socat's pseudo-terminals (busy, vanishing,
+# a real capture in small pieces read as --file).
+mkfifo nmea.pipe fixpipe
+"$zavcli" nmea - < nmea.pipe > events & started $!
+exec 3> nmea.pipe && printf 'not a sentence\r\n' >&3
+wait_for 100 grep -q "not a sentence" events || fail "nothing printed while the input is open"
+exec 3>&-
+# gps --file on a pipe that stays open averages the fixes sent until the time-out.
+"$zavcli" gps --file fixpipe --timeout 2 > live 2> /dev/null & cli=$!; started $cli
+exec 4> fixpipe && cat "$fixes" >&4
+wait $cli || true
+exec 4>&- && cmp live "${fixes%.nmea}.expected" || fail "gps on a pipe: $(cat live)"
+
+# capture ARGS...: zavcli gps --device on new pseudo-terminals, once it holds the port.
+capture() {
+    start_pty
+    "$zavcli" gps --device "$work/out" "$@" > result 2> errors & cli=$!; started $cli
+    wait_for 100 holds_open $cli out || fail "the capture never opened the port"
+}
+unplug() { sleep "$1" && exec 3>&- && stop_peer $pty && { wait $cli || fail "capture: exit $?"; }; }
+capture --timeout 20
+check_exit 1 "Error: Port In Use" "$zavcli" gps --device "$work/out" --timeout 1
+sed -n 4,6p "$fixes" >&3
+wait $cli || fail "capture ended with $?: $(cat errors)"
+cmp result "${fixes%.nmea}.expected" || fail "averages: $(cat result)"
+exec 3>&- && stop_peer $pty
+
+capture --timeout 20
+sed -n 4p "$fixes" >&3
+unplug 0.5
+grep -q "^Error: Operation valid only when the port is open$" errors && [ "$(cut -f3 result)" = 1 ] ||
+    fail "vanished port: $(cat result errors)"
+
 # Every real capture, NUL bytes and glued sentences included: events, no crash or hang.
 need_dir "$shared/nmea"
-for f in "$shared"/nmea/*.nmea; do
-    [ "$("$zavcli" nmea "$f" | wc -l)" -gt 100 ] || fail "nmea $f"
+capture=$shared/nmea/quectel-l76k-gnss.nmea
+for f in "$shared"/nmea/*.nmea; do [ "$("$zavcli" nmea "$f" | wc -l)" -gt 100 ] || fail "$f"; done
+expected=$("$zavcli" gps --file "$capture" --acc 3)
+[ "$(printf '%s' "$expected" | cut -f3)" = 26 ] || fail "--file: $expected"
+for piece in 64 8; do # the capture never reaches 3 m: it runs until the port vanishes
+    capture --speed 115200 --acc 3 --timeout 50
+    dd if="$capture" bs="$piece" status=none >&3
+    unplug 1
+    [ "$(cat result)" = "$expected" ] || fail "$piece-byte pieces: $(cat result), --file: $expected"
 done
 echo "ok"

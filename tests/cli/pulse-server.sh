@@ -10,8 +10,7 @@ pulse_poll() {
 }
 
 pulse_start() {
-    PULSE_DIR=${PULSE_DIR:-$(mktemp -d)}
-    chmod 700 "$PULSE_DIR"
+    PULSE_DIR=${PULSE_DIR:-$(mktemp -d)} && chmod 700 "$PULSE_DIR"
     export XDG_RUNTIME_DIR="$PULSE_DIR" PULSE_SERVER="unix:$PULSE_DIR/pulse/native"
     # It leaves by itself 20 s after its last client, should the script die before pulse_stop.
     HOME="$PULSE_DIR" pulseaudio -D -n --exit-idle-time=20 --use-pid-file=yes \
@@ -33,8 +32,7 @@ pulse_stop() {
         pulse_poll 50 sh -c 'case $(ps -o stat= -p "$0") in "" | Z*) ;; *) exit 1 ;; esac' \
             "$PULSE_PID" || kill "$PULSE_PID" 2> /dev/null || true
     fi
-    rm -rf "$PULSE_DIR"
-    PULSE_DIR= PULSE_PID=
+    rm -rf "$PULSE_DIR" && PULSE_DIR= PULSE_PID=
 }
 
 # Until the server plays something (a player just started has connected).

@@ -1,7 +1,6 @@
 #!/bin/sh
-# zavcli record and monitor on a private PulseAudio server playing into its null sink: files
-# read back by sox, levels followed, inputs and the server vanishing.
-#   pulse.sh ZAVCLI EXAMPLES_DIR DATA_DIR
+# zavcli record and monitor on a private PulseAudio server: files read back by sox, levels
+# followed, inputs and the server vanishing.   pulse.sh ZAVCLI EXAMPLES_DIR DATA_DIR
 zavcli=$1 examples=$2 data=$3
 . "$(dirname "$0")/harness.sh"
 start_pulse
@@ -13,8 +12,7 @@ play() { # FILE, in place of what played before
 }
 "$zavcli" record --list-devices | grep -q . || fail "no input listed"
 sox -n -r 44100 -c 1 -b 16 played.wav synth 30 sine 1000 vol 0.3
-play played.wav
-pulse_wait_playing || fail "paplay did not start"
+play played.wav && pulse_wait_playing || fail "paplay did not start"
 # 1000 ms at 44100 Hz keeps 44100 samples; in samples mode, interval 64 keeps 65536; an
 # interval on the command line wins over the profile's.
 "$zavcli" record ms.wav --profile "$data/record-1000ms.zav" > ms.out
@@ -27,7 +25,6 @@ pulse_wait_playing || fail "paplay did not start"
 
 refusals 2 "" "$zavcli" "record; record x.wav --interval soon; record x.tmp"
 check_exit 1 "No Such Input" "$zavcli" record x.wav --device "No Such Input"
-# A program without its template beside it records nothing and says why.
 mkdir bare && cp "$zavcli" "$(dirname "$zavcli")/zavcli-audio" bare/
 check_exit 1 'ZAV.wav" is missing' bare/zavcli record bare.wav
 

@@ -8,8 +8,7 @@
 
 namespace zav::test {
 
-// Records every message and file chooser shown; answers from queues the test fills (OK and
-// cancel once they are empty).
+// Records every message and file chooser shown; answers from queues (then OK and cancel).
 struct FakeDialogs : Dialogs {
     struct Shown {
         std::string text, title;

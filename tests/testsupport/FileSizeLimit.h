@@ -2,7 +2,6 @@
 
 #include <csignal>
 #include <cstddef>
-
 #include <sys/resource.h>
 
 namespace zav::test {

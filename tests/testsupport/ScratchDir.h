@@ -31,8 +31,7 @@ inline std::filesystem::path ScratchDir() {
     return dir;
 }
 
-// The whole content of a file ("" when it cannot be read).
-inline std::string ReadFile(const std::filesystem::path& path) {
+inline std::string ReadFile(const std::filesystem::path& path) { // "" when it cannot be read
     std::stringstream ss;
     ss << std::ifstream(path, std::ios::binary).rdbuf();
     return ss.str();

@@ -1,5 +1,5 @@
-// Every test program: a fixed locale and time zone, no scratch folder outliving its test and,
-// for the Qt layers (ZAV_QT_MAIN), an application object first, offscreen unless told otherwise.
+// Every test program: a fixed locale and time zone, no scratch folder outliving its test; for
+// the Qt layers (ZAV_QT_MAIN) an application object, offscreen unless told otherwise.
 #include "ScratchDir.h"
 
 #include <clocale>
