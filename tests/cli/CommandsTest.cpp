@@ -11,12 +11,8 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <map>
-#include <sstream>
 
 using namespace zav;
 using namespace zav::test;
@@ -125,8 +121,7 @@ TEST(MeasureCalibrate, NoiseDiodeRoundTripAndItsSiteComparison) {
     const double y = jsonNumber(json.out.str(), "yfact");
     ASSERT_GT(y, 5);
     ASSERT_EQ(measure(cal, "8.00", {"--calibrate", "enr:15"}), kExitOk);
-    // The figures instead of the report. Y-factor method and the Friis cascade:
-    // NF = ENR − 10·log10(Y − 1) − loss ahead.
+    // The figures instead of the report: NF = ENR − 10·log10(Y − 1) − loss ahead.
     const double nf = 15 - 10 * std::log10(y - 1) - 4.0, kTB = 1.3806504e-23 * 290 * 2700 * 1000;
     EXPECT_EQ(fields(cal.out.str()),
               (std::map<std::string, std::string>{
@@ -140,8 +135,7 @@ TEST(MeasureCalibrate, NoiseDiodeRoundTripAndItsSiteComparison) {
     const auto at = other.out.str().find("\"calibration\":{");
     ASSERT_NE(at, std::string::npos);
     EXPECT_NEAR(jsonNumber(other.out.str(), "RxNF", at), nf, 1e-5);
-    // Applied by hand, the external noise is now the diode's own, T0·(1 + ENR), so
-    // Fa = 10·log10(1 + 10^1.5) to within the two decimals of RxNF.
+    // Applied, the external noise is the diode's own T0·(1 + ENR): Fa = 10·log10(1 + 10^1.5).
     ASSERT_EQ(measure(again, Format(nf, "0.00"), {"--json"}), 0);
     EXPECT_NEAR(jsonNumber(again.out.str(), "Fa"), 10 * std::log10(1 + std::pow(10.0, 1.5)),
                 0.0051);

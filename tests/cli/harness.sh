@@ -14,7 +14,7 @@ stop_peer() {
     { kill "$1"; wait "$1"; } 2> /dev/null || true
     peers=$(echo " $peers " | sed "s/ $1 / /")
 }
-# need_dir DIR: skipped (77) without the real captures in DIR, failed in CI (CI set).
+# need_dir DIR: skipped (77) without the real captures in DIR, failed in CI.
 need_dir() {
     [ -d "$1" ] || { echo "needs the real captures in $1" && exit "$([ -n "${CI:-}" ] && echo 1 || echo 77)"; }
 }
@@ -34,8 +34,7 @@ refusals() {
     # shellcheck disable=SC2086
     echo "$4" | tr ';' '\n' | grep . | while read -r words; do check_refused "$1" "$2" $3 $words; done
 }
-# Hamlib's dummy rig behind rigctld on a free loopback port ($rig_port): a port someone else's
-# rigctld holds answers too, but ours has then left.
+# Hamlib's dummy rig behind rigctld on a free port ($rig_port), not another's rigctld.
 start_rigctld() {
     for try in 1 2 3 4 5; do
         rig_port=$((20000 + ($$ * 7 + try * 131) % 30000))
@@ -51,6 +50,5 @@ start_pty() {
     socat pty,raw,echo=0,link="$work/in" pty,raw,echo=0,link="$work/out" 2> /dev/null & pty=$!; started $pty
     wait_for 50 test -e in -a -e out && exec 3<> in || fail "socat made no pseudo-terminals"
 }
-# holds_open PID FILE: true once process PID has the file that FILE links to open.
 holds_open() { ls -l "/proc/$1/fd" 2> /dev/null | grep -q " $(readlink "$2")\$"; }
 start_pulse() { pulse_on=1 && pulse_start || fail "PulseAudio could not be started"; }

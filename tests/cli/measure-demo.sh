@@ -9,7 +9,6 @@ cp "$examples/soundcard.wav" "$examples/receiver.wav" "$examples/external.wav" "
 touch -d '2026-11-21 09:30:15 UTC' external.wav # the observation's time stamp
 steps="soundcard.wav receiver.wav external.wav" m="$zavcli measure --profile example.zav"
 $m --log log.tab --report saved.txt $steps > report.txt
-# The expected files name the version as @VERSION@: the unit tests check the version itself.
 version=$(sed -n '2s/^Version\t\([0-9.]*\).*/\1/p' report.txt)
 sed "s/@VERSION@/$version/" "$expected/demo-report.txt" | cmp report.txt - || fail "report"
 printf '\r\n' | cat report.txt - | cmp - saved.txt || fail "saved report"
@@ -22,12 +21,13 @@ $m --limits off $steps | grep -q '^RMS Rx power (dBm)	-' || fail "limits off"
 refusals 2 "limits off" "$m --limits off" "--log off.tab $steps; --report off.rep $steps; --post $steps"
 [ ! -e off.tab ] && [ ! -e off.rep ] || fail "limits off: a file written"
 
-# A mistyped profile, an unusable file, a recording cut short (analysed over what it holds),
-# the recordings in the wrong order (step 3 never run), no server to post to, bad usage.
+# Bad profiles and files, a short recording (analysed as far as it goes), the wrong order.
 check_refused 2 "no such profile: exmaple.zav" "$zavcli" measure --profile exmaple.zav $steps
-printf 'RIFF....WAVEjunk' > junk.wav && check_refused 1 "junk.wav gave no measurement" $m junk.wav receiver.wav external.wav
+printf 'RIFF....WAVEjunk' > junk.wav
+check_refused 1 "junk.wav gave no measurement" $m junk.wav receiver.wav external.wav
 grep -q 'Unsupported WAVE file format.' err.txt || fail "junk: $(cat err.txt)"
-head -c 2044 external.wav > short.wav && check_exit 0 "shorter than its header claims: 1000 of" $m soundcard.wav receiver.wav short.wav
+head -c 2044 external.wav > short.wav
+check_exit 0 "shorter than its header claims: 1000 of" $m soundcard.wav receiver.wav short.wav
 check_exit 1 "Check voltage range." $m --json external.wav soundcard.wav receiver.wav
 grep -q '"ran":false' out.txt && grep -q '"Fa":null,"P372":null' out.txt || fail "wrong order: $(cat out.txt)"
 sed 's/^Bandwidth=.*/Bandwidth=0/' example.zav > zero.zav

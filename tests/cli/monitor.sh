@@ -16,7 +16,6 @@ rig="--profile $examples/example.zav $steps --rig 2 --rig-port 127.0.0.1:$rig_po
 [ "$(rigctl -m 2 -r 127.0.0.1:$rig_port f m | head -2 | tr '\n' ' ')" = "7000000 USB " ] || fail "rig left elsewhere"
 grep -q 'antenna gain .* is used on every frequency' run.err || fail "antenna notice: $(cat run.err)"
 
-# Ctrl-C mid-run: the run ends at once, every row whole.
 "$zavcli" monitor $rig --frequencies 3.5,7.0 --count 1000 --log int.tab > int.out 2> int.err & mon=$!
 started $mon && sleep 3 && kill -INT $mon
 wait $mon && grep -q 'Run ended' int.err || fail "interrupted run: $(cat int.err)"
@@ -40,8 +39,7 @@ cat > serve.sh << 'HANDLER'
 read -r request
 len=0
 while IFS= read -r line; do
-    line=$(printf '%s' "$line" | tr -d '\r')
-    [ -n "$line" ] || break
+    line=$(printf '%s' "$line" | tr -d '\r') && [ -n "$line" ] || break
     case "$line" in [Cc]ontent-[Ll]ength:*) len=$(echo "${line#*:}" | tr -d ' ') ;; esac
 done
 case "$request" in GET*) echo "$request" >> gets.txt && cat reply.http && exit ;; esac
@@ -62,26 +60,26 @@ grep -q 'Server unreachable (connection refused by 127.0.0.1:' run.err && grep -
     [ "$(grep -c 'Frequency=7%2E100&' received.txt)" = 6 ] || fail "arrived: $(cat received.txt run.err)"
 [ ! -e posted.tab.queue ] && grep -q ', 6 posted, 0 queued' run.err || fail "queue left: $(cat run.err)"
 # measure --post: the receipt after the report, the account sent without the star that marks it.
-sed "s|^url=.*|url=127.0.0.1:$port/collect|; s|^username=.*|username=*alice|" "$examples/example.zav" > alice.zav
+sed "s|^url=.*|url=127.0.0.1:$port/collect|; s|^username=.*|username=*alice|" "$examples/example.zav" \
+    > alice.zav
 "$zavcli" measure --profile alice.zav --post $examples/soundcard.wav $examples/receiver.wav \
     $examples/external.wav > measured.out || fail "measure --post: exit $?"
 [ "$(tail -n 1 measured.out)" = "Receipt: 7" ] && tail -n 1 received.txt | grep -q '&username=alice&' ||
     fail "measure --post: $(tail -n 2 measured.out received.txt)"
 # update: the site's answer in words, exit 1 only when the site fails; "/" added to the address.
-v=$(sed -n '2s/^Version\t\([0-9.]*\).*/\1/p' measured.out)
+v=$(sed -n '2s/^Version\t\([0-9.]*\).*/\1/p' measured.out) home=http://www.zav-noise.org/zav/
 while IFS='|' read -r code status body said; do
     printf 'HTTP/1.0 %s\r\nContent-Type: text/xml\r\n\r\n%s' "$status" "$body" > reply.http
     check_exit "$code" "" "$zavcli" update --base-url "http://127.0.0.1:$port/zavsite"
     [ "$(cat out.txt)" = "$said" ] || fail "update on $body: $(cat out.txt err.txt)"
 done << CASES
-0|200 OK|<update><url>http://www.zav-noise.org/zav/</url><version>$v</version></update>|Version $v is current
-0|200 OK|<update><url>http://www.zav-noise.org/zav/</url><version>99.0.0</version></update>|New version available: 99.0.0
+0|200 OK|<update><url>$home</url><version>$v</version></update>|Version $v is current
+0|200 OK|<update><url>$home</url><version>99.0.0</version></update>|New version available: 99.0.0
 1|404 Not Found|<html>no such file</html>|Update site not responding properly. HTTP status=404
 CASES
 [ "$(cut -d' ' -f2 gets.txt | sort -u)" = /zavsite/Update.xml ] || fail "update asked for $(cat gets.txt)"
 
-# A log that may grow to 160 KiB only, a few rows short of it: the run stops saying so, every
-# row whole.
+# A log that may grow to 160 KiB only, a few rows short of it: the run stops, every row whole.
 sed "s|^url=.*|url=127.0.0.1:1/collect|" "$examples/example.zav" > down.zav
 awk 'NR == 1 { print; next } { while (size < 160000) { print; size += length + 1 } }' posted.tab > full.tab
 check_exit 1 'Cannot append to the data log full.tab (is the disk full?): the run stops' \

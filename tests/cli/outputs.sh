@@ -6,7 +6,6 @@
 zavcli=$1 data=$2/tests/data shared=$3
 . "$(dirname "$0")/harness.sh"
 
-# EXPECTED (in the tests' data folder) and the arguments, run in its folder.
 : > "$work/empty.zav"
 while read -r expected args; do
     for locale in C de_DE.UTF-8; do
@@ -44,7 +43,8 @@ sox -q -n -r 8000 -b 16 -c 1 sine.wav synth 0.5 sine 1000
 sox -q -n -r 8000 -b 16 -c 2 stereo.wav synth 0.1 sine 440
 printf 'RIFF\044\0\0\0WAVEfmt \020\0\0\0\001\0\001\0\100\037\0\0\200\076\0\0\002\0\020\0data\0\0\0\0' > empty.wav
 # Unusable recordings: refused by both readers, no output file left. Then bad usage.
-for f in "stereo.wav:Unsupported WAVE file format." "empty.wav:no samples" "absent.wav:cannot open"; do
+for f in "stereo.wav:Unsupported WAVE file format." "empty.wav:no samples" \
+    "absent.wav:cannot open"; do
     check_refused 1 "${f#*:}" "$zavcli" analyse "${f%%:*}"
     check_exit 1 "${f#*:}" "$zavcli" export table "${f%%:*}" got.tab
     [ ! -e got.tab ] || fail "export of ${f%%:*} left a file"
@@ -60,8 +60,7 @@ check_refused 2 "usage: zavcli gps" "$zavcli" gps
 refusals 2 "usage: zavcli gps" "$zavcli gps" "--file; --file $fixes --device 1;
     --file $fixes --acc x; --file $fixes --timeout 0; --file $fixes --bogus 1"
 
-# Inputs that are not files: refused with the reason, never waited on. A profile naming one as
-# its antenna file opens without.
+# Not files: refused with the reason, never waited on; as antenna file, a profile opens without.
 mkdir folder && mkfifo "$work/pipe"
 for input in "$work/pipe:it is not a regular file" "/dev/zero:it is not a regular file"; do
     path=${input%%:*} reason=${input#*:}
@@ -69,11 +68,11 @@ for input in "$work/pipe:it is not a regular file" "/dev/zero:it is not a regula
     printf '[conditions]\r\nAntFilename=%s\r\nTester=T\r\n' "$path" > named.zav
     check_exit 0 "Error: cannot open antenna file $path: $reason." "$zavcli" profile named.zav
     grep -qx 'Tester	T' out.txt && grep -qx 'AntFilename	' out.txt || fail "named $path: $(cat out.txt)"
-    check_refused 1 "no fix met the accuracy before the time-out" "$zavcli" gps --file "$path" --timeout 0.5
+    check_refused 1 "no fix met the accuracy before the time-out" \
+        "$zavcli" gps --file "$path" --timeout 0.5
 done
 refusals 1 "zavcli: cannot read $work/folder: it is a folder" "$zavcli" "nmea $work/folder; gps --file $work/folder"
 
-# analyse and export against sox, an independent writer and reader, and gnuplot.
 export TZ=UTC
 sox -q -D -n -r 48000 -b 16 -c 1 tone.wav synth 2 sine 1000 vol 0.5
 "$zavcli" analyse tone.wav > analysed
@@ -89,7 +88,7 @@ rec=$work/noise-8000-16bit-1s.wav
 sox -q -R -D -n -r 8000 -b 16 -c 1 "$rec" synth 1 whitenoise vol 0.9
 touch -d "2024-05-01 12:34:56" "$rec"
 sox "$rec" -t dat - | tr -d '\r' | grep -v '^;' > sox.dat
-# agree FILE TOLERANCE: lines 2..8001 of FILE are sox's times and values.
+# agree FILE TOLERANCE: lines 2..8001 of FILE are sox's times and values; then gnuplot runs it.
 agree() {
     sed -n 2,8001p "$1" | tr -d '\r' | paste - sox.dat | awk -v e="$2" '
         NF != 4 || $1 - $3 > e || $3 - $1 > e || $2 - $4 > e || $4 - $2 > e { print NR ": " $0; exit 1 }' ||
@@ -100,7 +99,7 @@ agree() {
     [ "$(grep -c "$(printf '\r')\$" table.tab)" = 8001 ] || fail "table header or rows"
 agree table.tab 5.1e-7
 "$zavcli" export gnuplot --title "Receiver Internal Noise" "$rec" file.plt
-"$zavcli" export gnuplot "$rec" --title "Receiver Internal Noise" | cmp - file.plt || fail "stdout and file"
+"$zavcli" export gnuplot "$rec" --title "Receiver Internal Noise" | cmp - file.plt || fail "stdout"
 grep -q "^set title \"ZAV: Receiver Internal Noise 20240501123456\"$(printf '\r')\$" file.plt || fail "title line"
 agree file.plt 1e-9
 gnuplot -e "set terminal dumb" file.plt > plot.txt 2> plot.err || fail "gnuplot: $(cat plot.err)"
@@ -109,8 +108,7 @@ gnuplot -e "set terminal dumb" file.plt > plot.txt 2> plot.err || fail "gnuplot:
 check_exit 1 "cannot write" "$zavcli" export table "$rec" no/such/dir.tab
 
 
-# Read as the receiver sends: pipes that stay open, socat's pseudo-terminals (busy, vanishing,
-# a real capture in small pieces read as --file).
+# As a receiver sends: pipes that stay open, pseudo-terminals busy, vanishing or fed in pieces.
 mkfifo nmea.pipe fixpipe
 "$zavcli" nmea - < nmea.pipe > events & started $!
 exec 3> nmea.pipe && printf 'not a sentence\r\n' >&3
@@ -122,7 +120,6 @@ exec 4> fixpipe && cat "$fixes" >&4
 wait $cli || true
 exec 4>&- && cmp live "${fixes%.nmea}.expected" || fail "gps on a pipe: $(cat live)"
 
-# capture ARGS...: zavcli gps --device on new pseudo-terminals, once it holds the port.
 capture() {
     start_pty
     "$zavcli" gps --device "$work/out" "$@" > result 2> errors & cli=$!; started $cli

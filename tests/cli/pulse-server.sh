@@ -3,7 +3,7 @@
 # else a new folder) exports XDG_RUNTIME_DIR and PULSE_SERVER; pulse_stop ends it by "pactl
 # exit", else by the process id it wrote, never by name.
 
-# pulse_poll TRIES COMMAND...: until COMMAND succeeds, 0.1 s apart; false when it never does.
+# pulse_poll TRIES COMMAND...: until COMMAND succeeds, 0.1 s apart; false if it never does.
 pulse_poll() {
     n=$1 && shift
     until "$@" > /dev/null 2>&1; do n=$((n - 1)) && [ $n -gt 0 ] && sleep 0.1 || return 1; done
@@ -35,5 +35,4 @@ pulse_stop() {
     rm -rf "$PULSE_DIR" && PULSE_DIR= PULSE_PID=
 }
 
-# Until the server plays something (a player just started has connected).
 pulse_wait_playing() { pulse_poll 100 sh -c '[ -n "$(pactl list short sink-inputs)" ]'; }

@@ -13,8 +13,7 @@ play() { # FILE, in place of what played before
 "$zavcli" record --list-devices | grep -q . || fail "no input listed"
 sox -n -r 44100 -c 1 -b 16 played.wav synth 30 sine 1000 vol 0.3
 play played.wav && pulse_wait_playing || fail "paplay did not start"
-# 1000 ms at 44100 Hz keeps 44100 samples; in samples mode, interval 64 keeps 65536; an
-# interval on the command line wins over the profile's.
+# 1000 ms keep 44100 samples, interval 64 in samples mode 65536; --interval beats the profile.
 "$zavcli" record ms.wav --profile "$data/record-1000ms.zav" > ms.out
 [ "$(grep -c -x -e 'SampleRate.44100' -e 'Samples.44100' ms.out)" = 2 ] || fail "ms.out: $(cat ms.out)"
 "$zavcli" record k.wav --profile "$data/record-64k.zav" > /dev/null
@@ -28,8 +27,7 @@ check_exit 1 "No Such Input" "$zavcli" record x.wav --device "No Such Input"
 mkdir bare && cp "$zavcli" "$(dirname "$zavcli")/zavcli-audio" bare/
 check_exit 1 'ZAV.wav" is missing' bare/zavcli record bare.wav
 
-# monitor fed a different level on each frequency the rig is on: white noise of RMS vol/sqrt(3),
-# 1.7, 3.4 and 6.8 times the receiver recording's 0.027.
+# monitor fed white noise (RMS vol/sqrt(3)) 1.7, 3.4, 6.8 times the receiver's 0.027 by frequency.
 for f in 3500000:0.0795 5300000:0.159 7000000:0.318 receiver:0.0468; do
     sox -n -r 44100 -c 1 -b 16 "${f%:*}.wav" synth 120 whitenoise vol "${f#*:}"
 done
@@ -55,10 +53,9 @@ awk -F'\t' 'NR > 1 { s[$9] += $21; n[$9]++; p[$9] = p[$9] " " $21 } END {
     exit 1
 }' live.tab >&2 || fail "levels not followed"
 
-# The input removed during step 2 and cycle 1, cycle 2's recording moved to another source:
-# each a gap told, its recording dropped, step 2 made again; the run goes on. Recordings last 5 s.
-play receiver.wav
-sed 's/^Interval=.*/Interval=5000/' "$examples/example.zav" > long.zav
+# The input removed in step 2 and cycle 1, cycle 2's recording moved: gaps told, step 2 made
+# again, the run goes on.
+play receiver.wav && sed 's/^Interval=.*/Interval=5000/' "$examples/example.zav" > long.zav
 "$zavcli" monitor --profile long.zav --every 7s --count 3 --log gap.tab \
     --step1 "$examples/soundcard.wav" > gap.out 2> gap.err & mon=$!; started $mon
 stream=-1
@@ -90,8 +87,7 @@ done
     fail "rows: $(cat gap.tab gap.err)"
 awk -F'\t' 'NR == 2 { n = NF } NR > 1 && NF != n || !/\r$/ { exit 1 }' gap.tab || fail "a half row"
 
-# The server goes two seconds into a twenty-second recording (the player stopped first: paplay
-# now and then crashes when its server goes).
+# The server gone mid-recording (paplay stopped first: it now and then crashes then).
 stop_peer $feeder
 start=$(date +%s)
 (sleep 2 && pactl exit) &

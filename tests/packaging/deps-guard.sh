@@ -1,20 +1,18 @@
 #!/bin/sh
-# deps-guard.sh SOURCE BUILD: everything the build found and every program the tests run comes
-# from `make deps` (a package in its list, what those depend on, or the base system), not from
-# a package this machine merely happens to have. With ENTRY... after BUILD: its own test, which
-# must fail and name each ENTRY taken out of the list.
+# deps-guard.sh SOURCE BUILD: all the build found and the tests run comes from `make deps` (its
+# list, their dependencies or the base system), not from what this machine happens to have.
+# With ENTRY... after BUILD: its own test, which must fail naming each ENTRY taken out.
 set -eu
 source=$1 build=$2
 shift 2
 if [ $# -gt 0 ]; then
     out=$(ZAV_DROP="$*" sh "$0" "$source" "$build") && { echo "the guard missed $*"; exit 1; }
-    for e; do echo "$out" | grep -q "comes from $e, which" || { echo "$e not named: $out"; exit 1; }; done
+    for e; do echo "$out" | grep -q "comes from $e, which" || { echo "missed $e"; exit 1; }; done
     exit 0
 fi
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
-make -s -C "$source" print-packages | tr ' ' '\n' | grep . | grep -vxF "$(echo ${ZAV_DROP:-} | tr ' ' '\n')" > "$work/listed" ||
-    { echo "make print-packages listed nothing"; exit 1; }
+work=$(mktemp -d) && trap 'rm -rf "$work"' EXIT
+make -s -C "$source" print-packages | tr ' ' '\n' | grep . |
+    grep -vxF "$(echo ${ZAV_DROP:-} | tr ' ' '\n')" > "$work/listed" || { echo "none listed"; exit 1; }
 
 # The closure of the listed and base packages (Essential or Priority required) over Depends and
 # Pre-Depends: every installed alternative, virtual names through their providers.
@@ -25,20 +23,22 @@ BEGIN { while ((getline p < listed) > 0) root[p] = 1 }
 $1 ~ /^ii/ {
     have[$2] = 1; deps[$2] = $6
     if ($3 == "required" || $4 == "yes") root[$2] = 1
-    n = split($5, prov, ","); for (i = 1; i <= n; i++) if ((v = clean(prov[i])) != "") providers[v] = providers[v] " " $2
+    for (i = split($5, prov, ","); i > 0; i--)
+        if ((v = clean(prov[i])) != "") providers[v] = providers[v] " " $2
 }
 END {
     for (p in root) if (p in have) { queue[++tail] = p; seen[p] = 1 }
-    for (head = 1; head <= tail; head++) for (i = split(deps[queue[head]], alts, /[,|]/); i > 0; i--)
-        if ((d = clean(alts[i])) != "") for (j = split((d in have ? d : "") providers[d], c, " "); j > 0; j--)
-            if (!(c[j] in seen)) { seen[c[j]] = 1; queue[++tail] = c[j] }
+    for (head = 1; head <= tail; head++)
+        for (i = split(deps[queue[head]], alts, /[,|]/); i > 0; i--) if ((d = clean(alts[i])) != "")
+            for (j = split((d in have ? d : "") providers[d], c, " "); j > 0; j--)
+                if (!(c[j] in seen)) { seen[c[j]] = 1; queue[++tail] = c[j] }
     for (p in seen) print p
 }' | sort -u > "$work/allowed"
-grep -vxFf "$work/allowed" "$work/listed" | sed 's/^/make deps lists /; s/$/, which is not installed/' | grep . && exit 1
+grep -vxFf "$work/allowed" "$work/listed" |
+    sed 's/^/make deps lists /; s/$/, which is not installed/' | grep . && exit 1
 
-# What the build used from the system: the CMake packages it found, the headers its objects
-# include and the libraries it links; then the programs the tests and scripts run: the first
-# word of each shell command and CMake COMMAND, and the program a C++ test starts.
+# The CMake packages, headers and libraries the build used; the programs the tests run (first
+# words of shell commands and CMake COMMANDs, what a C++ test starts).
 {
     sed -n 's/^[A-Za-z0-9_]*_DIR:PATH=\(\/usr\/.*\)$/\1/p' "$build/CMakeCache.txt" |
         while read -r dir; do find "$dir" -maxdepth 1 -name '*.cmake' | head -1; done
@@ -63,8 +63,10 @@ grep -vxFf "$work/allowed" "$work/listed" | sed 's/^/make deps lists /; s/$/, wh
 # Owners in one dpkg call, each file asked for on both sides of the merged /usr.
 cut -f2 "$work/used" | awk '{ print; if (sub(/^\/usr/, "")) print; else print "/usr" $0 }' |
     xargs -r dpkg -S 2>/dev/null | sed 's/^\([^:]*\)\(:[a-z0-9]*\)\?: /\1\t/' > "$work/owners" || true
-awk -F'\t' 'FILENAME == ARGV[1] { ok[$1] = 1; next } FILENAME == ARGV[2] { own[$2] = $1; next }
-    { o = ($2 in own) ? own[$2] : (substr($2, 1, 4) == "/usr" && substr($2, 5) in own) ? own[substr($2, 5)] : own["/usr" $2]
-      if (o == "") { print $1 " (" $2 ") comes from no Debian package"; bad = 1 }
-      else if (!(o in ok)) { print $1 " (" $2 ") comes from " o ", which make deps does not install"; bad = 1 } }
-    END { if (!bad) print "ok: " FNR " files and programs checked"; exit bad }' "$work/allowed" "$work/owners" "$work/used"
+awk -F'\t' 'FILENAME == ARGV[1] { ok[$1] = 1; next } FILENAME == ARGV[2] { own[$2] = $1; next } {
+    u = substr($2, 1, 4) == "/usr" ? substr($2, 5) : "/usr" $2; o = ($2 in own) ? own[$2] : own[u]
+    if (o == "") { print $1 " (" $2 ") comes from no Debian package"; bad = 1 }
+    else if (!(o in ok)) { print $1 " (" $2 ") comes from " o ", which make deps does not install"
+        bad = 1 }
+} END { if (!bad) print "ok: " FNR " files and programs checked"; exit bad }' \
+    "$work/allowed" "$work/owners" "$work/used"

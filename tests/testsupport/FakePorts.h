@@ -19,7 +19,6 @@
 
 namespace zav::test {
 
-// Records every request and answers with `reply`.
 struct FakeHttp : HttpClient {
     struct Request {
         std::string method, url, contentType, body;
@@ -37,7 +36,6 @@ struct FakeHttp : HttpClient {
     std::vector<Request> requests;
 };
 
-// A document made of `elements`.
 struct FakeXml : XmlLookup {
     std::optional<std::string> FirstElementText(const std::string&,
                                                 const std::string& name) override {

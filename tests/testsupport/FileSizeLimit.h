@@ -6,8 +6,7 @@
 
 namespace zav::test {
 
-// A full disk for this process alone, even as root: while the guard lives no file grows past
-// `bytes`, and writes beyond fail with EFBIG instead of raising SIGXFSZ.
+// A full disk for this process alone, even as root: writes past `bytes` fail with EFBIG.
 class FileSizeLimit {
 public:
     explicit FileSizeLimit(std::size_t bytes) : m_handler(std::signal(SIGXFSZ, SIG_IGN)) {

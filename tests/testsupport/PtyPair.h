@@ -33,7 +33,6 @@ public:
         ASSERT_GE(m_writer, 0);
         ASSERT_EQ(::write(m_writer, bytes.data(), bytes.size()), ssize_t(bytes.size()));
     }
-    // Ends socat by its process id, as unplugging the receiver would end the line.
     void stop() { m_socat.terminate(), m_socat.waitForFinished(5000); }
 
 private:

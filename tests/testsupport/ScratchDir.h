@@ -16,7 +16,7 @@ inline void RemoveAll(const std::filesystem::path& dir) {
     std::filesystem::remove_all(dir, ignored);
 }
 
-// Removed when their test ends, passed or failed (ScratchDirCleanup, installed by every main).
+// Removed when their test ends, passed or failed, by ScratchDirCleanup.
 inline std::vector<std::filesystem::path> scratchDirs;
 
 // A fresh folder named after the running test and this process: programs run side by side.
@@ -37,7 +37,6 @@ inline std::string ReadFile(const std::filesystem::path& path) { // "" when it c
     return ss.str();
 }
 
-// A ScratchDir() removed as soon as it goes out of scope.
 struct TempDir {
     std::filesystem::path path = ScratchDir();
     TempDir() = default;

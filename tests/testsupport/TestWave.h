@@ -10,8 +10,7 @@
 
 namespace zav::test {
 
-// Test signals as signed 16-bit samples, clipped; the noise is Gaussian of the given RMS in
-// counts, repeatable for a seed.
+// 16-bit test signals, clipped; the noise Gaussian of an RMS in counts, repeatable by seed.
 inline std::int16_t clip(double v) {
     return static_cast<std::int16_t>(std::clamp(std::lround(v), -32768L, 32767L));
 }
