@@ -1,22 +1,16 @@
-# Sourced by the audio scripts, tests and benchmarks: a private PulseAudio server (no sound
-# card needed) with a null sink "zavsink" and a mono source "zavmic" recording what it plays.
-# pulse_start (in PULSE_DIR, else a new folder) exports XDG_RUNTIME_DIR and PULSE_SERVER;
-# pulse_stop ends it by "pactl exit", else by the process id it wrote, never by name.
+# Sourced by the audio scripts, tests and benchmarks: a private PulseAudio server with a null
+# sink "zavsink" and a mono source "zavmic" recording what it plays. pulse_start (in PULSE_DIR,
+# else a new folder) exports XDG_RUNTIME_DIR and PULSE_SERVER; pulse_stop ends it by "pactl
+# exit", else by the process id it wrote, never by name.
 
-# Polls COMMAND... up to $1 times, 0.1 s apart.
+# pulse_poll TRIES COMMAND...: until COMMAND succeeds, 0.1 s apart; false if it never does.
 pulse_poll() {
-    n=$1
-    shift
-    until "$@" > /dev/null 2>&1; do
-        n=$((n - 1))
-        [ $n -gt 0 ] || return 1
-        sleep 0.1
-    done
+    n=$1 && shift
+    until "$@" > /dev/null 2>&1; do n=$((n - 1)) && [ $n -gt 0 ] && sleep 0.1 || return 1; done
 }
 
 pulse_start() {
-    PULSE_DIR=${PULSE_DIR:-$(mktemp -d)}
-    chmod 700 "$PULSE_DIR"
+    PULSE_DIR=${PULSE_DIR:-$(mktemp -d)} && chmod 700 "$PULSE_DIR"
     export XDG_RUNTIME_DIR="$PULSE_DIR" PULSE_SERVER="unix:$PULSE_DIR/pulse/native"
     # It leaves by itself 20 s after its last client, should the script die before pulse_stop.
     HOME="$PULSE_DIR" pulseaudio -D -n --exit-idle-time=20 --use-pid-file=yes \
@@ -30,22 +24,15 @@ pulse_start() {
         pactl set-default-source zavmic && pactl set-default-sink zavsink
 }
 
-# False once process $1 is gone (a zombie that nobody reaps counts as gone).
-pulse_alive() {
-    state=$(ps -o stat= -p "$1" 2> /dev/null) || return 1
-    case "$state" in Z*) return 1 ;; esac
-}
-
 pulse_stop() {
     [ -n "${PULSE_DIR:-}" ] || return 0
-    [ -n "${PULSE_PID:-}" ] || PULSE_PID=$(cat "$PULSE_DIR/pulse/pid" 2> /dev/null) || true
-    if [ -n "${PULSE_PID:-}" ]; then
+    PULSE_PID=${PULSE_PID:-$(cat "$PULSE_DIR/pulse/pid" 2> /dev/null || true)}
+    if [ -n "$PULSE_PID" ]; then
         pactl exit > /dev/null 2>&1 || true
-        pulse_poll 50 eval '! pulse_alive "$PULSE_PID"' || kill "$PULSE_PID" 2> /dev/null || true
+        pulse_poll 50 sh -c 'case $(ps -o stat= -p "$0") in "" | Z*) ;; *) exit 1 ;; esac' \
+            "$PULSE_PID" || kill "$PULSE_PID" 2> /dev/null || true
     fi
-    rm -rf "$PULSE_DIR"
-    PULSE_DIR= PULSE_PID=
+    rm -rf "$PULSE_DIR" && PULSE_DIR= PULSE_PID=
 }
 
-# Waits until the server plays something (a player just started has connected).
 pulse_wait_playing() { pulse_poll 100 sh -c '[ -n "$(pactl list short sink-inputs)" ]'; }

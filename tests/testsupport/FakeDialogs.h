@@ -8,16 +8,13 @@
 
 namespace zav::test {
 
-// Records every message and file chooser shown, and answers from queues the test fills
-// (OK and cancel when they are empty).
-class FakeDialogs : public Dialogs {
-public:
+// Records every message and file chooser shown; answers from queues (then OK and cancel).
+struct FakeDialogs : Dialogs {
     struct Shown {
         std::string text, title;
         MessageIcon icon;
         MessageButtons buttons;
     };
-
     MessageResult ShowMessage(const std::string& text, const std::string& title, MessageIcon icon,
                               MessageButtons buttons = MessageButtons::Ok) override {
         messages.push_back({text, title, icon, buttons});
@@ -30,27 +27,21 @@ public:
     std::optional<std::string> SaveFileName(const FileDialogRequest& request) override {
         return OpenFileName(request);
     }
-
-    std::vector<Shown> messages;
-    std::vector<FileDialogRequest> fileRequests;
-    std::deque<MessageResult> answers;            // next answers to OK/Cancel boxes
-    std::deque<std::optional<std::string>> files; // next chosen files; empty = cancel
-
     std::vector<std::string> texts() const {
         std::vector<std::string> out;
         for (const Shown& m : messages)
             out.push_back(m.text);
         return out;
     }
-
-private:
     template <class T> static T next(std::deque<T>& queue, T otherwise) {
-        if (queue.empty())
-            return otherwise;
-        T front = queue.front();
-        queue.pop_front();
-        return front;
+        if (!queue.empty())
+            otherwise = queue.front(), queue.pop_front();
+        return otherwise;
     }
+    std::vector<Shown> messages;
+    std::vector<FileDialogRequest> fileRequests;
+    std::deque<MessageResult> answers;
+    std::deque<std::optional<std::string>> files;
 };
 
 } // namespace zav::test

@@ -19,65 +19,48 @@
 
 namespace zav::test {
 
-// Records every request and answers with `reply`.
 struct FakeHttp : HttpClient {
     struct Request {
         std::string method, url, contentType, body;
     };
     HttpResponse Get(const std::string& url) override {
-        requests.push_back({"GET", url, "", ""});
-        return reply;
+        return requests.push_back({"GET", url, "", ""}), reply;
     }
     HttpResponse Post(const std::string& url, const std::string& contentType,
                       const std::string& body) override {
         requests.push_back({"POST", url, contentType, body});
-        if (whileWaiting)
-            whileWaiting();
-        return reply;
+        return whileWaiting ? whileWaiting(), reply : reply;
     }
     HttpResponse reply{200, ""};
-    // Runs inside a POST, as events delivered while a real request waits would.
-    std::function<void()> whileWaiting;
+    std::function<void()> whileWaiting; // runs inside a POST, as a real request's events would
     std::vector<Request> requests;
 };
 
-// A document made of `elements`; `wellFormed` false stands for a reply that is not XML.
 struct FakeXml : XmlLookup {
     std::optional<std::string> FirstElementText(const std::string&,
                                                 const std::string& name) override {
-        asked.push_back(name);
         const auto it = elements.find(name);
-        return wellFormed && it != elements.end() ? std::optional(it->second) : std::nullopt;
+        return it != elements.end() ? std::optional(it->second) : std::nullopt;
     }
     std::map<std::string, std::string> elements;
-    bool wellFormed = true;
-    std::vector<std::string> asked;
 };
 
-// Answers Open with the next of `results` (42, opened, when none is queued) and records
-// what was opened or run.
+// Answers Open with the next of `results` (42, opened, when none is queued).
 struct FakeShell : Shell {
     int Open(const std::string& target) override {
         opened.push_back(target);
         const int r = results.empty() ? 42 : results.front();
-        if (!results.empty())
-            results.pop_front();
-        return r;
+        return results.empty() ? r : (results.pop_front(), r);
     }
     bool Run(const std::string& program, const std::string& arguments) override {
-        ran.push_back(program + "|" + arguments);
-        return runResult;
+        return ran.push_back(program + "|" + arguments), true;
     }
     std::deque<int> results;
-    bool runResult = true;
     std::vector<std::string> opened, ran;
 };
 
 struct FakeMailer : Mailer {
-    bool Send(const MailMessage& message) override {
-        sent.push_back(message);
-        return accepts;
-    }
+    bool Send(const MailMessage& message) override { return sent.push_back(message), accepts; }
     bool accepts = true;
     std::vector<MailMessage> sent;
 };
@@ -97,8 +80,7 @@ struct FakeSystemInfo : SystemInfo {
     std::string path;
 };
 
-// A desk without a sound card or a mail client: nothing is recorded or played, beeps are
-// silent, mail is refused and the clipboard keeps the last text.
+// A desk without a sound card or a mail client; the clipboard keeps the last text.
 struct NoDevices : AudioInput, AudioOutput, Beeper, Clipboard, Mailer {
     Recording RecordWave(const RecordingRequest&) override { return {}; }
     std::optional<DeviceError> PlayWave(const std::string&) override { return std::nullopt; }

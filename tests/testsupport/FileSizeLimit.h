@@ -2,29 +2,24 @@
 
 #include <csignal>
 #include <cstddef>
-
 #include <sys/resource.h>
 
 namespace zav::test {
 
-// A full disk for this process alone, even as root: no file grows past `bytes` while the
-// guard lives, and writes beyond fail with EFBIG instead of raising SIGXFSZ.
+// A full disk for this process alone, even as root: writes past `bytes` fail with EFBIG.
 class FileSizeLimit {
 public:
-    explicit FileSizeLimit(std::size_t bytes) : m_oldHandler(std::signal(SIGXFSZ, SIG_IGN)) {
+    explicit FileSizeLimit(std::size_t bytes) : m_handler(std::signal(SIGXFSZ, SIG_IGN)) {
         getrlimit(RLIMIT_FSIZE, &m_old);
-        rlimit limited{bytes, m_old.rlim_max};
+        const rlimit limited{bytes, m_old.rlim_max};
         setrlimit(RLIMIT_FSIZE, &limited);
     }
-    ~FileSizeLimit() {
-        setrlimit(RLIMIT_FSIZE, &m_old);
-        std::signal(SIGXFSZ, m_oldHandler);
-    }
+    ~FileSizeLimit() { setrlimit(RLIMIT_FSIZE, &m_old), std::signal(SIGXFSZ, m_handler); }
     FileSizeLimit(const FileSizeLimit&) = delete;
 
 private:
     rlimit m_old{};
-    void (*m_oldHandler)(int);
+    void (*m_handler)(int);
 };
 
 } // namespace zav::test

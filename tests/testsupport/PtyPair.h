@@ -8,8 +8,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cerrno>
-#include <cstring>
 #include <fcntl.h>
 #include <string>
 #include <unistd.h>
@@ -24,27 +22,18 @@ public:
                                 "pty,raw,echo=0,link=" + m_dir.filePath("out")});
         WaitFor([&] { return QFileInfo::exists(m_dir.filePath("in")) && ready(); });
     }
-    ~PtyPair() {
-        if (m_writer >= 0)
-            ::close(m_writer);
-        stop();
-    }
+    ~PtyPair() { (m_writer >= 0 && ::close(m_writer)), stop(); }
     bool ready() const {
         return m_socat.state() == QProcess::Running && QFileInfo::exists(m_dir.filePath("out"));
     }
     const std::string& out() const { return m_out; }
-
     void write(const std::string& bytes) {
         if (m_writer < 0)
             m_writer = ::open(m_dir.filePath("in").toLocal8Bit().constData(), O_RDWR | O_NOCTTY);
-        ASSERT_GE(m_writer, 0) << std::strerror(errno);
+        ASSERT_GE(m_writer, 0);
         ASSERT_EQ(::write(m_writer, bytes.data(), bytes.size()), ssize_t(bytes.size()));
     }
-    // Ends socat (SIGTERM to its process id), as unplugging the receiver would end the line.
-    void stop() {
-        m_socat.terminate();
-        m_socat.waitForFinished(5000);
-    }
+    void stop() { m_socat.terminate(), m_socat.waitForFinished(5000); }
 
 private:
     QTemporaryDir m_dir;

@@ -16,11 +16,8 @@ inline void RemoveAll(const std::filesystem::path& dir) {
     std::filesystem::remove_all(dir, ignored);
 }
 
-// Removed when their test ends, passed or failed (ScratchDirCleanup, installed by every main).
-inline std::vector<std::filesystem::path>& ScratchDirsOfThisTest() {
-    static std::vector<std::filesystem::path> dirs;
-    return dirs;
-}
+// Removed when their test ends, passed or failed, by ScratchDirCleanup.
+inline std::vector<std::filesystem::path> scratchDirs;
 
 // A fresh folder named after the running test and this process: programs run side by side.
 inline std::filesystem::path ScratchDir() {
@@ -30,18 +27,16 @@ inline std::filesystem::path ScratchDir() {
                       std::to_string(getpid()));
     RemoveAll(dir);
     std::filesystem::create_directories(dir);
-    ScratchDirsOfThisTest().push_back(dir);
+    scratchDirs.push_back(dir);
     return dir;
 }
 
-// The whole content of a file ("" when it cannot be read).
-inline std::string ReadFile(const std::filesystem::path& path) {
+inline std::string ReadFile(const std::filesystem::path& path) { // "" when it cannot be read
     std::stringstream ss;
     ss << std::ifstream(path, std::ios::binary).rdbuf();
     return ss.str();
 }
 
-// A ScratchDir() removed as soon as it goes out of scope.
 struct TempDir {
     std::filesystem::path path = ScratchDir();
     TempDir() = default;
@@ -51,9 +46,9 @@ struct TempDir {
 
 struct ScratchDirCleanup : ::testing::EmptyTestEventListener {
     void OnTestEnd(const ::testing::TestInfo&) override {
-        for (const auto& dir : ScratchDirsOfThisTest())
+        for (const auto& dir : scratchDirs)
             RemoveAll(dir);
-        ScratchDirsOfThisTest().clear();
+        scratchDirs.clear();
     }
 };
 

@@ -5,8 +5,7 @@
 #include <cstdlib>
 #include <filesystem>
 
-// The real captures live in ../shared/data beside the source tree: a clone without them skips
-// the tests that read them, saying why, except in CI (CI set) where that is a failure.
+// Without the real captures in ../shared/data a test skips saying why, or fails in CI.
 #define ZAV_NEED_SHARED_DATA()                                                                     \
     if (std::error_code zavIgnored;                                                                \
         !std::filesystem::is_directory(ZAV_SHARED_DATA_DIR, zavIgnored)) {                         \

@@ -1,5 +1,4 @@
-// Every test program: a fixed locale and time zone, and no scratch folder outlives its test;
-// for the Qt layers (ZAV_QT_MAIN), an application object first, offscreen unless told otherwise.
+// Fixed locale and time zone, no scratch folder outliving its test; for Qt a QApplication.
 #include "ScratchDir.h"
 
 #include <clocale>
