@@ -1,1 +1,0 @@
-#include "PulseServer.h" // the server is all in its header

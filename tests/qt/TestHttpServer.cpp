@@ -1,1 +1,0 @@
-#include "TestHttpServer.h" // the server is all in its header
