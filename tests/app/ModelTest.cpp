@@ -327,6 +327,7 @@ TEST(MonitorPlan, ParsesSwitchesAndTheProfileSection) {
 
 TEST(MainModel, TheResultsFollowTheAntennaTheMomentItChanges) {
     Desk d;
+    EXPECT_EQ(d.m().steps.TempWave, d.dir.path.string() + "/~00000001"); // what a restart sweeps
     d.measure();
     ASSERT_FALSE(d.m().options.AntFact); // a gain of 0 dBi
     const double before = d.fsRms();

@@ -471,16 +471,16 @@ TEST(IniFile, ReadsLikeTheWindowsProfileFunctions) {
     const IniFile ini = IniFile::Parse(
         "orphan=ignored before any section\r\n; a comment=not a key\r\n"
         "  [ Conditions ]  trailing words\r\n  RECEIVER  =   IC-7300  \r\nreceiver=second loses\r\n"
-        "Tester=\"  Joe  \"\r\nQuoted=\"\"\"twice\"\"\"\r\nHalf=\"open\r\nLone=\"\r\n"
+        "Tester=\"  Joe  \"\r\nQuoted=\"\"\"twice\"\"\"\r\nHalf=\"open\r\nLone=\"\r\nBlank=\"\"\r\n"
         "line without an equals sign\r\n=no key\r\nurl=host/path?a=b;c\r\nEmpty=\r\n"
         "[unclosed\r\nAfterUnclosed=still conditions\n[options]\nVerbose = False\n"
         "[CONDITIONS]\nTester=repeated section loses\nLoss=1.5\n");
     std::string got; // "-" where no value is found
-    for (const char* key : {"Receiver", "Tester", "Quoted", "Half", "Lone", "url", "Empty",
+    for (const char* key : {"Receiver", "Tester", "Quoted", "Half", "Lone", "Blank", "url", "Empty",
                             "AfterUnclosed", "Loss", "orphan", "; a comment", ""})
         got += ini.Value("conditions", key).value_or("-") + "|";
     got += ini.Value("options", "verbose").value_or("-") + ini.Value("options", "x").value_or("-");
-    EXPECT_EQ(got, "IC-7300|  Joe  |\"\"twice\"\"|\"open|\"|host/path?a=b;c||still conditions|"
+    EXPECT_EQ(got, "IC-7300|  Joe  |\"\"twice\"\"|\"open|\"||host/path?a=b;c||still conditions|"
                    "1.5|-|-|-|False-");
     EXPECT_EQ(ini.Get("transfer", "online", "1"), "1");
     EXPECT_EQ(ini.Get("conditions", "Empty", "default"), "") << "present but empty is not absent";

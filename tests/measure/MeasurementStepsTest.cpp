@@ -229,6 +229,8 @@ TEST(MeasurementSteps, VerdictsInWordsCarryTheFiguresAndWhatToDo) {
             {3, 100, 1000, 30, 3, false, "External noise ", rx + ": good"},
             {3, 100, -1, 30, 2, false, "Receiver noise ", " dB above the sound card's noise: good"},
             {100, -1, -1, 30, 0, true, "Sound card noise ", " dBFS, above the -60 dBFS limit"},
+            {0, -1, -1, 30, 0, false, "Sound card noise below the resolution", ": good"},
+            {3, -1, -1, 30, 0, false, "Sound card noise -", " dBFS: good"},
             {30, 60, -1, 30, 2, true, "Receiver noise only ", sc},
             {30, 0, -1, 30, 0, true, "Receiver adds no noise", "reaches the chosen input"},
             {3, 100, 120, 30, 3, false, "External noise only ",

@@ -1,7 +1,10 @@
 #include "measure/WaveRecorder.h"
 #include "WaveBytes.h"
 #include "measure/FileAudioInput.h"
+#include "measure/InputLevel.h"
+#include "measure/Measurement.h"
 #include "measure/RecordingCounts.h"
+#include "measure/SineTone.h"
 #include "measure/WaveDeviceMessages.h"
 #include "measure/WaveHeader.h"
 #include "measure/WaveTemplate.h"
@@ -14,6 +17,7 @@
 
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <cmath>
 #include <fstream>
 #include <limits>
@@ -278,4 +282,53 @@ TEST(WaveRecorder, FailuresAndCancelLeaveThePreviousFile) {
             EXPECT_TRUE(texts.size() == 1 && texts[0].find(c.message) != std::string::npos);
         EXPECT_EQ(test::ReadFile(previous), "previous");
     }
+}
+
+// Sines of known level: RMS A/√2, peak A, and the clipping warning exactly where a step's peak
+// detector (which reads a sine's RMS) would flag it.
+TEST(InputLevel, ReadsASinesLevelsAndWarnsWhereTheStepsWouldClip) {
+    auto reading = [](InputLevel& m, double amplitude, std::size_t n = 4410) {
+        const auto s = test::Sine(amplitude * 32768, 1000, 44100, n);
+        m.Add(s.data(), s.size());
+        return m.TakeReading();
+    };
+    for (double amplitude : {0.25, 0.985, 0.995}) {
+        InputLevel meter(4410, 2);
+        const InputLevelReading r = reading(meter, amplitude);
+        EXPECT_NEAR(r.rmsDbfs, 20 * std::log10(amplitude / std::sqrt(2.0)), 0.05) << amplitude;
+        EXPECT_NEAR(r.peakDbfs, 20 * std::log10(amplitude), 0.05) << amplitude;
+        Measurement limit;
+        limit.Pk = amplitude / std::sqrt(2.0);
+        limit.Calc();
+        EXPECT_EQ(r.clipping, limit.ClipFlag != 0) << amplitude;
+        // An overload is held for the next two readings; the peak is of the last audio only.
+        for (bool clipping : {r.clipping, r.clipping, false})
+            EXPECT_EQ(reading(meter, 0.25, 10).clipping, clipping) << amplitude;
+        EXPECT_NEAR(reading(meter, 0.25).peakDbfs, 20 * std::log10(0.25), 0.05);
+    }
+    InputLevel meter(4410, 2), silent(100);
+    const InputLevelReading r = reading(meter, 0.25), low = reading(meter, 0.003);
+    const InputLevelReading none = reading(silent, 0, 100);
+    EXPECT_EQ(RmsLevelText(r, ',') + "|" + PeakLevelText(r, '.') + "|" + HeadroomText(r, '.') +
+                  "|" + LevelAdvice(low) + "|" + HeadroomText(none, '.') + "|" + LevelAdvice(none),
+              "RMS -15,1 dBFS|Peak -12.0 dBFS|Headroom 12.0 dB to the clipping limit (-0.1 dBFS)"
+              "|Low level: turn the receiver's audio gain up|Headroom: no signal"
+              "|No signal: check the chosen input and its cable");
+}
+
+TEST(SineTone, TheBeepIsTheAskedFrequencyAndLengthWithoutClicks) {
+    const auto tone = SineTone(2000, 100, 44100, 0.5);
+    ASSERT_EQ(tone.size(), 4410u);
+    int changes = 0; // 2000 Hz over 100 ms: 400 sign changes, give or take the ends
+    double sum = 0;  // full level in the middle, silent at both ends
+    for (std::size_t i = 1; i < tone.size(); ++i)
+        changes += (tone[i - 1] < 0) != (tone[i] < 0);
+    for (std::size_t i = 441; i < 441 * 9; ++i)
+        sum += double(tone[i]) * tone[i];
+    EXPECT_NEAR(changes, 400, 2);
+    EXPECT_NEAR(std::sqrt(sum / (441 * 8)) / 32767, 0.5 / std::sqrt(2.0), 0.002);
+    EXPECT_TRUE(std::abs(tone.front()) <= 1 && std::abs(tone.back()) <= 300);
+    const auto loud = SineTone(1000, 50, 8000, 2.0); // clamped to full scale, never wrapped
+    EXPECT_EQ(*std::max_element(loud.begin(), loud.end()), 32767);
+    EXPECT_GE(*std::min_element(loud.begin(), loud.end()), -32767);
 }

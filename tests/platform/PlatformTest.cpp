@@ -286,6 +286,9 @@ TEST(AtomicFile, ReplacedWholeThroughLinksOrTheOldFileStays) {
     ASSERT_EQ(entries(dir.path), 3u);
     ASSERT_TRUE(WriteFileAtomically(file.string(), text));
     EXPECT_EQ(test::ReadFile(file), text);
+    const fs::path secret = dir.path / "secret.txt"; // narrow from its first byte on
+    ASSERT_TRUE(WriteFileAtomically(secret.string(), "pw", nullptr, FileAccessMode::OwnerOnly));
+    EXPECT_EQ(mode(secret), fs::perms::owner_read | fs::perms::owner_write);
 }
 
 // Folders, pipes and oversized files: the profile reader's test.
