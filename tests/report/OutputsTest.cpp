@@ -35,31 +35,6 @@ struct Outputs {
     void enableLog() { commands.recordTsvEnabled = commands.recordTsvButtonEnabled = true; }
 };
 
-struct TransferRig {
-    ReportFixture fixture;
-    TransferSettings settings;
-    TransferHistory history;
-    FakeHttp http;
-    FakeXml xml;
-    FakeMailer mailer;
-    FakeClipboard clipboard;
-    FakeDialogs dialogs;
-    ReportSource source = fixture.source();
-
-    TransferRig() {
-        settings.username = "alice", settings.password = "p&ss word";
-        settings.Email = "me@example.org", settings.AtfEmail = "obs@example.org";
-        settings.URL = "collect.example.org/post.php";
-        http.reply = {200, "<r><cc>0</cc><receipt>R-17</receipt></r>"};
-        xml.elements = {{"cc", "0"}, {"receipt", "R-17"}};
-    }
-    TransferModel open() {
-        TransferModel m(source, settings, history, {http, xml, mailer, clipboard, dialogs});
-        m.open();
-        return m;
-    }
-};
-
 } // namespace
 
 TEST(DataLog, NewFileByteForByteThenRowsWithoutASecondHeader) {
@@ -217,7 +192,7 @@ TEST(PostVars, FieldOrderWithFreeTextEncodedCellsAsDisplayedAndThePositionLast) 
         EXPECT_EQ(TransferAddress(typed), address);
 }
 
-// The web way, the copy and the write-back through the real dialog: NetworkDialogsTest.cpp.
+// The web way, the copy and the write-back through the real dialog: PeerDialogsTest.cpp.
 TEST(TransferModel, TheEmailWayNeedsTheCollectingAddress) {
     TransferRig rig;
     rig.settings.online = false;

@@ -141,40 +141,29 @@ TEST_F(GetPositionDialogTest, TheButtonCapturesModallyAndMovesTheFocusOn) {
 }
 
 TEST(TransferDialog, CarriesTypingAndClicksToItsModel) {
-    ReportFixture fixture;
-    TransferSettings settings;
-    settings.username = "alice", settings.URL = "collect.example.org/p", settings.AtfEmail = "o@e";
-    TransferHistory history;
-    FakeHttp http;
-    FakeXml xml;
-    FakeMailer mailer;
-    FakeClipboard clipboard;
-    FakeDialogs dialogs;
-    http.reply = {200, "<r/>"};
-    xml.elements = {{"cc", "0"}, {"receipt", "R-9"}};
-    TransferModel model{
-        fixture.source(), settings, history, {http, xml, mailer, clipboard, dialogs}};
+    TransferRig rig;
+    TransferModel model = rig.model();
     TransferDialog dialog(model);
     dialog.show();
     ASSERT_TRUE(QTest::qWaitForWindowExposed(&dialog));
     auto* url = child<QLineEdit>(dialog, "URL");
     auto* ok = child(dialog, "OKButton");
     auto* message = child<QPlainTextEdit>(dialog, "Message");
-    EXPECT_EQ(url->text(), "collect.example.org/p");
+    EXPECT_EQ(url->text(), "collect.example.org/post.php");
     url->selectAll();
     QTest::keyClicks(url, "server.example/p"); // a click straight from the box finds it there
     // A second click while the server is awaited (a double-click) finds OK disabled.
-    http.whileWaiting = [ok] { QTest::mouseClick(ok, Qt::LeftButton); };
+    rig.http.whileWaiting = [ok] { QTest::mouseClick(ok, Qt::LeftButton); };
     QTest::mouseClick(ok, Qt::LeftButton);
-    ASSERT_EQ(http.requests.size(), 1u);
-    EXPECT_EQ(http.requests[0].url, "http://server.example/p");
-    EXPECT_EQ(message->toPlainText() + " " + ok->text(), "Receipt: R-9 Done");
+    ASSERT_EQ(rig.http.requests.size(), 1u);
+    EXPECT_EQ(rig.http.requests[0].url, "http://server.example/p");
+    EXPECT_EQ(message->toPlainText() + " " + ok->text(), "Receipt: R-17 Done");
     EXPECT_TRUE(ok->hasFocus() && !child(dialog, "CancelButton")->isVisible());
     QTest::mouseDClick(message->viewport(), Qt::LeftButton);
-    EXPECT_EQ(clipboard.texts, std::vector<std::string>{"Receipt: R-9"});
+    EXPECT_EQ(rig.clipboard.texts, std::vector<std::string>{"Receipt: R-17"});
     QTest::keyClicks(child<QLineEdit>(dialog, "username"), "2");
     dialog.reject(); // the fields are written back however it closes
-    EXPECT_EQ(settings.URL + " " + settings.username, "server.example/p alice2");
+    EXPECT_EQ(rig.settings.URL + " " + rig.settings.username, "server.example/p alice2");
 }
 
 TEST(BusyIndicator, ModalWindowWhileWaitingWhoseCancelEndsTheRequest) {
