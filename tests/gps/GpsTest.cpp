@@ -163,7 +163,7 @@ TEST(NmeaInterpreter, ErrorsLeaveParseSentenceAfterTheEventsBeforeThem) {
             "AutoManModeReceived\tAuto 2D/3D\nMode3DReceived\t3D\nCh1SatReceived\t4\n"
             "Ch2SatReceived\t5\n"},
           C{"GPGSV,1,1,01,x7,10,100,40", 13, nullptr}, C{"GPGSV,1,9000,01", 6, nullptr},
-          C{"GPGSV,1", 9, nullptr}}) {
+          C{"GPGSV,1", 9, nullptr}, C{"GPRMC,,,,,,,,,230394", 0, "DateChanged\t23/03/94\n"}}) {
         EXPECT_EQ(nmea.outcome(Sentence(body)), error) << body;
         const std::string raised = nmea.events();
         EXPECT_EQ(raised, events ? events : raised) << body;

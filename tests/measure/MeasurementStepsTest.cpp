@@ -136,6 +136,7 @@ TEST(MeasurementSteps, GoodObservationFillsBothGridsAndEnablesOutputsUntilAReset
     const std::string fs = s.gridCalc.Text(10);
     EXPECT_EQ(fs, Format(std::stod(fs), "0.0"));
     EXPECT_NEAR(std::stod(fs), 10 * std::log10(y * 49 * 2700) - 99.0 + 2.15, 0.15);
+    EXPECT_NEAR(std::stod(s.gridCalc.Text(11)), std::stod(fs) - 10 * std::log10(2700), 0.1001);
     EXPECT_TRUE(b.commands.recordTsvButtonEnabled && b.commands.recordTsvEnabled &&
                 b.commands.transferEnabled && b.commands.calibrateRxEnabled &&
                 b.commands.exportGnuplotEnabled);
