@@ -7,7 +7,7 @@ JOBS        ?= $(shell nproc 2>/dev/null || echo 2)
 CMAKE_FLAGS ?=
 
 # Everything configure, build, packaging and tests need on a bare Debian 12. Debian's
-# qt6-charts-dev needs libqt6opengl6-dev without depending on it. tests/deps-guard.sh
+# qt6-charts-dev needs libqt6opengl6-dev without depending on it. tests/packaging/deps-guard.sh
 # fails the suite when CMake finds, or a test runs, something this list does not bring.
 PACKAGES := cmake g++ make ninja-build ccache pkg-config file dpkg-dev time \
             qt6-base-dev qt6-multimedia-dev qt6-serialport-dev qt6-charts-dev qt6-svg-dev \
