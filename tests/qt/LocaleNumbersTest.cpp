@@ -1,5 +1,5 @@
-#include "config/RecordingEvents.h"
 #include "config/Profiles.h"
+#include "config/RecordingEvents.h"
 #include "platform/MemorySettingsStore.h"
 #include "qt/services/LocaleSeparator.h"
 #include "testsupport/FakeDialogs.h"
