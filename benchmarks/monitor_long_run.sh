@@ -48,20 +48,6 @@ sox -n -r 44100 -c 1 -b 16 7000000.wav synth 150 whitenoise vol 0.318
     done
 ) &
 feeder=$!
-cat > serve.sh << 'HANDLER'
-#!/bin/sh
-len=0
-while IFS= read -r line; do
-    line=$(printf '%s' "$line" | tr -d '\r')
-    [ -z "$line" ] && break
-    case "$line" in [Cc]ontent-[Ll]ength:*) len=$(echo "${line#*:}" | tr -d ' ') ;; esac
-done
-body=$(head -c "$len")
-printf '%s\n' "$body" >> received.txt
-printf 'HTTP/1.0 200 OK\r\nContent-Type: text/xml\r\n\r\n<r><cc>0</cc><receipt>%s</receipt></r>' \
-    "$(wc -l < received.txt)"
-HANDLER
-chmod +x serve.sh
 : > received.txt
 hport=$((port + 1))
 # Recordings of 5 s, so that the removal can fall inside one.
@@ -74,7 +60,7 @@ sed -e "s|^url=.*|url=127.0.0.1:$hport/collect|" -e 's/^Interval=.*/Interval=500
 mon=$!
 # The server is down for the first three cycles.
 sleep 170
-socat TCP-LISTEN:$hport,bind=127.0.0.1,reuseaddr,fork EXEC:./serve.sh 2> /dev/null &
+socat TCP-LISTEN:$hport,bind=127.0.0.1,reuseaddr,fork EXEC:"$here/tests/cli/collect-server.sh" 2> /dev/null &
 server=$!
 # The audio source leaves one second into the first recording of cycle 5 (timed by the
 # server's list of recording streams) and comes back a second later, before the next one.

@@ -33,26 +33,12 @@ check_exit 1 "no column NoSuchKey" "$zavcli" monitor-summary run.tab --column No
 check_exit 1 "" "$zavcli" monitor-summary "$work"
 
 # Posts while the server is down are queued on disk and all arrive once it is up, each once.
-# serve.sh takes one request: a GET gets reply.http, a POST's body is added to received.txt.
-cat > serve.sh << 'HANDLER'
-#!/bin/sh
-read -r request
-len=0
-while IFS= read -r line; do
-    line=$(printf '%s' "$line" | tr -d '\r') && [ -n "$line" ] || break
-    case "$line" in [Cc]ontent-[Ll]ength:*) len=$(echo "${line#*:}" | tr -d ' ') ;; esac
-done
-case "$request" in GET*) echo "$request" >> gets.txt && cat reply.http && exit ;; esac
-{ head -c "$len" && echo; } >> received.txt
-printf 'HTTP/1.0 200 OK\r\nContent-Type: text/xml\r\n\r\n<r><cc>0</cc><receipt>%s</receipt></r>' \
-    "$(wc -l < received.txt)"
-HANDLER
-chmod +x serve.sh && port=$((20000 + ($$ * 13) % 30000))
+port=$((20000 + ($$ * 13) % 30000))
 sed "s|^url=.*|url=127.0.0.1:$port/collect|" "$examples/example.zav" > posting.zav
 : > received.txt
 "$zavcli" monitor --profile posting.zav --every 1s --count 6 --log posted.tab $steps > run.out 2> run.err &
 mon=$! && started $mon && sleep 2.5
-socat TCP-LISTEN:$port,bind=127.0.0.1,reuseaddr,fork EXEC:./serve.sh 2> /dev/null & started $!
+socat TCP-LISTEN:$port,bind=127.0.0.1,reuseaddr,fork EXEC:"$here/collect-server.sh" 2> /dev/null & started $!
 wait $mon || fail "run: exit $? $(cat run.err)"
 grep -q 'Server unreachable (connection refused by 127.0.0.1:' run.err && grep -q queued run.out ||
     fail "outage not told or nothing queued: $(cat run.err run.out)"
