@@ -5,10 +5,10 @@
 #include "gps/NmeaEventText.h"
 #include "gps/NmeaInterpreter.h"
 #include "gps/RuntimeError.h"
-#include "platform/Beeper.h"
 #include "platform/SerialPort.h"
 #include "platform/TextHelpers.h"
 #include "testsupport/FakeDialogs.h"
+#include "testsupport/FakePorts.h"
 #include "testsupport/ScratchDir.h"
 #include "testsupport/SharedData.h"
 
@@ -25,6 +25,7 @@ using zav::CellColour;
 using zav::GetPositionModel;
 using zav::GpsSettings;
 using zav::GpsSetupModel;
+using zav::test::FakeBeeper;
 using zav::test::Sentence;
 using Result = GetPositionModel::Result;
 
@@ -72,11 +73,6 @@ struct FakeSerialPort : zav::SerialPort {
     void SetReceiveHandler(ReceiveHandler h) override { receive = std::move(h); }
     void SetErrorHandler(ErrorHandler) override {}
     std::vector<std::string> ListPorts() const override { return {}; }
-};
-
-struct FakeBeeper : zav::Beeper {
-    std::vector<std::pair<int, int>> beeps;
-    void Beep(int hz, int ms) override { beeps.emplace_back(hz, ms); }
 };
 
 // A GGA fix at signed decimal degrees, written as a receiver writes it.

@@ -15,6 +15,7 @@
 #include <functional>
 #include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace zav::test {
@@ -68,6 +69,11 @@ struct FakeMailer : Mailer {
 struct FakeClipboard : Clipboard {
     void SetText(const std::string& text) override { texts.push_back(text); }
     std::vector<std::string> texts;
+};
+
+struct FakeBeeper : Beeper {
+    void Beep(int hz, int ms) override { beeps.emplace_back(hz, ms); }
+    std::vector<std::pair<int, int>> beeps; // frequency and length of each
 };
 
 struct FakeUpdater : Updater {

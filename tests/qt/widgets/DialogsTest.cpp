@@ -1,4 +1,5 @@
 // Smaller windows over their real models: what they show and what typing and clicking hand back.
+#include "ChildWidgets.h"
 #include "measure/CalRxModel.h"
 #include "measure/MeasurementSteps.h"
 #include "qt/widgets/CalRxDialog.h"
@@ -21,13 +22,6 @@ using namespace zav;
 using namespace zav::test;
 
 namespace {
-
-template <class W = QLabel> W* child(const QWidget& parent, const char* name) {
-    return parent.findChild<W*>(QString::fromLatin1(name));
-}
-std::string text(const QWidget& parent, const char* label) {
-    return child(parent, label)->text().toStdString();
-}
 
 // The calibration dialog over a real model: 2700 Hz, no loss.
 struct CalDesk {

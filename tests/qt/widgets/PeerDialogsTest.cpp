@@ -2,13 +2,13 @@
 // (written to as a receiver would), a local HTTP server and a private PulseAudio server.
 #include "../PulseServer.h"
 #include "../TestHttpServer.h"
+#include "ChildWidgets.h"
 #include "report/ReportFixture.h"
 
 #include "app/GetPosition.h"
 #include "config/GpsSettings.h"
 #include "gps/GetPositionModel.h"
 #include "gps/NmeaTestSupport.h"
-#include "platform/Beeper.h"
 #include "qt/services/AudioDevices.h"
 #include "qt/services/QtAudioCapture.h"
 #include "qt/services/QtHttpClient.h"
@@ -34,15 +34,7 @@ using namespace zav::test;
 
 namespace {
 
-template <typename T = QPushButton> T* child(const QWidget& parent, const char* name) {
-    return parent.findChild<T*>(QString::fromLatin1(name));
-}
-QString text(const QWidget& dialog, const char* name) {
-    if (auto* box = dialog.findChild<QLineEdit*>(QString::fromLatin1(name)))
-        return box->text();
-    return child<QLabel>(dialog, name)->text();
-}
-bool shows(const QWidget& dialog, const char* name, const QString& expected) {
+bool shows(const QWidget& dialog, const char* name, const std::string& expected) {
     return QTest::qWaitFor([&] { return text(dialog, name) == expected; }, 5000);
 }
 
@@ -50,11 +42,6 @@ bool shows(const QWidget& dialog, const char* name, const QString& expected) {
 std::string fix(const std::string& position, const std::string& hdop) {
     return Sentence("GPGGA,095257.809," + position + ",1,08," + hdop + ",4.0,M,42.2,M,,") + "\r\n";
 }
-
-struct CountingBeeper : Beeper {
-    int beeps = 0;
-    void Beep(int, int) override { ++beeps; }
-};
 
 class GetPositionDialogTest : public ::testing::Test {
 protected:
@@ -70,7 +57,7 @@ protected:
     }
     PtyPair pty;
     GpsSettings settings;
-    CountingBeeper beeper;
+    FakeBeeper beeper;
 };
 
 } // namespace
@@ -86,15 +73,15 @@ TEST_F(GetPositionDialogTest, ShowsWhatArrivesInItsControlsAndReleasesThePortOnE
     pty.write(first.substr(0, 20));
     pty.write(first.substr(20));
     ASSERT_TRUE(shows(dialog, "ct", "1"));
-    QString shown = text(dialog, "record") + "\r\n";
+    std::string shown = text(dialog, "record") + "\r\n";
     for (const char* name : {"HDOP", "fixText", "latl", "lon", "acc"})
         shown += text(dialog, name) + " ";
-    EXPECT_EQ(shown.toStdString(), first + "3.0 Fix obtained -33.852057 151.208333 12.00 ");
+    EXPECT_EQ(shown, first + "3.0 Fix obtained -33.852057 151.208333 12.00 ");
     EXPECT_EQ(hdop->palette().color(QPalette::Text), QColor(255, 128, 0));
     pty.write(fix("3351.1240,S,15112.5060,E", "2.5"));
     ASSERT_TRUE(shows(dialog, "ct", "2"));
     EXPECT_EQ(hdop->palette().color(QPalette::Text), dialog.palette().color(QPalette::Text));
-    EXPECT_EQ(text(dialog, "lat").toStdString(), dialog.model().lat);
+    EXPECT_EQ(text(dialog, "lat"), dialog.model().lat);
     QTest::keyClick(&dialog, Qt::Key_Escape);
     EXPECT_FALSE(port.PortOpen());
     EXPECT_TRUE(released());
@@ -133,7 +120,7 @@ TEST_F(GetPositionDialogTest, TheButtonCapturesModallyAndMovesTheFocusOn) {
     ASSERT_TRUE(seenOpen);
     EXPECT_TRUE(released());
     // Two fixes at HDOP 1.0: 4.00 m is within 10 m, so the timer pressed OK.
-    EXPECT_EQ(setup.lat + " " + setup.lon + " " + std::to_string(beeper.beeps),
+    EXPECT_EQ(setup.lat + " " + setup.lon + " " + std::to_string(beeper.beeps.size()),
               "48.117317 011.516717 1");
     commands.Step3 = false;
     EXPECT_EQ(FirstEnabledStep(commands), FocusTarget::Step2);
@@ -147,7 +134,7 @@ TEST(TransferDialog, CarriesTypingAndClicksToItsModel) {
     dialog.show();
     ASSERT_TRUE(QTest::qWaitForWindowExposed(&dialog));
     auto* url = child<QLineEdit>(dialog, "URL");
-    auto* ok = child(dialog, "OKButton");
+    auto* ok = child<QPushButton>(dialog, "OKButton");
     auto* message = child<QPlainTextEdit>(dialog, "Message");
     EXPECT_EQ(url->text(), "collect.example.org/post.php");
     url->selectAll();
