@@ -12,9 +12,8 @@
 //   zav_screenshot input-level OUT.png
 //       the input level meter on a sine played into a private PulseAudio server
 #include "qt/PulseServer.h"
+#include "qt/widgets/ExampleDesk.h"
 
-#include "app/MainModel.h"
-#include "platform/MemorySettingsStore.h"
 #include "qt/services/QtAudioCapture.h"
 #include "qt/widgets/InputLevelDialog.h"
 #include "qt/widgets/MainWindow.h"
@@ -23,7 +22,6 @@
 #include "qt/widgets/ResultTable.h"
 #include "qt/widgets/ZoomableChartView.h"
 #include "testsupport/FakeDialogs.h"
-#include "testsupport/FakePorts.h"
 #include "testsupport/TestWave.h"
 
 #include <QApplication>
@@ -50,44 +48,6 @@ namespace {
 const std::string kExamples = std::string(ZAV_SOURCE_DIR) + "/examples/";
 const double kPi = std::acos(-1.0);
 
-// The main model on a copy of the example profile in `dir`, recordings read from files.
-struct Observation {
-    test::FakeDialogs dialogs;
-    MemorySettingsStore settings;
-    test::NoDevices devices;
-    test::FakeShell shell;
-    test::FakeHttp http;
-    test::FakeXml xml;
-    test::FakeSystemInfo systemInfo;
-    test::FakeUpdater updater;
-    fs::path dir;
-    std::unique_ptr<MainModel> model;
-
-    explicit Observation(fs::path folder) : dir(std::move(folder)) {
-        fs::remove_all(dir);
-        fs::create_directories(dir);
-        StartupState startup;
-        startup.currentDir = dir.string() + "/";
-        startup.profilePath = (dir / "example.zav").string();
-        startup.profileName = "example";
-        fs::copy_file(kExamples + "example.zav", startup.profilePath);
-        startup.tsvFileName = (dir / "monitor.tab").string();
-        MainEnvironment env;
-        env.tempDir = startup.currentDir;
-        env.processId = "5C2EE4";
-        model = std::make_unique<MainModel>(
-            startup,
-            MainPorts{dialogs, settings, devices, devices, devices, devices, devices, shell}, env);
-        model->open();
-        model->state.InputDevice = kFileInputName;
-        model->state.transfer.URL.clear();
-    }
-    ~Observation() { fs::remove_all(dir); }
-    DesktopPorts desktop() {
-        return {http, xml, shell, systemInfo, updater, devices, devices, devices};
-    }
-};
-
 // Saves `window` to `out` after `ms`, runs the event loop until then; the exit status.
 int grabAfter(QWidget& window, const char* out, int ms) {
     int status = 1;
@@ -100,12 +60,11 @@ int grabAfter(QWidget& window, const char* out, int ms) {
 }
 
 int mainWindow(const char* out, const QString& size, bool verdict) {
-    Observation o(fs::temp_directory_path() / "zav-screenshot-main");
+    test::ExampleDesk o(fs::temp_directory_path() / "zav-screenshot-main");
     std::deque<std::string> files = {kExamples + "soundcard.wav", kExamples + "receiver.wav",
                                      kExamples + "external.wav"};
     if (verdict)
         files = {kExamples + "external.wav"};
-    o.model->options.Verbose = false;
     o.model->chooseRecording = [&files]() -> std::optional<std::string> {
         auto next = files.front();
         files.pop_front();
@@ -116,7 +75,7 @@ int mainWindow(const char* out, const QString& size, bool verdict) {
         o.model->Step2();
         o.model->Step3();
     }
-    MainWindow window(*o.model, o.dialogs, o.settings, o.desktop(), nullptr);
+    MainWindow window(*o.model, o.dialogs, o.settings, o.desktop, nullptr);
     if (verdict)
         window.stepButton(1)->click(); // from its button, so that the status bar tells it
     window.resize(window.sizeHint());
@@ -208,7 +167,8 @@ int plotWindow(const char* waveform, const char* spectrum) {
 }
 
 int monitorWindow(const char* out) {
-    Observation o(fs::temp_directory_path() / "zav-monitor-screenshot");
+    test::ExampleDesk o(fs::temp_directory_path() / "zav-monitor-screenshot");
+    o.model->state.transfer.URL.clear(); // nothing to post
     constexpr int kCycles = 12;
     const double levels[] = {600, 420, 300}; // RMS counts: lower bands are noisier
     auto wave = [&](const std::string& name, double rms, unsigned seed) {

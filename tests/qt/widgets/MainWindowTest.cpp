@@ -1,14 +1,10 @@
 // The real main window over the real model with the outside world faked, the windows it opens
 // (their size, access keys and names) and the monitor window.
-#include "qt/widgets/MainWindow.h"
-#include "app/MainModel.h"
-#include "platform/MemorySettingsStore.h"
+#include "ExampleDesk.h"
 #include "qt/widgets/MonitorWindow.h"
 #include "qt/widgets/ResultTable.h"
 #include "qt/widgets/SetupPanel.h"
 #include "qt/widgets/WorkingDialog.h"
-#include "testsupport/FakeDialogs.h"
-#include "testsupport/FakePorts.h"
 #include "testsupport/ScratchDir.h"
 
 #include <QtCharts>
@@ -25,35 +21,10 @@ namespace {
 
 const std::string kExamples = std::string(ZAV_SOURCE_DIR) + "/examples/";
 
-struct Desk {
-    fs::path dir = ScratchDir();
-    FakeDialogs dialogs;
-    MemorySettingsStore settings;
-    NoDevices devices;
-    FakeShell shell;
-    FakeHttp http;
-    FakeXml xml;
-    FakeSystemInfo systemInfo;
-    FakeUpdater updater;
-    DesktopPorts desktop{http, xml, shell, systemInfo, updater, devices, devices, devices};
-    StartupState startup;
-    MainEnvironment env;
-    std::unique_ptr<MainModel> model;
+struct Desk : ExampleDesk {
     std::unique_ptr<MainWindow> window;
 
-    Desk() {
-        // A copy: closing the window saves the profile it has open.
-        fs::copy_file(kExamples + "example.zav", dir / "example.zav");
-        startup.currentDir = env.tempDir = dir.string() + "/";
-        startup.profilePath = (dir / "example.zav").string(), startup.profileName = "example";
-        startup.tsvFileName = (dir / "log.tab").string();
-        env.processId = "1A2B", env.osVersion = "6.1";
-        model = std::make_unique<MainModel>(
-            startup,
-            MainPorts{dialogs, settings, devices, devices, devices, devices, devices, shell}, env);
-        model->open();
-        model->state.InputDevice = kFileInputName; // recordings come from dialogs.files
-        model->options.Verbose = false;
+    Desk() : ExampleDesk(ScratchDir()) {
         window = std::make_unique<MainWindow>(*model, dialogs, settings, desktop, nullptr);
         window->show();
         QApplication::setActiveWindow(window.get());
