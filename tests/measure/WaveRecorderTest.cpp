@@ -90,7 +90,7 @@ struct Rig {
 };
 
 // Rate, samples and position after the header, or "refused" when the one message was shown.
-std::string readFile(const std::string& path) {
+std::string headerOf(const std::string& path) {
     test::FakeDialogs dialogs;
     BinaryFile file(path);
     const WaveInfo info = ReadWaveHeader(file, dialogs);
@@ -106,7 +106,7 @@ std::string readFile(const std::string& path) {
 TEST(ReadWaveHeader, AcceptsWhatItCanReadAndRefusesEveryOtherLayoutWithOneMessage) {
     const auto dir = test::ScratchDir();
     auto read = [&dir](const std::string& bytes) {
-        return readFile(test::WriteBytes(dir / "h.wav", bytes));
+        return headerOf(test::WriteBytes(dir / "h.wav", bytes));
     };
     // Only the block alignment is looked at: 8-bit stereo passes, any rate passes.
     WaveHeader extended, stereo, between;
@@ -130,7 +130,7 @@ TEST(ReadWaveHeader, AcceptsWhatItCanReadAndRefusesEveryOtherLayoutWithOneMessag
     const std::string whole = WaveHeader{}.Bytes({100, -100, 5});
     for (std::size_t i = 0; i < std::size(at); ++i)
         EXPECT_EQ(read(std::string(whole).replace(at[i], put[i].size(), put[i])), "refused") << i;
-    EXPECT_EQ(read(whole) + read("") + readFile((dir / "absent.wav").string()),
+    EXPECT_EQ(read(whole) + read("") + headerOf((dir / "absent.wav").string()),
               "44100 3 @44refusedrefused");
     // Every cut: refused up to "data"; then missing size bytes read as 0 (6 is in the first).
     for (std::size_t n = 0; n <= whole.size(); ++n) {
@@ -151,10 +151,10 @@ TEST(ReadWaveHeader, RealFilesFromOtherWritersAndTheSampleCountRounding) {
     ZAV_NEED_SHARED_DATA();
     const std::string dir = std::string(ZAV_SHARED_DATA_DIR) + "/wav/";
     // Mono PCM, 16-byte format chunk, other chunks after the data: the frames its source states.
-    EXPECT_EQ(readFile(dir + "goaudio_listinfo.wav"), "44100 88200 @44");
+    EXPECT_EQ(headerOf(dir + "goaudio_listinfo.wav"), "44100 88200 @44");
     for (const char* refused : {"goaudio_kick-16b441k.wav", "hound_pop.wav",
                                 "hound_waveformatex-16bit-44100Hz-mono-extra.wav"})
-        EXPECT_EQ(readFile(dir + refused), "refused") << refused; // stereo, extensible, LIST
+        EXPECT_EQ(headerOf(dir + refused), "refused") << refused; // stereo, extensible, LIST
 }
 
 // Milliseconds and the settling 1.1 s round half to even; a sample unit counts 1024.
@@ -208,7 +208,7 @@ TEST(WaveRecorder, RecordsFromTheTemplatesRateKeepsTheSamplesBehindTheSettlingSe
         kept[i] = FakeCapture::value(8000 + static_cast<std::int64_t>(i));
     EXPECT_EQ(test::ReadFile(rig.wav),
               extended.Bytes(kept).replace(4, 4, test::LittleEndian(2 * 8000 + 36, 4)));
-    EXPECT_EQ(readFile(rig.tmp), "8000 16800 @46"); // the raw recording stays for the exit
+    EXPECT_EQ(headerOf(rig.tmp), "8000 16800 @46"); // the raw recording stays for the exit
     EXPECT_FALSE(std::filesystem::is_symlink(rig.tmp) || std::filesystem::is_symlink(rig.wav));
     const auto& counts = rig.progress.counts;
     EXPECT_TRUE(rig.progress.total == 16800 && std::is_sorted(counts.begin(), counts.end()) &&
@@ -220,7 +220,7 @@ TEST(WaveRecorder, RecordsFromTheTemplatesRateKeepsTheSamplesBehindTheSettlingSe
     rig.device.clear(); // with the samples option the interval counts units of 1024 samples
     EXPECT_EQ(rig.record(4, true).samples, 4096);
     EXPECT_EQ(rig.capture.requests.back().samples, 8800 + 4096);
-    EXPECT_EQ(readFile(rig.wav), "8000 4096 @46");
+    EXPECT_EQ(headerOf(rig.wav), "8000 4096 @46");
     // A recording chosen from a file is copied the same way, and only from a regular file.
     std::filesystem::remove(rig.wav);
     std::filesystem::create_symlink(victim, rig.wav);
